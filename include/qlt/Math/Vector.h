@@ -1,0 +1,138 @@
+// Single-precision vectors. Plain values: `Vec2` is x, y and `Vec3` is x, y, z in memory, without
+// padding, so an array of them is a vertex array. Default values are zero. The tolerance for zero is
+// FLT_EPSILON. Any thread may use them.
+#pragma once
+
+#include <cmath>
+
+#include <qlt/Export.h>
+
+namespace qlt
+{
+
+class QLT_API Vec2
+{
+public:
+    QLT_INLINE constexpr Vec2() : mX(0.0f), mY(0.0f) {}
+    QLT_INLINE constexpr Vec2(float x, float y) : mX(x), mY(y) {}
+
+    QLT_INLINE constexpr float x() const { return mX; }
+    QLT_INLINE constexpr float y() const { return mY; }
+    QLT_INLINE float& x() { return mX; }
+    QLT_INLINE float& y() { return mY; }
+
+private:
+    float mX;
+    float mY;
+};
+
+class QLT_API Vec3
+{
+public:
+    static const Vec3 X_AXIS;
+    static const Vec3 Y_AXIS;
+    static const Vec3 Z_AXIS;
+
+    QLT_INLINE constexpr Vec3() : mX(0.0f), mY(0.0f), mZ(0.0f) {}
+    QLT_INLINE constexpr Vec3(float x, float y, float z) : mX(x), mY(y), mZ(z) {}
+
+    QLT_INLINE constexpr float x() const { return mX; }
+    QLT_INLINE constexpr float y() const { return mY; }
+    QLT_INLINE constexpr float z() const { return mZ; }
+    QLT_INLINE float& x() { return mX; }
+    QLT_INLINE float& y() { return mY; }
+    QLT_INLINE float& z() { return mZ; }
+
+    QLT_INLINE Vec3 operator-() const { return Vec3(-mX, -mY, -mZ); }
+    QLT_INLINE Vec3 operator+() const { return *this; }
+
+    QLT_INLINE Vec3& operator*=(float s)
+    {
+        mX *= s;
+        mY *= s;
+        mZ *= s;
+        return *this;
+    }
+
+    QLT_INLINE Vec3& operator+=(const Vec3& b)
+    {
+        mX += b.mX;
+        mY += b.mY;
+        mZ += b.mZ;
+        return *this;
+    }
+
+    QLT_INLINE Vec3& operator-=(const Vec3& b)
+    {
+        mX -= b.mX;
+        mY -= b.mY;
+        mZ -= b.mZ;
+        return *this;
+    }
+
+    /// Multiplies by 1 / `rhs`. Asserts |rhs| > FLT_EPSILON and divides all the same.
+    Vec3& operator/=(float rhs);
+
+    QLT_INLINE float Dot(const Vec3& b) const { return b.mY * mY + b.mX * mX + b.mZ * mZ; }
+
+    /// The right-handed cross product of this vector with `b`.
+    QLT_INLINE Vec3 Cross(const Vec3& b) const
+    {
+        return Vec3(mY * b.mZ - mZ * b.mY, mZ * b.mX - mX * b.mZ, mX * b.mY - mY * b.mX);
+    }
+
+    QLT_INLINE float Length2() const { return mX * mX + mY * mY + mZ * mZ; }
+    QLT_INLINE float Length() const { return std::sqrt(Length2()); }
+
+    /// True when every component by itself is smaller than FLT_EPSILON.
+    bool IsZero() const;
+
+    /// Scales to length 1. Asserts that the length is above FLT_EPSILON; otherwise the vector
+    /// keeps its value.
+    void Normalize();
+
+    /// The unsigned angle to `rhs` in radians, 0 to pi: atan2(|a x b|, a . b), exact also for nearly
+    /// parallel vectors. Asserts that neither vector is zero and computes all the same.
+    float Angle(const Vec3& rhs) const;
+
+    /// The projection of this vector onto `rhs`, of any length. Asserts that `rhs` is not zero and
+    /// divides all the same.
+    Vec3 Project(const Vec3& rhs) const;
+
+    /// This vector without its part along `normal`, of any length. Asserts as Project does.
+    Vec3 ProjectOnPlane(const Vec3& normal) const;
+
+private:
+    float mX;
+    float mY;
+    float mZ;
+};
+
+QLT_API QLT_INLINE Vec3 operator+(const Vec3& a, const Vec3& b)
+{
+    return Vec3(a.x() + b.x(), a.y() + b.y(), a.z() + b.z());
+}
+
+QLT_API QLT_INLINE Vec3 operator-(const Vec3& a, const Vec3& b)
+{
+    return Vec3(a.x() - b.x(), a.y() - b.y(), a.z() - b.z());
+}
+
+QLT_API QLT_INLINE Vec3 operator*(const Vec3& v, float s)
+{
+    return Vec3(v.x() * s, v.y() * s, v.z() * s);
+}
+
+QLT_API QLT_INLINE Vec3 operator*(float s, const Vec3& v)
+{
+    return Vec3(v.x() * s, v.y() * s, v.z() * s);
+}
+
+/// Multiplies by 1 / `s`. deliberate: no assertion here, unlike operator/=.
+QLT_API QLT_INLINE Vec3 operator/(const Vec3& v, float s)
+{
+    const float r = 1.0f / s;
+    return Vec3(v.x() * r, v.y() * r, v.z() * r);
+}
+
+} // namespace qlt

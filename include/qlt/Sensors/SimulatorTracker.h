@@ -1,0 +1,29 @@
+// A tracker without hardware: a fixed, smooth motion, every event about a thousand times a second.
+// The motion goes on where it stopped when the tracker is started again.
+#pragma once
+
+#include <qlt/Export.h>
+#include <qlt/Runtime/Clock.h>
+#include <qlt/Sensors/Tracker.h>
+
+namespace qlt
+{
+
+class QLT_API SimulatorTracker : public Tracker
+{
+public:
+    /// `clock` paces the motion and must outlive this.
+    explicit SimulatorTracker(Clock& clock = Clock::System());
+    ~SimulatorTracker() override;
+
+protected:
+    void DoProcess() override;
+
+private:
+    void RaiseEvents(float t);
+
+    float mSimulatedTime = 0.0f; // seconds; only the processing thread touches it
+    Clock& mClock;
+};
+
+} // namespace qlt

@@ -1,0 +1,18 @@
+// The whole class interface.
+#pragma once
+
+#include <qlt/Math/MathUtil.h>
+#include <qlt/Math/Matrix.h>
+#include <qlt/Math/Quaternion.h>
+#include <qlt/Math/Vector.h>
+#include <qlt/Runtime/Assert.h>
+#include <qlt/Runtime/Clock.h>
+#include <qlt/Runtime/Usb.h>
+#include <qlt/Runtime/VRException.h>
+#include <qlt/Runtime/VRStatus.h>
+#include <qlt/Sensors/Hmd.h>
+#include <qlt/Sensors/Params.h>
+#include <qlt/Sensors/SensorFusion.h>
+#include <qlt/Sensors/SimulatorTracker.h>
+#include <qlt/Sensors/Tracker.h>
+#include <qlt/Sensors/TrackerListener.h>

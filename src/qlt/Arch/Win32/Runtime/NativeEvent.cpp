@@ -1,0 +1,27 @@
+#include "Runtime/NativeEvent.h"
+
+#include <windows.h>
+
+namespace qlt
+{
+
+static_assert(WAIT_SIGNALLED == WAIT_OBJECT_0 && WAIT_TIMED_OUT == WAIT_TIMEOUT &&
+                  WAIT_ERROR == WAIT_FAILED && WAIT_FOREVER == INFINITE,
+              "the seam's results are the system's");
+
+NativeEventHandle CreateNativeEvent(const std::wstring& name, bool manualReset)
+{
+    // The name's characters also when it is empty: an empty name makes an unnamed event.
+    return CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, name.c_str());
+}
+
+bool SetNativeEvent(NativeEventHandle event) { return SetEvent(event) != FALSE; }
+
+std::uint32_t WaitNativeEvent(NativeEventHandle event, std::uint32_t timeoutMs)
+{
+    return WaitForSingleObject(event, timeoutMs);
+}
+
+bool CloseNativeEvent(NativeEventHandle event) { return CloseHandle(event) != FALSE; }
+
+} // namespace qlt

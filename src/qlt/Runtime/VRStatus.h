@@ -1,0 +1,15 @@
+// The fixed texts of the status codes.
+#pragma once
+
+#include <string>
+
+#include <qlt/Runtime/VRStatus.h>
+
+namespace qlt
+{
+
+/// The text of `code`: "Error VR_STATUS_OK (0)", and "Error VR_STATUS (n)" for a value outside the
+/// list.
+std::string StatusText(VR_STATUS code);
+
+} // namespace qlt

@@ -1,0 +1,220 @@
+#include <qlt/Sensors/Tracker.h>
+
+#include "Runtime/Check.h"
+
+#define QLT_SOURCE_FILE L"Sensors/Tracker"
+
+namespace qlt
+{
+namespace
+{
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+} // namespace
+
+Tracker::Tracker()
+    : mTracking(false)
+    , mShouldStop(false)
+    , mRawOrientation(Quaternion::Identity)
+    , mYawOrigin(Quaternion::Identity)
+    , mOrientation(Quaternion::Identity)
+    , mListeners(std::make_unique<std::set<TrackerListener*>>())
+    , mMutex(std::make_unique<std::recursive_mutex>())
+    , mEarlierThreads(std::make_unique<std::vector<std::thread>>())
+{}
+
+Tracker::~Tracker()
+{
+    QLT_CHECK_LINE(mThread == nullptr, 29);
+    EndProcessing(); // a thread that is still there uses the mutex and the listeners
+    mMutex.reset();
+    QLT_CHECK_LINE(mListeners->empty(), 34);
+}
+
+bool Tracker::Start()
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(!IsTracking(), 185);
+    mTracking = true;
+    mShouldStop = false;
+    QLT_CHECK_LINE(mThread == nullptr, 192);
+    if (mThread != nullptr)
+    {
+        mEarlierThreads->push_back(std::move(*mThread));
+    }
+    mThread = std::make_unique<std::thread>([this] { DoProcess(); });
+    return IsTracking();
+}
+
+// Without the lock, which the processing thread needs to come to its end.
+bool Tracker::Stop()
+{
+    QLT_CHECK_LINE(IsTracking(), 215);
+    mShouldStop = true;
+    QLT_CHECK_LINE(mThread != nullptr, 219);
+    EndProcessing();
+    mTracking = false;
+    mThread = nullptr;
+    return !IsTracking();
+}
+
+void Tracker::EndProcessing()
+{
+    mShouldStop = true;
+    if (mThread != nullptr && mThread->joinable())
+    {
+        mThread->join();
+    }
+    for (std::thread& thread : *mEarlierThreads)
+    {
+        thread.join();
+    }
+    mEarlierThreads->clear();
+}
+
+bool Tracker::IsTracking() const { return mTracking; }
+
+bool Tracker::ShouldStop() const { return mShouldStop; }
+
+bool Tracker::IsConnected() const { return true; }
+
+void Tracker::AddListener(TrackerListener& listener)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(mListeners->find(&listener) == mListeners->end(), 167);
+    mListeners->insert(&listener);
+}
+
+void Tracker::RemoveListener(TrackerListener& listener)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(mListeners->find(&listener) != mListeners->end(), 176);
+    mListeners->erase(&listener);
+}
+
+const Quaternion& Tracker::GetOrientation() const
+{
+    const Lock lock(*mMutex);
+    return mOrientation;
+}
+
+const Vec3& Tracker::GetPosition() const
+{
+    const Lock lock(*mMutex);
+    return mPosition;
+}
+
+Quaternion Tracker::GetPredictedOrientation(float dt) const
+{
+    const Lock lock(*mMutex);
+    return mYawOrigin * GetPredictedQuaternion(dt);
+}
+
+Quaternion Tracker::GetPredictedQuaternion(float /*dt*/) const
+{
+    const Lock lock(*mMutex);
+    return GetOrientation();
+}
+
+Vec3 Tracker::GetPredictedPosition(float /*dt*/) const
+{
+    const Lock lock(*mMutex);
+    return mPosition;
+}
+
+void Tracker::ResetYawOrigin()
+{
+    const Lock lock(*mMutex);
+    static const Vec3 forward = -Vec3::Z_AXIS;
+    static const Vec3 up = Vec3::Y_AXIS;
+    const Vec3 heading = Quaternion::Rotate(mRawOrientation, forward).ProjectOnPlane(up);
+    const Vec3 axis = heading.Cross(forward);
+    mYawOrigin = Quaternion::RotationQuaternion(heading.Angle(forward), axis);
+    mOrientation = mYawOrigin * mRawOrientation;
+}
+
+// Without a connection to the host service no object is there.
+Vec3 Tracker::GetObjectPosition(std::uint64_t /*index*/) const { return Vec3(); }
+
+Quaternion Tracker::GetObjectOrientation(std::uint64_t /*index*/) const
+{
+    return Quaternion::Identity;
+}
+
+Vec3 Tracker::GetClientPosition() const { return GetObjectPosition(0); }
+
+void Tracker::NotifyAccelerometerEvent(const Vec3& acceleration, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 252);
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnAccelerometerEvent(acceleration, time);
+    }
+}
+
+void Tracker::NotifyGyroscopeEvent(const Vec3& angularVelocity, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 262);
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnGyroscopeEvent(angularVelocity, time);
+    }
+}
+
+void Tracker::NotifyMagnetometerEvent(const Vec3& field, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 272);
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnMagnetometerEvent(field, time);
+    }
+}
+
+void Tracker::NotifyQuaternionEvent(const Quaternion& quaternion, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 282);
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnQuaternionEvent(quaternion, time);
+    }
+}
+
+void Tracker::NotifyTemperatureEvent(float temperature, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 292);
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnTemperatureEvent(temperature, time);
+    }
+}
+
+void Tracker::NotifyPositionEvent(const Vec3& position, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 302);
+    mPosition = position;
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnPositionEvent(mPosition, time);
+    }
+}
+
+void Tracker::NotifyOrientationEvent(const Quaternion& orientation, float time)
+{
+    const Lock lock(*mMutex);
+    QLT_CHECK_LINE(IsTracking(), 314);
+    mRawOrientation = orientation;
+    mOrientation = mYawOrigin * orientation;
+    for (TrackerListener* listener : *mListeners)
+    {
+        listener->OnOrientationEvent(mOrientation, time);
+    }
+}
+
+} // namespace qlt

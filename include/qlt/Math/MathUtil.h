@@ -2,9 +2,9 @@
 // `lerp` and `percentage` take the two ends first. Any thread may use them.
 #pragma once
 
-#include <vector>
-
 #include <qlt/Export.h>
+
+#include <vector>
 
 namespace qlt
 {
@@ -22,11 +22,12 @@ public:
     /// and t in [0, 1]; computes all the same.
     static float lerp(float a, float b, float t);
 
-    /// Where `x` lies between a (0) and b (1). Asserts a < b and x in [a, b]; computes all the same.
+    /// Where `x` lies between a (0) and b (1). Asserts a < b and x in [a, b]; computes all the
+    /// same.
     static float percentage(float a, float b, float x);
 
-    /// p[0] x^8 + p[1] x^7 + ... + p[8], nine coefficients. Asserts the count and reads nine all the
-    /// same: never pass fewer.
+    /// p[0] x^8 + p[1] x^7 + ... + p[8], nine coefficients. Asserts the count and reads nine all
+    /// the same: never pass fewer.
     static float Polynom(const std::vector<float>& p, float x);
 };
 

@@ -46,8 +46,8 @@ public:
     /// `q` and the offset `a` of an eye in head coordinates.
     static Matrix FirstPersonView(Vec3 a, const Vec3& b, const Quaternion& q);
 
-    /// deliberate: the axes stand in the columns, so that the rotation part is camera to world while
-    /// the translation is world to camera; transpose for the other arrangement.
+    /// deliberate: the axes stand in the columns, so that the rotation part is camera to world
+    /// while the translation is world to camera; transpose for the other arrangement.
     static Matrix LookAtView(const Vec3& eye, const Vec3& target, const Vec3& up);
 
     /// OpenGL's orthographic projection, depth in [-1, 1]. Asserts right > left, top > bottom,

@@ -16,9 +16,20 @@ class QLT_API Quaternion
 public:
     static const Quaternion Identity;
 
-    QLT_INLINE constexpr Quaternion() : mW(0.0f) {}
-    QLT_INLINE constexpr Quaternion(float w, float x, float y, float z) : mW(w), mV(x, y, z) {}
-    QLT_INLINE constexpr Quaternion(float w, const Vec3& v) : mW(w), mV(v) {}
+    QLT_INLINE constexpr Quaternion()
+        : mW(0.0f)
+    {
+    }
+    QLT_INLINE constexpr Quaternion(float w, float x, float y, float z)
+        : mW(w)
+        , mV(x, y, z)
+    {
+    }
+    QLT_INLINE constexpr Quaternion(float w, const Vec3& v)
+        : mW(w)
+        , mV(v)
+    {
+    }
 
     QLT_INLINE constexpr float w() const { return mW; }
     QLT_INLINE constexpr float x() const { return mV.x(); }

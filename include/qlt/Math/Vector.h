@@ -1,11 +1,11 @@
 // Single-precision vectors. Plain values: `Vec2` is x, y and `Vec3` is x, y, z in memory, without
-// padding, so an array of them is a vertex array. Default values are zero. The tolerance for zero is
-// FLT_EPSILON. Any thread may use them.
+// padding, so an array of them is a vertex array. Default values are zero. The tolerance for zero
+// is FLT_EPSILON. Any thread may use them.
 #pragma once
 
-#include <cmath>
-
 #include <qlt/Export.h>
+
+#include <cmath>
 
 namespace qlt
 {
@@ -13,8 +13,16 @@ namespace qlt
 class QLT_API Vec2
 {
 public:
-    QLT_INLINE constexpr Vec2() : mX(0.0f), mY(0.0f) {}
-    QLT_INLINE constexpr Vec2(float x, float y) : mX(x), mY(y) {}
+    QLT_INLINE constexpr Vec2()
+        : mX(0.0f)
+        , mY(0.0f)
+    {
+    }
+    QLT_INLINE constexpr Vec2(float x, float y)
+        : mX(x)
+        , mY(y)
+    {
+    }
 
     QLT_INLINE constexpr float x() const { return mX; }
     QLT_INLINE constexpr float y() const { return mY; }
@@ -33,8 +41,18 @@ public:
     static const Vec3 Y_AXIS;
     static const Vec3 Z_AXIS;
 
-    QLT_INLINE constexpr Vec3() : mX(0.0f), mY(0.0f), mZ(0.0f) {}
-    QLT_INLINE constexpr Vec3(float x, float y, float z) : mX(x), mY(y), mZ(z) {}
+    QLT_INLINE constexpr Vec3()
+        : mX(0.0f)
+        , mY(0.0f)
+        , mZ(0.0f)
+    {
+    }
+    QLT_INLINE constexpr Vec3(float x, float y, float z)
+        : mX(x)
+        , mY(y)
+        , mZ(z)
+    {
+    }
 
     QLT_INLINE constexpr float x() const { return mX; }
     QLT_INLINE constexpr float y() const { return mY; }
@@ -91,8 +109,8 @@ public:
     /// keeps its value.
     void Normalize();
 
-    /// The unsigned angle to `rhs` in radians, 0 to pi: atan2(|a x b|, a . b), exact also for nearly
-    /// parallel vectors. Asserts that neither vector is zero and computes all the same.
+    /// The unsigned angle to `rhs` in radians, 0 to pi: atan2(|a x b|, a . b), exact also for
+    /// nearly parallel vectors. Asserts that neither vector is zero and computes all the same.
     float Angle(const Vec3& rhs) const;
 
     /// The projection of this vector onto `rhs`, of any length. Asserts that `rhs` is not zero and

@@ -1,5 +1,6 @@
 // Preconditions of this library are checked in every build. A failed one is reported and the
-// operation goes on as its documentation says; whether the process ends is for the handler to decide.
+// operation goes on as its documentation says; whether the process ends is for the handler to
+// decide.
 //
 // Threads: any. A handler may be called from any thread, from several at once, and while a tracker
 // holds its lock: it must not call back into the tracker that reports.

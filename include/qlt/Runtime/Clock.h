@@ -2,9 +2,9 @@
 // its own clock to a tracker; everybody else takes the machine's.
 #pragma once
 
-#include <cstdint>
-
 #include <qlt/Export.h>
+
+#include <cstdint>
 
 namespace qlt
 {

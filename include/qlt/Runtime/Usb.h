@@ -6,10 +6,10 @@
 // processing thread, never both at once.
 #pragma once
 
+#include <qlt/Export.h>
+
 #include <cstdint>
 #include <memory>
-
-#include <qlt/Export.h>
 
 namespace qlt
 {

@@ -2,11 +2,11 @@
 // Thrown by value; a handler for VRException or for std::exception catches every kind.
 #pragma once
 
-#include <exception>
-#include <string>
-
 #include <qlt/Export.h>
 #include <qlt/Runtime/VRStatus.h>
+
+#include <exception>
+#include <string>
 
 /// A failure with its status code and its text.
 class QLT_API VRException : public std::exception

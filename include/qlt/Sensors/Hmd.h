@@ -2,17 +2,17 @@
 // reports, fuses them and raises every tracker event.
 //
 // A connection watcher lives as long as the object and looks for the headset once a second, started
-// or not; an unplugged headset is found again by itself. Progress ("USB Connected") goes to standard
-// output, read errors to standard error.
+// or not; an unplugged headset is found again by itself. Progress ("USB Connected") goes to
+// standard output, read errors to standard error.
 #pragma once
-
-#include <memory>
 
 #include <qlt/Export.h>
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Sensors/SensorFusion.h>
 #include <qlt/Sensors/Tracker.h>
+
+#include <memory>
 
 namespace qlt
 {

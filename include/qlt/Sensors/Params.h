@@ -1,5 +1,6 @@
-// The constants of the headset, its optics and its default user. All of them are constant-initialised,
-// so that they may be read from any thread and from the initialisers of other static objects.
+// The constants of the headset, its optics and its default user. All of them are
+// constant-initialised, so that they may be read from any thread and from the initialisers of other
+// static objects.
 //
 // Names ending in _M are metres, in _DEG degrees; screen sizes are millimetres.
 #pragma once

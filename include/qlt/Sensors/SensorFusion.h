@@ -1,17 +1,17 @@
 // The orientation filter of the headset: integrates the gyroscope over the time that has really
-// passed and pulls the result slowly towards gravity, which removes drift in pitch and roll. Drift in
-// yaw is not corrected.
+// passed and pulls the result slowly towards gravity, which removes drift in pitch and roll. Drift
+// in yaw is not corrected.
 //
 // Orientations turn sensor coordinates into world coordinates: right-handed, y up, -z forward. One
 // thread at a time.
 #pragma once
 
-#include <memory>
-
 #include <qlt/Export.h>
 #include <qlt/Math/Quaternion.h>
 #include <qlt/Math/Vector.h>
 #include <qlt/Runtime/Clock.h>
+
+#include <memory>
 
 namespace qlt
 {

@@ -5,9 +5,15 @@
 // and removes them, and stops the tracker, before it destroys the tracker.
 //
 // Threads: Start and Stop from one thread at a time; everything else from any thread at any time.
-// A recursive mutex guards the pose, the listeners and the thread; listeners are called with it held.
-// Orientations are right-handed, y up, -z forward, and turn head coordinates into world coordinates.
+// A recursive mutex guards the pose, the listeners and the thread; listeners are called with it
+// held. Orientations are right-handed, y up, -z forward, and turn head coordinates into world
+// coordinates.
 #pragma once
+
+#include <qlt/Export.h>
+#include <qlt/Math/Quaternion.h>
+#include <qlt/Math/Vector.h>
+#include <qlt/Sensors/TrackerListener.h>
 
 #include <atomic>
 #include <cstdint>
@@ -17,15 +23,11 @@
 #include <thread>
 #include <vector>
 
-#include <qlt/Export.h>
-#include <qlt/Math/Quaternion.h>
-#include <qlt/Math/Vector.h>
-#include <qlt/Sensors/TrackerListener.h>
-
 namespace qlt
 {
 
-/// deliberate: the order of the virtual operations is that of the slots that compiled clients rely on.
+/// deliberate: the order of the virtual operations is that of the slots that compiled clients rely
+/// on.
 class QLT_API Tracker
 {
 public:
@@ -60,8 +62,9 @@ public:
     /// Asserts that the listener is registered. After the return it is not called any more.
     void RemoveListener(TrackerListener& listener);
 
-    /// The last orientation with the yaw origin applied. The reference follows later events: copy it
-    /// inside a listener, or take GetPredictedOrientation, to be sure of four values of one event.
+    /// The last orientation with the yaw origin applied. The reference follows later events: copy
+    /// it inside a listener, or take GetPredictedOrientation, to be sure of four values of one
+    /// event.
     const Quaternion& GetOrientation() const;
 
     /// The last position, metres; the reference follows later events.
@@ -74,9 +77,9 @@ public:
     /// The position expected in `dt` seconds: the last one. Metres.
     virtual Vec3 GetPredictedPosition(float dt) const;
 
-    /// Makes the current heading the forward direction (-z), pitch and roll stay. Calls no listener.
-    /// Reports assertions of Vec3 and is of no use when the head looks straight up or down, or when
-    /// it already faces forward or backward exactly.
+    /// Makes the current heading the forward direction (-z), pitch and roll stay. Calls no
+    /// listener. Reports assertions of Vec3 and is of no use when the head looks straight up or
+    /// down, or when it already faces forward or backward exactly.
     void ResetYawOrigin();
 
     /// Poses of the objects that the host service tracks, metres; zero and identity for an object
@@ -95,8 +98,8 @@ protected:
 
     bool ShouldStop() const;
 
-    /// Asks the processing thread to end and waits for it, without becoming idle: for destructors of
-    /// subclasses, whose members a forgotten thread would still use.
+    /// Asks the processing thread to end and waits for it, without becoming idle: for destructors
+    /// of subclasses, whose members a forgotten thread would still use.
     void EndProcessing();
 
     /// Raise an event on the calling thread: every listener is called, under the lock, before they

@@ -1,9 +1,9 @@
 // The call-backs of a tracker; override those you need.
 //
 // They run on the tracker's processing thread while it holds its lock: be quick, call the tracker's
-// getters and ResetYawOrigin freely, but neither AddListener nor RemoveListener nor Stop. References
-// end with the call. `time` is in seconds: of simulated time for the simulator, a count of reports in
-// steps of 0.001 for the headset.
+// getters and ResetYawOrigin freely, but neither AddListener nor RemoveListener nor Stop.
+// References end with the call. `time` is in seconds: of simulated time for the simulator, a count
+// of reports in steps of 0.001 for the headset.
 #pragma once
 
 #include <qlt/Export.h>

@@ -1,21 +1,24 @@
 #define QLT_EMIT_INLINE
 #include <qlt/Math/Matrix.h>
 
-#include <cfloat>
-#include <cmath>
-#include <utility>
-
 #include <qlt/Math/MathUtil.h>
 
 #include "Math/FloatMath.h"
 #include "Runtime/Check.h"
+
+#include <cfloat>
+#include <cmath>
+#include <utility>
 
 #define QLT_SOURCE_FILE L"Math/Matrix"
 
 namespace qlt
 {
 
-Matrix::Matrix() : mEntries{} {}
+Matrix::Matrix()
+    : mEntries{}
+{
+}
 
 void Matrix::SetRow(int row, float a, float b, float c, float d)
 {
@@ -128,9 +131,8 @@ Matrix Matrix::OrthogonalProjection(float L, float r, float b, float t, float n,
     const float dZ = f - n;
     const bool hasExtent = (std::abs(dX) > FLT_EPSILON) && (std::abs(dY) > FLT_EPSILON) &&
                            (std::abs(dZ) > FLT_EPSILON);
-    QLT_CHECK_TEXT(hasExtent,
-                   L"(std::abs(dX) > FLT_EPSILON) && (std::abs(dY) > FLT_EPSILON) && "
-                   L"(std::abs(dZ) > FLT_EPSILON)");
+    QLT_CHECK_TEXT(hasExtent, L"(std::abs(dX) > FLT_EPSILON) && (std::abs(dY) > FLT_EPSILON) && "
+                              L"(std::abs(dZ) > FLT_EPSILON)");
     if (hasExtent)
     {
         m.SetDiagonal(2.0f / dX, 2.0f / dY, -2.0f / dZ, 1.0f);

@@ -1,11 +1,11 @@
 #define QLT_EMIT_INLINE
 #include <qlt/Math/Vector.h>
 
-#include <cfloat>
-#include <cmath>
-
 #include "Math/FloatMath.h"
 #include "Runtime/Check.h"
+
+#include <cfloat>
+#include <cmath>
 
 #define QLT_SOURCE_FILE L"Math/Vector"
 

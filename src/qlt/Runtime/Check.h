@@ -5,7 +5,8 @@
 #include <qlt/Runtime/Assert.h>
 
 /// Reports `condition` with the given line when it does not hold, and goes on. The lines that
-/// clients know their assertions by are part of the interface; they need not be those of the source.
+/// clients know their assertions by are part of the interface; they need not be those of the
+/// source.
 #define QLT_CHECK_LINE(condition, line)                                                            \
     ((condition) ? void() : ::qlt::ReportAssertion(L## #condition, QLT_SOURCE_FILE, (line)))
 

@@ -1,8 +1,8 @@
 // Seam to the system: event objects and waits. One body in each wing.
 //
-// An event is signalled or not. A wait on a signalled manual-reset event leaves it signalled; a wait
-// on an auto-reset event takes the signal, so that one `Set` releases exactly one waiter. What a
-// thread did before `Set` happens before what a waiter does after its wait.
+// An event is signalled or not. A wait on a signalled manual-reset event leaves it signalled; a
+// wait on an auto-reset event takes the signal, so that one `Set` releases exactly one waiter. What
+// a thread did before `Set` happens before what a waiter does after its wait.
 //
 // Named events are system-wide on Windows; elsewhere they are shared within the process. Every
 // operation may be called from any thread, and sets the last error (SystemError.h) when it fails.

@@ -3,11 +3,11 @@
 // one VREvent object belongs to one thread at a time, as a shared pointer does.
 #pragma once
 
+#include "Runtime/NativeEvent.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "Runtime/NativeEvent.h"
 
 class VREvent
 {
@@ -29,8 +29,8 @@ public:
     /// Throws VRExceptionEvent (code 23) when the system refuses.
     void Set() const;
 
-    /// Throws VRExceptionTimeout (code 17) when `timeoutMs` have passed (0xFFFFFFFF: never) and also
-    /// when the wait fails; the texts differ.
+    /// Throws VRExceptionTimeout (code 17) when `timeoutMs` have passed (0xFFFFFFFF: never) and
+    /// also when the wait fails; the texts differ.
     void Wait(std::uint32_t timeoutMs) const;
 
     /// For waits on several events and for signalling without an exception; null when empty.

@@ -1,9 +1,9 @@
 #include <qlt/Runtime/VRException.h>
 
-#include <algorithm>
-
 #include "Runtime/SystemError.h"
 #include "Runtime/VRStatus.h"
+
+#include <algorithm>
 
 namespace
 {
@@ -34,12 +34,17 @@ std::string Narrow(const std::wstring& text)
 
 } // namespace
 
-VRException::VRException(VR_STATUS code) : status(code), message(qlt::StatusText(code)) {}
+VRException::VRException(VR_STATUS code)
+    : status(code)
+    , message(qlt::StatusText(code))
+{
+}
 
 VRException::VRException(VR_STATUS code, const std::wstring& text)
     : status(code)
     , message(Narrow(text))
-{}
+{
+}
 
 VRException::~VRException() = default;
 

@@ -1,9 +1,9 @@
 // The fixed texts of the status codes.
 #pragma once
 
-#include <string>
-
 #include <qlt/Runtime/VRStatus.h>
+
+#include <string>
 
 namespace qlt
 {

@@ -6,15 +6,15 @@
 //   Stop(true)                     stop event seen: release everything, return
 //
 // A worker is started once in its life: no event is ever reset, so a second Start meets the stop
-// request of the first. The owner deletes a worker through its most derived type, on the thread that
-// started it; only the two events cross between the threads. An exception that leaves Run ends the
-// process.
+// request of the first. The owner deletes a worker through its most derived type, on the thread
+// that started it; only the two events cross between the threads. An exception that leaves Run ends
+// the process.
 #pragma once
+
+#include "Runtime/VREvent.h"
 
 #include <cstdint>
 #include <thread>
-
-#include "Runtime/VREvent.h"
 
 class VRThread
 {
@@ -27,8 +27,8 @@ public:
     void Init();
 
     /// Launches Run and, with `wait`, waits until it has signalled that it is ready. Throws
-    /// VRExceptionTimeout when that takes longer than `timeoutMs`; the thread then runs on. Ends the
-    /// process when a thread is already held.
+    /// VRExceptionTimeout when that takes longer than `timeoutMs`; the thread then runs on. Ends
+    /// the process when a thread is already held.
     void Start(bool wait, std::uint32_t timeoutMs);
 
     /// Asks Run to return, once, and with `join` waits for it. Nothing when not started, already

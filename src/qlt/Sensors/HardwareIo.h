@@ -5,14 +5,14 @@
 // (connected, device, endpoint, scales) and is held across a blocking read.
 #pragma once
 
+#include <qlt/Sensors/Hmd.h>
+
+#include "Sensors/SensorReport.h"
+
 #include <atomic>
 #include <memory>
 #include <mutex>
 #include <thread>
-
-#include <qlt/Sensors/Hmd.h>
-
-#include "Sensors/SensorReport.h"
 
 namespace qlt
 {
@@ -31,8 +31,8 @@ public:
 
     bool IsConnected() const;
 
-    /// Reads one report and raises its events; a read that is not whole disconnects. Returns at once
-    /// when not connected. On the processing thread only.
+    /// Reads one report and raises its events; a read that is not whole disconnects. Returns at
+    /// once when not connected. On the processing thread only.
     void Read();
 
 private:

@@ -5,12 +5,16 @@
 namespace qlt
 {
 
-Hmd::Hmd() : Hmd(UsbHost::System()) {}
+Hmd::Hmd()
+    : Hmd(UsbHost::System())
+{
+}
 
 Hmd::Hmd(UsbHost& host, Clock& clock)
     : mHardwareIo(std::make_unique<HardwareIo>(this, host, clock))
     , mFusion(clock)
-{}
+{
+}
 
 Hmd::~Hmd()
 {

@@ -25,8 +25,8 @@ const float Params::HMD_SCREEN_SIZE_HORZ = 125.44f;
 const float Params::HMD_ASPECT_RATIO = ASPECT_RATIO;
 
 const float Params::EYE_FOV_DEG = 126.5f;
-// Rad2Deg(2 * atan(tan(EYE_FOV_RAD / 2) / EYE_ASPECT_RATIO)), which is no constant expression; taller
-// than wide because an eye's half of the panel is.
+// Rad2Deg(2 * atan(tan(EYE_FOV_RAD / 2) / EYE_ASPECT_RATIO)), which is no constant expression;
+// taller than wide because an eye's half of the panel is.
 const float Params::EYE_FOV_Y_DEG = 0x1.0776a4p+7f;
 const float Params::EYE_ASPECT_RATIO = ASPECT_RATIO * 0.5f;
 const bool Params::EYE_DISTORT = true;
@@ -39,14 +39,14 @@ const float Params::USER_NECK_EYE_H_M = 0.0805f;
 
 const Vec3 Params::GYROSCOPE_POSITION_OFFSET(-0.001826629f, -0.005334f, -0.00497886f);
 const Vec3 Params::GYROSCOPE_MAGNITUDE_OFFSET(1.0f, 1.0f, 1.0f);
-const Vec3 Params::ACCELEROMETER_POSITION_OFFSET(
-    Middle(ACCELEROMETER_MAX.x(), ACCELEROMETER_MIN.x()),
-    Middle(ACCELEROMETER_MAX.y(), ACCELEROMETER_MIN.y()),
-    Middle(ACCELEROMETER_MAX.z(), ACCELEROMETER_MIN.z()));
-const Vec3 Params::ACCELEROMETER_MAGNITUDE_OFFSET(
-    HalfRange(ACCELEROMETER_MAX.x(), ACCELEROMETER_MIN.x()),
-    HalfRange(ACCELEROMETER_MAX.y(), ACCELEROMETER_MIN.y()),
-    HalfRange(ACCELEROMETER_MAX.z(), ACCELEROMETER_MIN.z()));
+const Vec3
+    Params::ACCELEROMETER_POSITION_OFFSET(Middle(ACCELEROMETER_MAX.x(), ACCELEROMETER_MIN.x()),
+                                          Middle(ACCELEROMETER_MAX.y(), ACCELEROMETER_MIN.y()),
+                                          Middle(ACCELEROMETER_MAX.z(), ACCELEROMETER_MIN.z()));
+const Vec3
+    Params::ACCELEROMETER_MAGNITUDE_OFFSET(HalfRange(ACCELEROMETER_MAX.x(), ACCELEROMETER_MIN.x()),
+                                           HalfRange(ACCELEROMETER_MAX.y(), ACCELEROMETER_MIN.y()),
+                                           HalfRange(ACCELEROMETER_MAX.z(), ACCELEROMETER_MIN.z()));
 const Vec3 Params::MAGNETOMETER_POSITION_OFFSET(0.0f, 0.0f, 0.0f);
 const Vec3 Params::MAGNETOMETER_MAGNITUDE_OFFSET(1.0f, 1.0f, 1.0f);
 

@@ -1,8 +1,8 @@
 #include <qlt/Sensors/SensorFusion.h>
 
-#include <cfloat>
-
 #include "Math/FloatMath.h"
+
+#include <cfloat>
 
 namespace qlt
 {
@@ -16,7 +16,11 @@ constexpr float TILT_GAIN = -0.001f;
 
 struct SensorFusion::State
 {
-    explicit State(Clock& source) : mLastTime(source.NowNs()), clock(source) {}
+    explicit State(Clock& source)
+        : mLastTime(source.NowNs())
+        , clock(source)
+    {
+    }
 
     Quaternion mQuaternion = Quaternion::Identity;
     Vec3 mLastAngularVelocity;
@@ -24,7 +28,10 @@ struct SensorFusion::State
     Clock& clock;
 };
 
-SensorFusion::SensorFusion(Clock& clock) : mState(std::make_unique<State>(clock)) {}
+SensorFusion::SensorFusion(Clock& clock)
+    : mState(std::make_unique<State>(clock))
+{
+}
 
 SensorFusion::~SensorFusion() = default;
 

@@ -8,12 +8,12 @@
 //   56 u32 reserved C   60 u32 reserved D
 #pragma once
 
-#include <array>
-#include <cstdint>
-
 #include <qlt/Math/MathUtil.h>
 #include <qlt/Math/Quaternion.h>
 #include <qlt/Math/Vector.h>
+
+#include <array>
+#include <cstdint>
 
 namespace qlt
 {

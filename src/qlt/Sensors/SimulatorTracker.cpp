@@ -11,7 +11,10 @@ constexpr std::int64_t CYCLE_NS = 1000000;
 
 } // namespace
 
-SimulatorTracker::SimulatorTracker(Clock& clock) : mClock(clock) {}
+SimulatorTracker::SimulatorTracker(Clock& clock)
+    : mClock(clock)
+{
+}
 
 SimulatorTracker::~SimulatorTracker() { EndProcessing(); }
 

@@ -22,7 +22,8 @@ Tracker::Tracker()
     , mListeners(std::make_unique<std::set<TrackerListener*>>())
     , mMutex(std::make_unique<std::recursive_mutex>())
     , mEarlierThreads(std::make_unique<std::vector<std::thread>>())
-{}
+{
+}
 
 Tracker::~Tracker()
 {

@@ -1,13 +1,13 @@
 #include "Runtime/NativeEvent.h"
 
+#include "Runtime/SystemError.h"
+
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
-
-#include "Runtime/SystemError.h"
 
 namespace qlt
 {
@@ -16,7 +16,10 @@ namespace
 
 struct Event
 {
-    explicit Event(bool reset) : manualReset(reset) {}
+    explicit Event(bool reset)
+        : manualReset(reset)
+    {
+    }
 
     const bool manualReset;
     std::mutex mutex;

@@ -16,8 +16,8 @@ void SetLastSystemError(std::uint32_t code) noexcept { SetLastError(code); }
 std::u16string SystemErrorText(std::uint32_t code)
 {
     wchar_t* text = nullptr;
-    const DWORD flags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                        FORMAT_MESSAGE_IGNORE_INSERTS;
+    const DWORD flags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     const DWORD language = MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT);
     const DWORD length = FormatMessageW(flags, nullptr, code, language,
                                         reinterpret_cast<wchar_t*>(&text), 0, nullptr);

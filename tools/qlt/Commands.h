@@ -1,0 +1,39 @@
+// The subcommands of qlt, apart from their command lines: each returns the exit code, prints its
+// result on standard output and what went wrong as one line on standard error.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// Version, device, constants, and what is connected.
+int RunInfo();
+
+struct MonitorOptions
+{
+    std::string source = "simulator"; // simulator, headset or a recording
+    double seconds = 0.0;             // 0: until interrupted or the recording ends
+    std::string csv;                  // empty: none
+};
+
+int RunMonitor(const MonitorOptions& options);
+
+struct ReplayOptions
+{
+    std::string recording;
+    std::string truth; // empty: none
+    std::string csv;   // empty: none
+    bool json = false;
+};
+
+int RunReplay(const ReplayOptions& options);
+
+struct SynthesizeOptions
+{
+    std::string recording;
+    std::string truth; // empty: none
+    double seconds = 30.0;
+    std::uint64_t seed = 1;
+    bool ideal = false; // without bias and noise
+};
+
+int RunSynthesize(const SynthesizeOptions& options);

@@ -1,0 +1,210 @@
+#include "Commands.h"
+
+#include <qlt/qlt.h>
+
+#include "Orientation.h"
+#include "RecordingPlayer.h"
+#include "Terminal.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+namespace
+{
+
+using SteadyClock = std::chrono::steady_clock;
+
+volatile std::sig_atomic_t gInterrupted = 0;
+
+void Interrupt(int) { gInterrupted = 1; }
+
+/// What the monitored tracker said last.
+class Latest final : public qlt::TrackerListener
+{
+public:
+    struct Pose
+    {
+        std::size_t reports = 0;
+        qlt::Quaternion orientation;
+        float temperature = 0.0f;
+    };
+
+    /// `recording` and `reports` only for a recording, which ends after so many.
+    Latest(const std::string& csv, const RecordingTracker* recording, std::size_t reports)
+        : mCsv(csv)
+        , mRecording(recording)
+        , mLastReport(reports)
+    {
+    }
+
+    void OnTemperatureEvent(float temperature, float) override
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mPose.temperature = temperature;
+    }
+
+    void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mCsv.Write(mPose.reports, std::llround(static_cast<double>(time) * 1e6), orientation);
+        mPose.orientation = orientation;
+        ++mPose.reports;
+        lock.unlock();
+        if (mRecording != nullptr && mPose.reports == mLastReport)
+        {
+            mEnded = true;
+            mRecording->WaitForStop();
+        }
+    }
+
+    Pose Get() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mPose;
+    }
+
+    bool Ended() const { return mEnded; }
+
+    void CloseCsv() { mCsv.Close(); }
+
+private:
+    mutable std::mutex mMutex; // guards the pose
+    Pose mPose;
+    OrientationCsv mCsv;
+    const RecordingTracker* const mRecording;
+    const std::size_t mLastReport;
+    std::atomic<bool> mEnded{false};
+};
+
+/// One line that is written over in a terminal, one line after another elsewhere.
+class Display
+{
+public:
+    std::chrono::milliseconds Period() const
+    {
+        return std::chrono::milliseconds(mTerminal ? 50 : 1000);
+    }
+
+    void Show(const std::string& text)
+    {
+        if (!mTerminal)
+        {
+            std::printf("%s\n", text.c_str());
+            std::fflush(stdout);
+            return;
+        }
+        // Spaces instead of an escape sequence: not every console knows one.
+        std::printf("\r%-*s", static_cast<int>(mWidth), text.c_str());
+        std::fflush(stdout);
+        mWidth = text.size();
+    }
+
+    ~Display()
+    {
+        if (mWidth != 0)
+        {
+            std::printf("\n");
+        }
+    }
+
+private:
+    const bool mTerminal = StandardOutputIsTerminal();
+    std::size_t mWidth = 0;
+};
+
+std::string Describe(const Latest::Pose& pose, std::size_t newReports, double elapsedS,
+                     double intervalS)
+{
+    if (pose.reports == 0)
+    {
+        return "no report yet";
+    }
+    std::array<char, 96> head{};
+    std::snprintf(head.data(), head.size(), "%6.1f s %5.0f reports/s %5.1f C  ", elapsedS,
+                  static_cast<double>(newReports) / intervalS,
+                  static_cast<double>(pose.temperature));
+    return head.data() + FormatOrientation(pose.orientation);
+}
+
+/// Shows `latest` until the time is over, the recording has ended or the user has enough.
+void Watch(const Latest& latest, double seconds)
+{
+    using Seconds = std::chrono::duration<double>;
+    Display display;
+    const SteadyClock::time_point start = SteadyClock::now();
+    SteadyClock::time_point due = start + display.Period();
+    SteadyClock::time_point shown = start;
+    std::size_t shownReports = 0;
+    bool over = false;
+    while (!over)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const SteadyClock::time_point now = SteadyClock::now();
+        const double elapsedS = Seconds(now - start).count();
+        over = gInterrupted != 0 || latest.Ended() || (seconds > 0.0 && elapsedS >= seconds);
+        if (now >= due || (over && shown == start))
+        {
+            const Latest::Pose pose = latest.Get();
+            const double intervalS = Seconds(now - shown).count();
+            display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS));
+            shownReports = pose.reports;
+            shown = now;
+            due += display.Period();
+        }
+    }
+}
+
+/// Tracks until the watch is over.
+void Track(qlt::Tracker& tracker, Latest& latest, double seconds)
+{
+    tracker.AddListener(latest);
+    tracker.Start();
+    Watch(latest, seconds);
+    tracker.Stop();
+    tracker.RemoveListener(latest);
+    latest.CloseCsv();
+}
+
+int MonitorRecording(const MonitorOptions& options)
+{
+    const Recording recording = LoadRecording(options.source);
+    const bool whole = ReportTruncation(recording, options.source);
+    RecordingPlayer player(recording, RecordingPlayer::Pace::Recorded);
+    RecordingTracker tracker(player);
+    Latest latest(options.csv, &tracker, recording.reports.size());
+    Track(tracker, latest, options.seconds);
+    player.Close();
+    return whole ? 0 : 1;
+}
+
+} // namespace
+
+int RunMonitor(const MonitorOptions& options)
+{
+    std::signal(SIGINT, Interrupt);
+    if (options.source == "simulator")
+    {
+        qlt::SimulatorTracker tracker;
+        Latest latest(options.csv, nullptr, 0);
+        Track(tracker, latest, options.seconds);
+        return 0;
+    }
+    if (options.source != "headset")
+    {
+        return MonitorRecording(options);
+    }
+    qlt::Hmd tracker;
+    if (qlt::UsbHost::System().OpenFirst() == nullptr)
+    {
+        std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
+    }
+    Latest latest(options.csv, nullptr, 0);
+    Track(tracker, latest, options.seconds);
+    return 0;
+}

@@ -29,3 +29,10 @@
 #else
 #define QLT_INLINE inline
 #endif
+
+// The same for a free function, which only the library itself may mark on Windows.
+#if defined(_WIN32) && !defined(QLT_BUILD)
+#define QLT_API_INLINE inline
+#else
+#define QLT_API_INLINE QLT_API QLT_INLINE
+#endif

@@ -110,7 +110,7 @@ std::vector<TruthRow> LoadTruth(const std::string& path)
                                        &row.timeUs, &valid, &row.w, &row.x, &row.y, &row.z);
         row.valid = valid == 1;
         // Where nothing was measured, the orientation may be left empty.
-        if (fields < (row.valid ? 7 : 3))
+        if (fields < (row.valid ? 7 : 3) || (valid != 0 && valid != 1))
         {
             throw std::runtime_error(path + ", line " + std::to_string(number) +
                                      ": not report,time_us,valid,moving,qw,qx,qy,qz");

@@ -52,6 +52,7 @@ int Run(int argc, char** argv)
 {
     CLI::App app("The command of the QueltaSDK.", "qlt");
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", QLT_VERSION);
     MonitorOptions monitor;
     ReplayOptions replay;

@@ -97,7 +97,7 @@ private:
 };
 
 /// The Hamilton product.
-QLT_API QLT_INLINE Quaternion operator*(const Quaternion& a, const Quaternion& b)
+QLT_API_INLINE Quaternion operator*(const Quaternion& a, const Quaternion& b)
 {
     return Quaternion(a.w() * b.w() - a.x() * b.x() - a.y() * b.y() - a.z() * b.z(),
                       a.w() * b.x() + a.x() * b.w() + a.y() * b.z() - a.z() * b.y(),
@@ -105,40 +105,40 @@ QLT_API QLT_INLINE Quaternion operator*(const Quaternion& a, const Quaternion& b
                       a.w() * b.z() + a.z() * b.w() + a.x() * b.y() - a.y() * b.x());
 }
 
-QLT_API QLT_INLINE Quaternion operator*(const Quaternion& q, const float& s)
+QLT_API_INLINE Quaternion operator*(const Quaternion& q, const float& s)
 {
     return Quaternion(q.w() * s, q.v() * s);
 }
 
-QLT_API QLT_INLINE Quaternion operator*(const float& s, const Quaternion& q)
+QLT_API_INLINE Quaternion operator*(const float& s, const Quaternion& q)
 {
     return Quaternion(q.w() * s, q.v() * s);
 }
 
 /// The vector part of q * (0, p); not a rotation, see Quaternion::Rotate.
-QLT_API QLT_INLINE Vec3 operator*(const Quaternion& q, const Vec3& p)
+QLT_API_INLINE Vec3 operator*(const Quaternion& q, const Vec3& p)
 {
     return (q * Quaternion(0.0f, p)).v();
 }
 
 /// The vector part of (0, p) * q; not a rotation.
-QLT_API QLT_INLINE Vec3 operator*(const Vec3& p, const Quaternion& q)
+QLT_API_INLINE Vec3 operator*(const Vec3& p, const Quaternion& q)
 {
     return (Quaternion(0.0f, p) * q).v();
 }
 
-QLT_API QLT_INLINE Quaternion operator+(const Quaternion& a, const Quaternion& b)
+QLT_API_INLINE Quaternion operator+(const Quaternion& a, const Quaternion& b)
 {
     return Quaternion(a.w() + b.w(), a.v() + b.v());
 }
 
-QLT_API QLT_INLINE Quaternion operator-(const Quaternion& a, const Quaternion& b)
+QLT_API_INLINE Quaternion operator-(const Quaternion& a, const Quaternion& b)
 {
     return Quaternion(a.w() - b.w(), a.v() - b.v());
 }
 
 /// Multiplies by 1 / `s`. deliberate: no assertion here, unlike operator/=.
-QLT_API QLT_INLINE Quaternion operator/(const Quaternion& q, float s)
+QLT_API_INLINE Quaternion operator/(const Quaternion& q, float s)
 {
     const float r = 1.0f / s;
     return Quaternion(q.w() * r, q.v() * r);

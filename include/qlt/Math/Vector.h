@@ -126,28 +126,28 @@ private:
     float mZ;
 };
 
-QLT_API QLT_INLINE Vec3 operator+(const Vec3& a, const Vec3& b)
+QLT_API_INLINE Vec3 operator+(const Vec3& a, const Vec3& b)
 {
     return Vec3(a.x() + b.x(), a.y() + b.y(), a.z() + b.z());
 }
 
-QLT_API QLT_INLINE Vec3 operator-(const Vec3& a, const Vec3& b)
+QLT_API_INLINE Vec3 operator-(const Vec3& a, const Vec3& b)
 {
     return Vec3(a.x() - b.x(), a.y() - b.y(), a.z() - b.z());
 }
 
-QLT_API QLT_INLINE Vec3 operator*(const Vec3& v, float s)
+QLT_API_INLINE Vec3 operator*(const Vec3& v, float s)
 {
     return Vec3(v.x() * s, v.y() * s, v.z() * s);
 }
 
-QLT_API QLT_INLINE Vec3 operator*(float s, const Vec3& v)
+QLT_API_INLINE Vec3 operator*(float s, const Vec3& v)
 {
     return Vec3(v.x() * s, v.y() * s, v.z() * s);
 }
 
 /// Multiplies by 1 / `s`. deliberate: no assertion here, unlike operator/=.
-QLT_API QLT_INLINE Vec3 operator/(const Vec3& v, float s)
+QLT_API_INLINE Vec3 operator/(const Vec3& v, float s)
 {
     const float r = 1.0f / s;
     return Vec3(v.x() * r, v.y() * r, v.z() * r);

@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""The qlt command as a user meets it: what it prints, what it writes, how it ends.
+
+    qlt_test.py [--emulator "COMMAND"] --recordings FOLDER QLT [CASE...]
+
+Each case runs the real program; the emulator is what a cross-built one needs in front of it.
+"""
+
+import argparse
+import json
+import math
+import pathlib
+import re
+import shlex
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ARGUMENTS = None
+IDENTITY = (0, 16384, 0, 0)  # z, w, x, y
+
+
+def report(sequence, time_us):
+    """A report of a headset at rest, with some turn about y so that no axis is exactly zero."""
+    return struct.pack(
+        "<II4h3h3h3hhIIiiiII",
+        sequence, time_us, *IDENTITY, 5, -7, 3, 3000, -500, -20, 0, 0, 0, 8000,
+        0, 0, 0, 0, 0, 0, 0)
+
+
+class QltTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return str(self.folder / name)
+
+    def qlt(self, *arguments, code=0):
+        command = shlex.split(ARGUMENTS.emulator) + [ARGUMENTS.qlt, *arguments]
+        done = subprocess.run(command, capture_output=True, text=True, timeout=60, check=False,
+                              stdin=subprocess.DEVNULL)
+        self.assertEqual(done.returncode, code, f"{command}\n{done.stdout}\n{done.stderr}")
+        return done
+
+    def recording(self, name, reports=100, first_us=5000000, extra=b""):
+        data = b"".join(report(1000 + i, (first_us + 1000 * i) % 2**32) for i in range(reports))
+        pathlib.Path(self.path(name)).write_bytes(data + extra)
+        return self.path(name)
+
+    def test_info_names_device_and_constants(self):
+        done = self.qlt("info")
+        self.assertRegex(done.stdout, r"QueltaSDK \d+\.\d+\.\d+")
+        self.assertIn("Quelta Orbel Ixo", done.stdout)
+        self.assertRegex(done.stdout, r"EYE_FOV_Y_DEG +131\.731\d+\n")
+        self.assertIn("no headset is connected", done.stdout)
+
+    def test_an_unknown_option_is_not_understood(self):
+        for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
+                          ["monitor", "--seconds", "-1"]):
+            with self.subTest(arguments):
+                self.assertNotEqual(self.qlt(*arguments, code=2).stderr, "")
+
+    def test_replay_refuses_what_is_no_recording(self):
+        pathlib.Path(self.path("empty.bin")).write_bytes(b"")
+        pathlib.Path(self.path("short.bin")).write_bytes(b"x" * 63)
+        for name in ("missing.bin", "empty.bin", "short.bin"):
+            with self.subTest(name):
+                done = self.qlt("replay", self.path(name), code=1)
+                self.assertEqual(len(done.stderr.splitlines()), 1)
+                self.assertIn(name, done.stderr)
+                self.assertEqual(done.stdout, "")
+
+    def test_replay_names_a_truncated_report_and_plays_the_whole_ones(self):
+        path = self.recording("cut.bin", reports=70, extra=b"y" * 17)
+        done = self.qlt("replay", path, code=1)
+        self.assertIn("cut off after 17 of 64 bytes", done.stderr)
+        self.assertIn("70 reports", done.stdout)
+
+    def test_replay_prints_one_json_object_and_nothing_else(self):
+        done = self.qlt("replay", self.recording("a.bin"), "--json")
+        result = json.loads(done.stdout)
+        self.assertEqual(list(result), ["reports", "seconds", "reports_per_second",
+                                        "inclination_rmse_deg"])
+        self.assertEqual(result["reports"], 100)
+        self.assertIsNone(result["inclination_rmse_deg"])
+        self.assertAlmostEqual(result["reports"] / result["seconds"] / result["reports_per_second"],
+                               1.0, places=6)
+
+    def test_replay_writes_every_orientation_over_a_time_stamp_wrap(self):
+        path = self.recording("wrap.bin", reports=20, first_us=2**32 - 10000)
+        self.qlt("replay", path, "--csv", self.path("out.csv"))
+        rows = pathlib.Path(self.path("out.csv")).read_text().splitlines()
+        self.assertEqual(rows[0], "report,time_us,qw,qx,qy,qz")
+        self.assertEqual([int(row.split(",")[1]) for row in rows[1:]],
+                         [2**32 - 10000 + 1000 * i for i in range(20)])
+        for row in rows[1:]:
+            self.assertAlmostEqual(math.hypot(*map(float, row.split(",")[2:])), 1.0, places=6)
+
+    def test_a_file_that_cannot_be_written_fails(self):
+        path = self.recording("a.bin")
+        nowhere = self.path("no/such/folder")
+        for arguments in (["replay", path, "--csv", nowhere], ["synthesize", nowhere],
+                          ["monitor", "--seconds", "0.1", "--csv", nowhere]):
+            with self.subTest(arguments[0]):
+                self.assertIn("cannot write", self.qlt(*arguments, code=1).stderr)
+
+    def test_a_truth_that_is_none_fails(self):
+        path = self.recording("a.bin")
+        pathlib.Path(self.path("bad.csv")).write_text("report,time_us\n1,2,3\n")
+        done = self.qlt("replay", path, "--truth", self.path("bad.csv"), code=1)
+        self.assertIn("bad.csv, line 2", done.stderr)
+
+    def test_synthesized_recordings_replay_close_to_their_truth(self):
+        for options, limit in ((["--ideal"], 0.05), ([], 0.5)):
+            for seed in ("1", "2"):
+                with self.subTest(options=options, seed=seed):
+                    self.qlt("synthesize", self.path("s.bin"), "--truth", self.path("s.csv"),
+                             "--seconds", "20", "--seed", seed, *options)
+                    done = self.qlt("replay", self.path("s.bin"), "--truth", self.path("s.csv"),
+                                    "--json")
+                    self.assertLess(json.loads(done.stdout)["inclination_rmse_deg"], limit)
+
+    def test_a_seed_decides_every_byte(self):
+        def made(*options):
+            self.qlt("synthesize", self.path("s.bin"), "--seconds", "3", *options)
+            return pathlib.Path(self.path("s.bin")).read_bytes()
+        self.assertEqual(made("--seed", "7"), made("--seed", "7"))
+        self.assertNotEqual(made("--seed", "7"), made("--seed", "8"))
+        self.assertNotEqual(made("--seed", "7"), made("--seed", "7", "--ideal"))
+
+    def test_synthesized_motion_turns_fast_and_rests(self):
+        self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "60")
+        data = pathlib.Path(self.path("s.bin")).read_bytes()
+        counts = [struct.unpack_from("<3h", data, i + 16) for i in range(0, len(data), 64)]
+        # 1000 / 32768 degrees a second per count, around the calibration's offset of 0.3 at most.
+        speeds = [math.hypot(*c) * 1000 / 32768 for c in counts]
+        self.assertGreater(max(speeds), 250)
+        self.assertLess(max(speeds), 302)
+        self.assertGreater(sum(1 for s in speeds if s < 0.5), 1000)
+
+    def test_monitor_shows_the_simulator_once_a_second(self):
+        done = self.qlt("monitor", "--seconds", "2", "--csv", self.path("m.csv"))
+        self.assertEqual(len(done.stdout.splitlines()), 2)
+        self.assertRegex(done.stdout.splitlines()[0], r"^ +1\.\d s +\d+ reports/s .* w 0\.\d+ x ")
+        rows = pathlib.Path(self.path("m.csv")).read_text().splitlines()
+        self.assertGreater(len(rows), 500)
+        self.assertEqual(rows[1], "0,0,1,0,0,0")
+
+    def test_monitor_plays_a_recording_at_its_own_pace(self):
+        path = self.recording("a.bin", reports=1500)
+        done = self.qlt("monitor", "--source", path, "--csv", self.path("m.csv"))
+        lines = [line for line in done.stdout.splitlines() if "reports/s" in line]
+        rate = float(re.search(r"(\d+) reports/s", lines[0]).group(1))
+        self.assertLess(rate, 1100)
+        self.assertEqual(len(pathlib.Path(self.path("m.csv")).read_text().splitlines()), 1501)
+
+    def test_monitor_says_that_there_is_no_headset_and_waits(self):
+        done = self.qlt("monitor", "--source", "headset", "--seconds", "1")
+        self.assertIn("no headset is connected", done.stderr)
+        self.assertIn("no report yet", done.stdout)
+
+    def test_real_recordings_meet_their_truth(self):
+        folder = pathlib.Path(ARGUMENTS.recordings)
+        if not folder.is_dir():
+            self.skipTest(f"no recordings in {folder}")
+        for name, rmse in (("slow_rotation_breaks", 0.795), ("slow_translation", 2.447),
+                           ("fast_rotation", 2.017)):
+            with self.subTest(name):
+                done = self.qlt("replay", str(folder / f"{name}.bin"), "--truth",
+                                str(folder / f"{name}.csv"))
+                found = re.search(r"inclination RMSE (\d+\.\d{3}) deg", done.stdout)
+                self.assertAlmostEqual(float(found.group(1)), rmse, delta=0.01)
+
+
+def main():
+    global ARGUMENTS
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--emulator", default="")
+    parser.add_argument("--recordings", required=True)
+    parser.add_argument("qlt")
+    parser.add_argument("cases", nargs="*")
+    ARGUMENTS = parser.parse_args()
+    names = [f"QltTest.test_{case}" for case in ARGUMENTS.cases]
+    result = unittest.main(argv=[sys.argv[0], *names], exit=False).result
+    if result.skipped and not result.failures and not result.errors:
+        sys.exit(77)  # ctest's word for skipped
+    sys.exit(not result.wasSuccessful())
+
+
+if __name__ == "__main__":
+    main()

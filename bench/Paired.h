@@ -1,5 +1,5 @@
-// A speed as a ratio: what is measured runs in turns with what it is compared to, in one run, so that
-// a busy machine slows both.
+// A speed as a ratio: what is measured runs in turns with what it is compared to, in one run, so
+// that a busy machine slows both.
 #pragma once
 
 #include <benchmark/benchmark.h>

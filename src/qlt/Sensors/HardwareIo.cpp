@@ -39,8 +39,8 @@ UsbEndPoint* FindInterruptEndPoint(VendorUsbDevice& device)
     return nullptr;
 }
 
-/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate:
-/// once in a process, over all its headsets; applications rely on no later jump turning the view.
+/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate: once
+/// in a process, over all its headsets; applications rely on no later jump turning the view.
 bool IsFirstJump(std::uint32_t sequence)
 {
     static std::atomic<std::uint32_t> previous{sequence};
@@ -49,9 +49,14 @@ bool IsFirstJump(std::uint32_t sequence)
     {
         return false;
     }
-    const bool jumped = sequence - previous.exchange(sequence) > MAX_SEQUENCE_STEP;
-    synchronised = jumped;
-    return jumped;
+    const std::uint32_t step = sequence - previous.load(std::memory_order_relaxed);
+    previous.store(sequence, std::memory_order_relaxed);
+    if (step <= MAX_SEQUENCE_STEP)
+    {
+        return false;
+    }
+    synchronised = true;
+    return true;
 }
 
 } // namespace
@@ -131,14 +136,14 @@ void Hmd::HardwareIo::Disconnect()
     mConnected = false;
 }
 
-void Hmd::HardwareIo::Read()
+bool Hmd::HardwareIo::Read()
 {
     std::uint32_t length = SENSOR_REPORT_SIZE;
     {
         const Lock lock(mMutex);
         if (!mConnected)
         {
-            return;
+            return false;
         }
         // A failure shows in the length.
         mEndPoint->TransferData(mReport.data(), length);
@@ -147,13 +152,14 @@ void Hmd::HardwareIo::Read()
     {
         std::cerr << "Read " << length << " instead of " << SENSOR_REPORT_SIZE << "!" << std::endl;
         Disconnect();
-        return;
+        return true;
     }
     // The scales change only while disconnected, and only this thread disconnects.
     SensorSample sample = DecodeSensorReport(mReport, mScales);
     // The host service knows better than the device where it is.
     sample.position = mHmd->GetClientPosition();
     Deliver(sample);
+    return true;
 }
 
 void Hmd::HardwareIo::Deliver(const SensorSample& sample)

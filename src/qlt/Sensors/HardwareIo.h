@@ -31,9 +31,9 @@ public:
 
     bool IsConnected() const;
 
-    /// Reads one report and raises its events; a read that is not whole disconnects. Returns at
-    /// once when not connected. On the processing thread only.
-    void Read();
+    /// Reads one report and raises its events; a read that is not whole disconnects. False at once
+    /// when not connected. On the processing thread only.
+    bool Read();
 
 private:
     void Watch();

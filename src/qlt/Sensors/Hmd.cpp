@@ -30,13 +30,9 @@ void Hmd::DoProcess()
 {
     while (!ShouldStop())
     {
-        if (mHardwareIo->IsConnected())
+        if (!mHardwareIo->Read())
         {
-            mHardwareIo->Read();
-        }
-        else
-        {
-            std::this_thread::yield();
+            std::this_thread::yield(); // no headset
         }
     }
 }

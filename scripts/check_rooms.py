@@ -1,0 +1,289 @@
+#!/usr/bin/env python3
+"""Checks who may include whom, and where the system may be named.
+
+    scripts/check_rooms.py [TREE]         prints FILE:LINE: MESSAGE for each violation, then exits 1
+    scripts/check_rooms.py --self-test    breaks each rule in a small tree and sees it noticed
+
+A room is a folder of include/qlt and src/qlt. Its wing for one system is src/qlt/Arch/SYSTEM/ROOM;
+tools, tests and benchmarks may have wings too, in any folder called Arch.
+"""
+
+import pathlib
+import re
+import sys
+import tempfile
+import unittest
+
+# Lowest first: a room includes itself and what stands before it.
+ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
+
+# The trees with C++ in them, and the third parties that each may include.
+TREES = {
+    "include": (),
+    "src": (),
+    "tools": ("CLI/", "nlohmann/"),
+    "bench": ("benchmark/",),
+    "tests": ("gtest/",),
+}
+
+# Where an #include "..." is looked for, after the folder of the including file.
+INCLUDE_FOLDERS = ("src/qlt", "include", "tests", "tools/qlt")
+
+STANDARD_LIBRARY = set("""
+    algorithm any array atomic bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes
+    climits clocale cmath codecvt complex condition_variable csetjmp csignal cstdarg cstddef cstdint
+    cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception execution filesystem
+    forward_list fstream functional future initializer_list iomanip ios iosfwd iostream istream
+    iterator limits list locale map memory memory_resource mutex new numeric optional ostream queue
+    random ratio regex scoped_allocator set shared_mutex sstream stack stdexcept streambuf string
+    string_view strstream system_error thread tuple type_traits typeindex typeinfo unordered_map
+    unordered_set utility valarray variant vector
+    stddef.h stdint.h stdbool.h
+""".split())  # the last three for the flat interface, which is C as well
+
+SYSTEM_MACRO = re.compile(
+    r"\b(_?_?WIN(32|64)(__)?|_?_?linux(__)?|_?_?unix(__)?|__APPLE__|__ANDROID__|__CYGWIN__|"
+    r"__MINGW(32|64)__|__FreeBSD__|_MSC_VER|_POSIX_\w+)\b")
+
+UMBRELLA = "include/qlt/qlt.h"
+
+# Raw strings, comments, and what could hide the beginning of either.
+TOKENS = re.compile(
+    r'R"([^(\s]*)\(.*?\)\1"|//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|' r"'(?:\\.|[^'\\\n])'",
+    re.DOTALL)
+
+
+def without_comments(text):
+    """The text without comments and raw strings, on the same lines."""
+    def blank(match):
+        token = match.group(0)
+        return "\n" * token.count("\n") if token.startswith(("R", "/")) else token
+    return TOKENS.sub(blank, text)
+
+
+def room_of(path):
+    """The room's place in ROOMS; -1 below and len(ROOMS) above all rooms; None outside of them."""
+    if path == UMBRELLA:
+        return len(ROOMS)
+    parts = path.split("/")
+    if parts[:2] not in (["include", "qlt"], ["src", "qlt"]):
+        return None
+    inner = parts[4:] if parts[2] == "Arch" else parts[2:]
+    name = inner[0] if len(inner) > 1 else inner[0].split(".")[0]
+    return ROOMS.index(name) if name in ROOMS else -1
+
+
+class House:
+    def __init__(self, root):
+        self.root = pathlib.Path(root)
+        self.files = sorted(
+            file.relative_to(self.root).as_posix() for tree in TREES
+            for file in (self.root / tree).rglob("*") if file.suffix in (".h", ".cpp"))
+        self.known = set(self.files)
+        self.includes = {}  # file -> [(line, included file of the tree)]
+        self.violations = []
+
+    def check(self):
+        for file in self.files:
+            self.check_file(file)
+        self.check_cycles()
+        self.check_umbrella()
+        return self.violations
+
+    def report(self, file, line, message):
+        self.violations.append(f"{file}:{line}: {message}")
+
+    def check_file(self, file):
+        self.includes[file] = []
+        text = without_comments((self.root / file).read_text(encoding="utf-8"))
+        first = True
+        for number, line in enumerate(text.split("\n"), 1):
+            condition = re.match(r"\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)", line)
+            if condition and SYSTEM_MACRO.search(condition.group(1)):
+                self.check_condition(file, number)
+            include = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)
+            if include:
+                self.check_include(file, number, *include.groups(), first)
+                first = False
+
+    def check_condition(self, file, number):
+        if "/Arch/" not in file and file != "include/qlt/Export.h":
+            self.report(file, number, "asks for the system outside of a wing")
+
+    def check_include(self, file, number, quote, name, first):
+        target = self.resolve(file, quote, name)
+        if first and file.startswith("src/qlt/") and file.endswith(".cpp"):
+            self.check_own_header(file, number, target)
+        if target is not None:
+            self.includes[file].append((number, target))
+            self.check_target(file, number, quote, target)
+        elif quote == '"' or name.startswith("qlt/"):
+            self.report(file, number, f"{name} is not in the tree")
+        elif name not in STANDARD_LIBRARY and "/Arch/" not in file:
+            if not name.startswith(TREES[file.split("/")[0]] or ("\0",)):
+                self.report(file, number, f"<{name}> is neither standard C++ nor in a wing")
+
+    def resolve(self, file, quote, name):
+        folders = ["include"]
+        if quote == '"':
+            folders = [file.rpartition("/")[0], *INCLUDE_FOLDERS]
+        for folder in folders:
+            if f"{folder}/{name}" in self.known:
+                return f"{folder}/{name}"
+        return None
+
+    def check_own_header(self, file, number, target):
+        parts = file[len("src/qlt/"):-len(".cpp")].split("/")
+        own = "/".join(parts[2:] if parts[0] == "Arch" else parts) + ".h"
+        headers = {f"{folder}/{own}" for folder in ("include/qlt", "src/qlt")} & self.known
+        if headers and target not in headers:
+            self.report(file, number, f"does not include its own header {own} first")
+
+    def check_target(self, file, number, quote, target):
+        if "/Arch/" in target:
+            self.report(file, number, f"includes {target} from a wing")
+        if file.startswith("include/") and (quote == '"' or not target.startswith("include/")):
+            self.report(file, number, "is public and includes other than <qlt/...>")
+        room, below = room_of(file), room_of(target)
+        if room is None:
+            return
+        if below is None:
+            self.report(file, number, f"includes {target} from outside the library")
+        elif below > room:
+            self.report(file, number, f"includes {target} from a room above")
+
+    def check_cycles(self):
+        done = set()
+        for file in self.files:
+            self.walk(file, [], done)
+
+    def walk(self, file, path, done):
+        if file in done:
+            return
+        path.append(file)
+        for number, target in self.includes[file]:
+            if target in path:
+                circle = path[path.index(target):] + [target]
+                self.report(file, number, "closes the circle " + " > ".join(circle))
+            else:
+                self.walk(target, path, done)
+        path.pop()
+        done.add(file)
+
+    def check_umbrella(self):
+        if UMBRELLA not in self.known:
+            return
+        named = {target for _, target in self.includes[UMBRELLA]}
+        rooms = tuple(f"include/qlt/{room}/" for room in ROOMS)
+        for file in self.files:
+            if file.startswith(rooms) and file not in named:
+                self.report(UMBRELLA, 1, f"does not include {file}")
+
+
+class SelfTest(unittest.TestCase):
+    def violations(self, **files):
+        """The violations of a tree in which __ stands for / and _h, _cpp for the suffix."""
+        with tempfile.TemporaryDirectory() as folder:
+            for name, text in files.items():
+                stem, _, suffix = name.replace("__", "/").rpartition("_")
+                file = pathlib.Path(folder, f"{stem}.{suffix}")
+                file.parent.mkdir(parents=True, exist_ok=True)
+                file.write_text(text, encoding="utf-8")
+            return House(folder).check()
+
+    def assert_kept(self, **files):
+        self.assertEqual(self.violations(**files), [])
+
+    def assert_broken(self, expected, **files):
+        found = self.violations(**files)
+        self.assertEqual(len(found), 1, found)
+        self.assertRegex(found[0], expected)
+
+    def test_a_room_may_include_the_rooms_below(self):
+        self.assert_kept(
+            include__qlt__Export_h="#if defined(_WIN32)\n#endif\n",
+            include__qlt__Runtime__A_h="#include <qlt/Export.h>\n#include <vector>\n",
+            src__qlt__Math__B_h="#include <qlt/Runtime/A.h>\n",
+            src__qlt__Math__B_cpp='#include "Math/B.h"\n#include <cmath>\n',
+            src__qlt__qlt_c_api__qlt_c_api_cpp='#include "Math/B.h"\n')
+
+    def test_a_room_may_not_include_a_room_above(self):
+        above = {"src__qlt__Math__M_h": "", "src__qlt__Runtime__R_h": '\n#include "Math/M.h"\n'}
+        self.assert_broken("^src/qlt/Runtime/R.h:2: .*room above", **above)
+        self.assert_broken("room above", src__qlt__Math__M_h="",
+                           src__qlt__Arch__Linux__Runtime__R_cpp='#include "Math/M.h"\n')
+        self.assert_broken("room above", include__qlt__qlt_h="",
+                           src__qlt__Runtime__R_h="#include <qlt/qlt.h>\n")
+
+    def test_the_library_includes_neither_tools_nor_tests(self):
+        self.assert_broken("outside the library", tests__fakes__F_h="",
+                           src__qlt__Math__M_h='#include "fakes/F.h"\n')
+
+    def test_files_may_not_include_each_other(self):
+        self.assert_broken("^tests/C.h:1: closes the circle tests/A.h > tests/B.h > tests/C.h > ",
+                           tests__A_h='#include "B.h"\n', tests__B_h='#include "C.h"\n',
+                           tests__C_h='#include "A.h"\n')
+        self.assert_broken("circle", tools__qlt__A_h='#include "A.h"\n')
+
+    def test_nothing_includes_a_wing(self):
+        self.assert_broken("from a wing", src__qlt__Arch__Linux__Runtime__W_h="",
+                           src__qlt__Runtime__R_h='#include "Arch/Linux/Runtime/W.h"\n')
+
+    def test_system_headers_stay_in_wings(self):
+        for header in ("windows.h", "unistd.h", "sys/mman.h", "pthread.h", "CLI/CLI.hpp"):
+            line = f"# include <{header}> // why\n"
+            self.assert_broken("neither standard", src__qlt__Runtime__R_cpp=line)
+            self.assert_kept(src__qlt__Arch__Win32__Runtime__R_cpp=line)
+        self.assert_broken("neither standard", tests__T_cpp="#include <windows.h>\n")
+
+    def test_third_parties_stay_with_their_users(self):
+        self.assert_kept(tools__qlt__A_cpp="#include <CLI/CLI.hpp>\n",
+                         tests__A_cpp="#include <gtest/gtest.h>\n")
+        self.assert_broken("neither standard", tools__qlt__A_cpp="#include <gtest/gtest.h>\n")
+
+    def test_questions_about_the_system_stay_in_wings(self):
+        for line in ("#ifdef _WIN32", "#if defined(__linux__) && 1", "# elif _MSC_VER > 1900",
+                     "#ifndef WIN32", "#if __APPLE__"):
+            self.assert_broken("asks for the system", tools__qlt__A_cpp=line)
+            self.assert_kept(tools__qlt__Arch__Linux__A_cpp=line)
+        self.assert_kept(tools__qlt__A_cpp="#if defined(__GNUC__)\n")
+
+    def test_what_is_no_directive_is_not_read(self):
+        self.assert_kept(src__qlt__Math__M_cpp="/*\n#include <windows.h>\n*/\n"
+                         '// #ifdef _WIN32\nauto s = R"(\n#ifdef _WIN32\n)";\nauto t = "/*";\n')
+        self.assert_broken("M.cpp:4: <windows.h>", src__qlt__Math__M_cpp="/*\n\n*/ char c = '\"';\n"
+                           "#include <windows.h>\n")
+
+    def test_public_headers_include_public_headers_only(self):
+        self.assert_broken("is public", src__qlt__Math__M_h="",
+                           include__qlt__Math__P_h='#include "Math/M.h"\n')
+        self.assert_broken("is public", include__qlt__Math__P_h="",
+                           include__qlt__Math__Q_h='#include "P.h"\n')
+
+    def test_the_own_header_comes_first(self):
+        swapped = '#include <vector>\n#include "Math/M.h"\n'
+        self.assert_broken("own header Math/M.h first", src__qlt__Math__M_h="",
+                           src__qlt__Math__M_cpp=swapped)
+        self.assert_broken("own header Math/M.h first", src__qlt__Math__M_h="",
+                           src__qlt__Arch__Linux__Math__M_cpp=swapped)
+
+    def test_what_is_included_exists(self):
+        self.assert_broken("not in the tree", src__qlt__Math__M_h="#include <qlt/Gone.h>\n")
+        self.assert_broken("not in the tree", tests__M_cpp='#include "windows.h"\n')
+
+    def test_the_umbrella_covers_every_public_header(self):
+        self.assert_broken("does not include include/qlt/Math/M.h", include__qlt__Math__M_h="",
+                           include__qlt__qlt_h="")
+
+
+def main():
+    if sys.argv[1:] == ["--self-test"]:
+        unittest.main(argv=sys.argv[:1])
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    violations = House(root).check()
+    print("\n".join(violations) if violations else "rooms: in order")
+    sys.exit(bool(violations))
+
+
+if __name__ == "__main__":
+    main()

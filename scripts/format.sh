@@ -1,0 +1,17 @@
+#!/bin/bash
+# format.sh [--check]: formats every C++ file of the tree in place; with --check it changes nothing,
+# names what is out of shape and fails.
+set -euo pipefail
+
+cd "$(dirname "$0")/.."
+mode=(-i)
+case ${1-} in
+'') ;;
+--check) mode=(--dry-run -Werror) ;;
+*)
+    echo "usage: scripts/format.sh [--check]" >&2
+    exit 2
+    ;;
+esac
+find . -path ./build -prune -o -type f \( -name '*.h' -o -name '*.cpp' \) -print0 |
+    xargs -0 clang-format --style=file "${mode[@]}"

@@ -1,0 +1,55 @@
+#!/bin/bash
+# setup.sh [GROUP...]: installs the Debian packages that are missing; asks for nothing, changes
+# nothing else, and is silent when all are there. Needs root or sudo.
+#
+# Groups: demo (build the library and the command), linux (build and test), windows (cross-build,
+# run under Wine), house (format and clang-tidy). Without one: all of them.
+set -euo pipefail
+
+packages_of()
+{
+    local demo="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
+    local linux="$demo python3 pkgconf googletest libbenchmark-dev"
+    case $1 in
+    demo) echo "$demo" ;;
+    linux) echo "$linux" ;;
+    windows) echo "$linux g++-mingw-w64-x86-64-posix wine64 xvfb" ;;
+    house) echo "$linux clang-format clang-tidy" ;;
+    *) fail "there is no group '$1'; groups are demo, linux, windows, house" ;;
+    esac
+}
+
+fail()
+{
+    echo "setup.sh: $*" >&2
+    exit 1
+}
+
+is_installed()
+{
+    [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+[[ $# -gt 0 ]] || set -- linux windows house
+missing=()
+for group in "$@"; do
+    packages=$(packages_of "$group")
+    command -v apt-get >/dev/null ||
+        fail "this system has no apt-get; install by hand what Debian 12 calls $packages"
+    for package in $packages; do
+        [[ " ${missing[*]} " == *" $package "* ]] || is_installed "$package" || missing+=("$package")
+    done
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $EUID -ne 0 ]]; then
+    command -v sudo >/dev/null || fail "run as root, or install sudo; missing: ${missing[*]}"
+    as_root=(sudo)
+fi
+echo "setup.sh: installing with apt-get what '$*' needs: ${missing[*]}"
+apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0)
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+{ "${apt[@]}" update && "${apt[@]}" install -y --no-install-recommends "${missing[@]}"; } \
+    >"$log" 2>&1 </dev/null || { tail -n 20 "$log" >&2; fail "apt-get failed"; }

@@ -1,0 +1,127 @@
+#!/bin/bash
+# test.sh [--soak] [SUITE...]: installs what is missing, builds and tests. A suite is a preset that
+# can run here (linux, linux-debug, linux-asan, linux-tsan, windows) or "house", the rules of the
+# tree: format, clang-tidy, room order. Without one: all but linux-debug. --soak adds the long tests.
+#
+# A suite that fails does not stop the next one. The last line is the sum over all suites.
+set -euo pipefail
+
+cd "$(dirname "$0")/.."
+without=(-LE soak)
+if [[ ${1-} == --soak ]]; then
+    without=()
+    shift
+fi
+suites=("$@")
+[[ $# -gt 0 ]] || suites=(house linux linux-asan linux-tsan windows)
+
+passed=0
+failed=0
+skipped=0
+summary=()
+
+# count SUITE PASSED FAILED SKIPPED: adds up and remembers the suite's line.
+count()
+{
+    passed=$((passed + $2))
+    failed=$((failed + $3))
+    skipped=$((skipped + $4))
+    summary+=("$(printf '%-11s %s' "$1" "$(result "$2" "$3" "$4"), $((SECONDS - start)) s")")
+}
+
+result()
+{
+    echo "$1 passed, $2 failed$([[ $3 -eq 0 ]] || echo ", $3 skipped")"
+}
+
+needs()
+{
+    case $1 in
+    windows) echo windows ;;
+    house) echo house ;;
+    *) echo linux ;;
+    esac
+}
+
+run_preset()
+{
+    local preset=$1 report=$PWD/build/$1/junit.xml around=() ok=true
+    if ! cmake --preset "$preset" || ! cmake --build --preset "$preset" -j "$(nproc)"; then
+        echo "test.sh: $preset does not build"
+        count "$preset" 0 1 0
+        return
+    fi
+    [[ $preset != windows ]] || around=(scripts/with-wine.sh)
+    rm -f "$report"
+    "${around[@]}" ctest --preset "$preset" -j "$(nproc)" "${without[@]}" --no-tests=error \
+        --output-on-failure --output-junit "$report" || ok=false
+    count_report "$preset" "$report" "$ok"
+}
+
+# count_report SUITE JUNIT CTEST_SUCCEEDED: a test that could not be started is a failed one, though
+# the report calls it "not run" as it does a skipped one.
+count_report()
+{
+    local all good away bad
+    all=$(occurrences '<testcase ' "$2")
+    good=$(occurrences '<testcase .* status="run"' "$2")
+    away=$(occurrences '<skipped message="SKIP_|<testcase .* status="disabled"' "$2")
+    bad=$((all - good - away))
+    [[ $3 == true || $bad -gt 0 ]] || bad=1
+    count "$1" "$good" "$bad" "$away"
+}
+
+occurrences()
+{
+    grep -cE "^[[:space:]]*($1)" "$2" 2>/dev/null || true
+}
+
+run_house()
+{
+    local good=0 bad=0 check
+    for check in check_format check_tidy check_rooms; do
+        if "$check"; then
+            good=$((good + 1))
+        else
+            echo "test.sh: $check failed"
+            bad=$((bad + 1))
+        fi
+    done
+    count house "$good" "$bad" 0
+}
+
+check_format()
+{
+    scripts/format.sh --check
+}
+
+check_rooms()
+{
+    python3 scripts/check_rooms.py
+}
+
+# The files that the Linux build compiles, without the tests, in which a long function is a list.
+check_tidy()
+{
+    local log=build/linux/clang-tidy.log
+    cmake --preset linux >/dev/null || return 1
+    run-clang-tidy -quiet -p build/linux -j "$(nproc)" "^$PWD/(src|tools|bench)/" >"$log" 2>&1 ||
+        { grep -E -A 3 '(warning|error):' "$log" || cat "$log"; return 1; }
+}
+
+for suite in "${suites[@]}"; do
+    echo "=== $suite"
+    start=$SECONDS
+    if ! scripts/setup.sh "$(needs "$suite")"; then
+        count "$suite" 0 1 0
+    elif [[ $suite == house ]]; then
+        run_house
+    else
+        run_preset "$suite"
+    fi
+done
+
+echo
+printf '%s\n' "${summary[@]}"
+result "$passed" "$failed" "$skipped"
+[[ $failed -eq 0 ]]

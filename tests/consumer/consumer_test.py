@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""The installed library as somebody else's build meets it.
+
+    consumer_test.py --build BUILD --cmake CMAKE --compiler CXX --system Linux|Windows
+                     [--toolchain FILE] [--emulator COMMAND] CASE
+
+CASE "install" makes the installation that the others look at: "layout" its files, and
+"find_package", "pkg_config" and "compiler_line" build and run the program in that way.
+"""
+
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+
+PROGRAM = pathlib.Path(__file__).resolve().parent / "program"
+FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/QueltaSDK.pc",
+         "lib/cmake/QueltaSDK/QueltaSDKConfig.cmake"]
+SYSTEM_FILES = {
+    "Linux": ["lib/libQueltaSDK.so", "bin/qlt"],
+    "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "bin/qlt.exe"],
+}
+
+
+class Consumer:
+    def __init__(self, arguments):
+        self.arguments = arguments
+        self.windows = arguments.system == "Windows"
+        self.folder = pathlib.Path(arguments.build, "consumer")
+        self.prefix = self.folder / "prefix"
+
+    def install(self):
+        shutil.rmtree(self.prefix, ignore_errors=True)
+        run([self.arguments.cmake, "--install", self.arguments.build, "--prefix", self.prefix])
+
+    def layout(self):
+        missing = [file for file in FILES + SYSTEM_FILES[self.arguments.system]
+                   if not (self.prefix / file).is_file()]
+        assert not missing, f"not installed: {missing}"
+        assert "QueltaSDK" in self.output_of(self.prefix / "bin/qlt", "info")
+
+    def find_package(self):
+        build = self.folder / "find_package"
+        shutil.rmtree(build, ignore_errors=True)
+        # By its own variable: a toolchain file for cross-compiling may hide every other place.
+        run([self.arguments.cmake, "-G", "Ninja", "-S", PROGRAM, "-B", build,
+             f"-DQueltaSDK_DIR={self.prefix}/lib/cmake/QueltaSDK",
+             f"-DCMAKE_CXX_COMPILER={self.arguments.compiler}",
+             f"-DCMAKE_TOOLCHAIN_FILE={self.arguments.toolchain}"])
+        run([self.arguments.cmake, "--build", build])
+        self.check_program(build / "consumer")
+
+    def pkg_config(self):
+        place = dict(os.environ, PKG_CONFIG_LIBDIR=f"{self.prefix}/lib/pkgconfig")
+        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "QueltaSDK"], env=place,
+                               check=True, capture_output=True, text=True).stdout.split()
+        self.compile("pkg_config", flags)
+
+    def compiler_line(self):
+        self.compile("compiler_line", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib",
+                                       "-lQueltaSDK"])
+
+    def compile(self, name, flags):
+        program = self.folder / name
+        # After the import library, which is none: the compiler's own libraries become static.
+        static = ["-static-libgcc", "-Wl,-Bstatic"] if self.windows else ["-pthread"]
+        run([self.arguments.compiler, "-std=c++17", PROGRAM / "main.cpp", "-o", program, *flags,
+             *static])
+        self.check_program(program)
+
+    def check_program(self, program):
+        assert "Quelta Orbel Ixo" in self.output_of(program)
+
+    def output_of(self, program, *options):
+        """Standard output of a program that finds the library in the installation."""
+        found = dict(os.environ, LD_LIBRARY_PATH=f"{self.prefix}/lib", WINEPATH=f"Z:{self.prefix}/bin")
+        if self.windows:
+            program = program.with_suffix(".exe")
+        emulator = [self.arguments.emulator] if self.arguments.emulator else []
+        return run([*emulator, program, *options], env=found, capture_output=True, text=True).stdout
+
+
+def run(command, **options):
+    done = subprocess.run(command, check=False, stdin=subprocess.DEVNULL, **options)
+    assert done.returncode == 0, f"{command} ended with {done.returncode}: {done.stderr}"
+    return done
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    for option in ("build", "cmake", "compiler", "system"):
+        parser.add_argument("--" + option, required=True)
+    parser.add_argument("--toolchain", default="")
+    parser.add_argument("--emulator", default="")
+    cases = ("install", "layout", "find_package", "pkg_config", "compiler_line")
+    parser.add_argument("case", choices=cases)
+    arguments = parser.parse_args()
+    getattr(Consumer(arguments), arguments.case)()
+
+
+if __name__ == "__main__":
+    main()

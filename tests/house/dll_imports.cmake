@@ -1,0 +1,19 @@
+# cmake -D OBJDUMP=... -D FILES=... -P dll_imports.cmake: fails when one of FILES needs a DLL that
+# neither comes with Windows nor is ours, such as a compiler's: users would have to ship it.
+cmake_minimum_required(VERSION 3.20)
+set(allowed ADVAPI32 D3D11 DXGI GDI32 KERNEL32 MSVCRT OPENGL32 SETUPAPI USER32 QUELTASDK)
+
+foreach(file IN LISTS FILES)
+  execute_process(COMMAND ${OBJDUMP} -p ${file} OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${headers}")
+  if(NOT imports)
+    message(SEND_ERROR "${file}: no imports found")
+  endif()
+  foreach(import IN LISTS imports)
+    string(REGEX REPLACE "DLL Name: (.*)\\.[A-Za-z]+" "\\1" name "${import}")
+    string(TOUPPER "${name}" name)
+    if(NOT name IN_LIST allowed)
+      message(SEND_ERROR "${file} imports ${name}")
+    endif()
+  endforeach()
+endforeach()

@@ -38,7 +38,7 @@ trap 'rm -f "$log"' EXIT
     cmake --build "$build" --target qlt -j "$(nproc)"; } >"$log" 2>&1 ||
     { cat "$log" >&2; exit 1; }
 
-recordings=("$root"/../shared/recordings/*.bin)
+recordings=("$(dirname "$root")"/shared/recordings/*.bin)
 if [[ $# -gt 0 ]]; then
     show replay "$1" ${2:+--truth "$2"}
 elif [[ -f ${recordings[0]} ]]; then

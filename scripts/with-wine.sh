@@ -15,7 +15,7 @@ end()
 {
     "$server" -k || true # it fails when no server runs, which is what we want
     "$server" -w || true
-    [[ -z $display_pid ]] || kill "$display_pid" 2>/dev/null || true
+    [[ -z $display_pid ]] || { kill "$display_pid" && wait "$display_pid"; } 2>/dev/null || true
     rm -f "$display_name"
 }
 

@@ -45,7 +45,8 @@ public:
 private:
     static void Record(const wchar_t* condition, const wchar_t* file, unsigned line)
     {
-        const std::wstring text = std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line);
+        const std::wstring text =
+            std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line);
         const std::lock_guard<std::mutex> lock(Mutex());
         std::string& report = Reports().emplace_back();
         for (const wchar_t c : text)

@@ -39,8 +39,8 @@ UsbEndPoint* FindInterruptEndPoint(VendorUsbDevice& device)
     return nullptr;
 }
 
-/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate: once
-/// in a process, over all its headsets; applications rely on no later jump turning the view.
+/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate:
+/// once in a process, over all its headsets; applications rely on no later jump turning the view.
 bool IsFirstJump(std::uint32_t sequence)
 {
     static std::atomic<std::uint32_t> previous{sequence};

@@ -1,8 +1,8 @@
 // What it costs to bring a report from the endpoint to a listener, against the sum of its three
 // parts measured alone: decode, fuse, and the seven notifications. "ratio" is to stay at most 1.15;
 // "allocations" is counted over all of the measured reports.
-#include "AllocationCounter.h"
 #include "Paired.h"
+#include "fakes/AllocationCounter.h"
 
 #include <qlt/Sensors/Hmd.h>
 

@@ -12,6 +12,14 @@ namespace
 
 using Lines = std::vector<std::string>;
 
+/// Shows when a stop has been asked for.
+class Simulator : public qlt::SimulatorTracker
+{
+public:
+    using qlt::SimulatorTracker::ShouldStop;
+    using qlt::SimulatorTracker::SimulatorTracker;
+};
+
 class SimulatorTrackerTest : public testing::Test
 {
 protected:
@@ -23,7 +31,7 @@ protected:
     }
 
     ManualClock clock;
-    qlt::SimulatorTracker tracker{clock};
+    Simulator tracker{clock};
     EventLog log;
 };
 
@@ -60,11 +68,13 @@ TEST_F(SimulatorTrackerTest, AStopDuringTheSleepRaisesNoFurtherEvent)
     tracker.Start();
     clock.WaitForSleep(1);
     std::thread stopper([this] { tracker.Stop(); });
-    // The stop flag is set before Stop waits; nothing tells from outside when, so wake only then.
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    while (!tracker.ShouldStop())
+    {
+        std::this_thread::yield();
+    }
     clock.Wake();
     stopper.join();
-    EXPECT_LE(log.Count(), 7u);
+    EXPECT_EQ(log.Count(), 7u);
     tracker.RemoveListener(log);
 }
 

@@ -1,4 +1,4 @@
-#include "AllocationCounter.h"
+#include "fakes/AllocationCounter.h"
 
 #include <atomic>
 #include <cstdlib>

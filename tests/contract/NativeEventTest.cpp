@@ -1,0 +1,149 @@
+// What NativeEvent.h promises, of every wing.
+#include "Runtime/NativeEvent.h"
+
+#include "Runtime/SystemError.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using namespace qlt;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+class NativeEventTest : public testing::Test
+{
+protected:
+    ~NativeEventTest() override
+    {
+        for (const NativeEventHandle handle : mHandles)
+        {
+            CloseNativeEvent(handle);
+        }
+    }
+
+    NativeEventHandle Make(bool manual, const std::wstring& name = L"")
+    {
+        mHandles.push_back(CreateNativeEvent(name, manual));
+        return mHandles.back();
+    }
+
+private:
+    std::vector<NativeEventHandle> mHandles;
+};
+
+} // namespace
+
+TEST_F(NativeEventTest, StartsUnsignalledAndSettingTwiceIsSettingOnce)
+{
+    const NativeEventHandle event = Make(false);
+    EXPECT_EQ(WaitNativeEvent(event, 0), WAIT_TIMED_OUT);
+    EXPECT_TRUE(SetNativeEvent(event));
+    EXPECT_TRUE(SetNativeEvent(event));
+    EXPECT_EQ(WaitNativeEvent(event, WAIT_FOREVER), WAIT_SIGNALLED);
+    EXPECT_EQ(WaitNativeEvent(event, 0), WAIT_TIMED_OUT);
+}
+
+TEST_F(NativeEventTest, AWaitLastsAsLongAsItSays)
+{
+    const NativeEventHandle event = Make(true);
+    const auto start = steady_clock::now();
+    EXPECT_EQ(WaitNativeEvent(event, 30), WAIT_TIMED_OUT);
+    EXPECT_GE(steady_clock::now() - start, milliseconds(28));
+}
+
+TEST_F(NativeEventTest, AnAutomaticEventReleasesExactlyOneWaiterPerSet)
+{
+    const NativeEventHandle event = Make(false);
+    std::atomic<int> released{0};
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 8; ++i)
+    {
+        waiters.emplace_back(
+            [&]
+            {
+                EXPECT_EQ(WaitNativeEvent(event, WAIT_FOREVER), WAIT_SIGNALLED);
+                ++released;
+            });
+    }
+    for (int set = 1; set <= 8; ++set)
+    {
+        SetNativeEvent(event);
+        while (released < set)
+        {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(released, set);
+        EXPECT_EQ(WaitNativeEvent(event, 0), WAIT_TIMED_OUT);
+    }
+    for (std::thread& waiter : waiters)
+    {
+        waiter.join();
+    }
+}
+
+TEST_F(NativeEventTest, AManualEventReleasesEveryWaiterAndOrdersWhatCameBefore)
+{
+    const NativeEventHandle event = Make(true);
+    int written = 0; // no atomic: the event orders it
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 8; ++i)
+    {
+        waiters.emplace_back(
+            [&]
+            {
+                WaitNativeEvent(event, WAIT_FOREVER);
+                EXPECT_EQ(written, 42);
+            });
+    }
+    written = 42;
+    SetNativeEvent(event);
+    for (std::thread& waiter : waiters)
+    {
+        waiter.join();
+    }
+}
+
+TEST_F(NativeEventTest, WhatIsNoEventFailsAtOnceWithAnError)
+{
+    const NativeEventHandle closed = CreateNativeEvent(L"", true);
+    EXPECT_TRUE(CloseNativeEvent(closed));
+    for (const NativeEventHandle handle : {NativeEventHandle(nullptr), closed})
+    {
+        SetLastSystemError(0);
+        EXPECT_FALSE(SetNativeEvent(handle));
+        EXPECT_NE(LastSystemError(), 0u);
+        SetLastSystemError(0);
+        EXPECT_EQ(WaitNativeEvent(handle, WAIT_FOREVER), WAIT_ERROR);
+        EXPECT_NE(LastSystemError(), 0u);
+        EXPECT_FALSE(CloseNativeEvent(handle));
+    }
+}
+
+TEST_F(NativeEventTest, ANameMeansOneEventUntilItsLastHandleIsClosed)
+{
+    const std::wstring name = L"qlt contract event";
+    const NativeEventHandle first = CreateNativeEvent(name, false);
+    const NativeEventHandle second = CreateNativeEvent(name, true);
+    SetNativeEvent(first);
+    EXPECT_TRUE(CloseNativeEvent(first));
+    EXPECT_EQ(WaitNativeEvent(second, 0), WAIT_SIGNALLED);
+    EXPECT_EQ(WaitNativeEvent(second, 0), WAIT_TIMED_OUT); // automatic, as the first one was
+    SetNativeEvent(second);
+    EXPECT_TRUE(CloseNativeEvent(second));
+    EXPECT_EQ(WaitNativeEvent(Make(true, name), 0), WAIT_TIMED_OUT); // a new one
+}
+
+TEST_F(NativeEventTest, NamelessEventsAreNotShared)
+{
+    const NativeEventHandle a = Make(true);
+    const NativeEventHandle b = Make(true);
+    SetNativeEvent(a);
+    EXPECT_EQ(WaitNativeEvent(b, 0), WAIT_TIMED_OUT);
+}

@@ -71,12 +71,36 @@ public:
 
     /// Scales to norm 1. Asserts that the norm is above FLT_EPSILON; otherwise the quaternion keeps
     /// its value.
-    void Normalize();
+    QLT_INLINE void Normalize()
+    {
+        const float norm = Norm();
+        if (norm > FLT_EPSILON)
+        {
+            *this *= 1.0f / norm;
+        }
+        else
+        {
+            ReportNoNorm();
+        }
+    }
 
     /// The multiplicative inverse (deliberate, despite the name: `Rotate` relies on it), which is
     /// the conjugate of a unit quaternion. Asserts that the squared norm is above FLT_EPSILON;
     /// otherwise an unchanged copy.
-    Quaternion Conjugate() const;
+    QLT_INLINE Quaternion Conjugate() const
+    {
+        const float norm2 = Norm2();
+        if (!(norm2 > FLT_EPSILON))
+        {
+            ReportNoNorm2();
+            if (norm2 <= FLT_EPSILON)
+            {
+                return *this;
+            }
+        }
+        const float r = 1.0f / norm2;
+        return Quaternion(mW * r, -x() * r, -y() * r, -z() * r);
+    }
 
     /// `p` rotated by `q`; a `q` of any norm rotates without scaling.
     static Vec3 Rotate(const Quaternion& q, const Vec3& p);
@@ -92,6 +116,10 @@ public:
     static Quaternion ConvertToUnreal(const Quaternion& q);
 
 private:
+    /// The assertions of Normalize and Conjugate.
+    static void ReportNoNorm();
+    static void ReportNoNorm2();
+
     float mW;
     Vec3 mV;
 };
@@ -142,6 +170,11 @@ QLT_API_INLINE Quaternion operator/(const Quaternion& q, float s)
 {
     const float r = 1.0f / s;
     return Quaternion(q.w() * r, q.v() * r);
+}
+
+QLT_INLINE Vec3 Quaternion::Rotate(const Quaternion& q, const Vec3& p)
+{
+    return (q * Quaternion(0.0f, p) * q.Conjugate()).v();
 }
 
 } // namespace qlt

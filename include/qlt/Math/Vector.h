@@ -5,6 +5,7 @@
 
 #include <qlt/Export.h>
 
+#include <cfloat>
 #include <cmath>
 
 namespace qlt
@@ -107,7 +108,18 @@ public:
 
     /// Scales to length 1. Asserts that the length is above FLT_EPSILON; otherwise the vector
     /// keeps its value.
-    void Normalize();
+    QLT_INLINE void Normalize()
+    {
+        const float length = Length();
+        if (length > FLT_EPSILON)
+        {
+            *this *= 1.0f / length;
+        }
+        else
+        {
+            ReportNoLength();
+        }
+    }
 
     /// The unsigned angle to `rhs` in radians, 0 to pi: atan2(|a x b|, a . b), exact also for
     /// nearly parallel vectors. Asserts that neither vector is zero and computes all the same.
@@ -121,6 +133,9 @@ public:
     Vec3 ProjectOnPlane(const Vec3& normal) const;
 
 private:
+    /// The assertion of Normalize.
+    static void ReportNoLength();
+
     float mX;
     float mY;
     float mZ;

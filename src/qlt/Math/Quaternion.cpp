@@ -1,7 +1,7 @@
 #define QLT_EMIT_INLINE
 #include <qlt/Math/Quaternion.h>
 
-#include "Math/FloatMath.h"
+#include "Math/AxisRotation.h"
 #include "Runtime/Check.h"
 
 #include <cfloat>
@@ -20,40 +20,19 @@ Quaternion& Quaternion::operator/=(float rhs)
     return *this *= 1.0f / rhs;
 }
 
-void Quaternion::Normalize()
+void Quaternion::ReportNoNorm()
 {
-    const float norm = Norm();
-    QLT_CHECK(norm > FLT_EPSILON);
-    if (norm > FLT_EPSILON)
-    {
-        *this *= 1.0f / norm;
-    }
+    ReportAssertion(L"norm > FLT_EPSILON", QLT_SOURCE_FILE, __LINE__);
 }
 
-Quaternion Quaternion::Conjugate() const
+void Quaternion::ReportNoNorm2()
 {
-    const float norm2 = Norm2();
-    QLT_CHECK(norm2 > FLT_EPSILON);
-    if (norm2 <= FLT_EPSILON)
-    {
-        return *this;
-    }
-    const float r = 1.0f / norm2;
-    return Quaternion(mW * r, -x() * r, -y() * r, -z() * r);
-}
-
-Vec3 Quaternion::Rotate(const Quaternion& q, const Vec3& p)
-{
-    return (q * Quaternion(0.0f, p) * q.Conjugate()).v();
+    ReportAssertion(L"norm2 > FLT_EPSILON", QLT_SOURCE_FILE, __LINE__);
 }
 
 Quaternion Quaternion::RotationQuaternion(float angle, Vec3 axis)
 {
-    axis.Normalize();
-    const float half = angle * 0.5f;
-    Quaternion rotation(Cos(half), Sin(half) * axis);
-    rotation.Normalize();
-    return rotation;
+    return AxisRotation(angle, axis);
 }
 
 Quaternion Quaternion::ConvertToUnity(const Quaternion& q)

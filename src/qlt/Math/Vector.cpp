@@ -27,15 +27,7 @@ bool Vec3::IsZero() const
     return std::abs(mX) < FLT_EPSILON && std::abs(mY) < FLT_EPSILON && std::abs(mZ) < FLT_EPSILON;
 }
 
-void Vec3::Normalize()
-{
-    const float length = Length();
-    QLT_CHECK(length > FLT_EPSILON);
-    if (length > FLT_EPSILON)
-    {
-        *this *= 1.0f / length;
-    }
-}
+void Vec3::ReportNoLength() { ReportAssertion(L"length > FLT_EPSILON", QLT_SOURCE_FILE, __LINE__); }
 
 float Vec3::Angle(const Vec3& rhs) const
 {

@@ -1,6 +1,13 @@
 #include "Runtime/VRThread.h"
 
-VRThread::~VRThread() { Stop(true); }
+VRThread::~VRThread()
+{
+    Stop(true);
+    if (mStopRequested) // by a Stop that did not join
+    {
+        Join();
+    }
+}
 
 void VRThread::Init()
 {

@@ -1,5 +1,6 @@
 #include <qlt/Sensors/SensorFusion.h>
 
+#include "Math/AxisRotation.h"
 #include "Math/FloatMath.h"
 
 #include <cfloat>
@@ -45,15 +46,14 @@ void SensorFusion::Fuse(const Vec3& accelerometer, const Vec3& gyroscope,
     const std::int64_t now = state.clock.NowNs();
     const auto elapsed =
         static_cast<float>(static_cast<double>(now - state.mLastTime) / 1000000000.0);
-    Quaternion predicted =
-        state.mQuaternion * Quaternion::RotationQuaternion(elapsed * omega.Length(), omega);
+    Quaternion predicted = state.mQuaternion * AxisRotation(elapsed * omega.Length(), omega);
     predicted.Normalize();
 
     // Measured up against world up; the axis is Y_AXIS x g.
     const Vec3 g = Quaternion::Rotate(predicted, accelerometer);
     const float tilt = Acos(g.Dot(Vec3::Y_AXIS) / g.Length());
     const Vec3 axis(g.z(), 0.0f, -g.x());
-    state.mQuaternion = Quaternion::RotationQuaternion(tilt * TILT_GAIN, axis) * predicted;
+    state.mQuaternion = AxisRotation(tilt * TILT_GAIN, axis) * predicted;
     state.mQuaternion.Normalize();
 
     state.mLastAngularVelocity = gyroscope;
@@ -74,7 +74,7 @@ Quaternion SensorFusion::GetPredictedQuaternion(float /*dt*/) const
     }
     const double ms = static_cast<double>(state.clock.NowNs() - state.mLastTime) / 1000000.0;
     const auto angle = static_cast<float>(ms / 1000.0 * speed);
-    result = result * Quaternion::RotationQuaternion(angle, state.mLastAngularVelocity);
+    result = result * AxisRotation(angle, state.mLastAngularVelocity);
     result.Normalize();
     return result;
 }

@@ -13,11 +13,10 @@ void SetLastSystemError(std::uint32_t code) noexcept { errno = static_cast<int>(
 
 std::u16string SystemErrorText(std::uint32_t code)
 {
-    char buffer[256] = {};
-    // The GNU form, which returns the text, in the buffer or not.
-    const char* text = strerror_r(static_cast<int>(code), buffer, sizeof buffer);
+    // Never translated, so that a byte is a character; null for an unknown code.
+    const char* text = strerrordesc_np(static_cast<int>(code));
     std::u16string result;
-    for (; *text != '\0'; ++text)
+    for (; text != nullptr && *text != '\0'; ++text)
     {
         result.push_back(static_cast<unsigned char>(*text));
     }

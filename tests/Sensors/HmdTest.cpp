@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iostream>
 #include <memory>
 
 namespace
@@ -48,6 +49,10 @@ protected:
         out = testing::internal::GetCapturedStdout();
         err = testing::internal::GetCapturedStderr();
         mCollected = true;
+        if (HasFailure())
+        {
+            std::cout << out; // which holds what failed
+        }
     }
 
     /// A headset whose connection watcher has looked once.
@@ -159,6 +164,8 @@ TEST_F(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
         EXPECT_EQ(lines[i].substr(0, lines[i].find(' ')), kinds[i % 7]);
         EXPECT_EQ(lines[i].substr(lines[i].find(" @ ")), times[i / 7]);
     }
+    // The device's own estimate, not the fused one: w alone is a quarter turn about x.
+    EXPECT_EQ(lines[3], "quaternion 0.707107 0.707107 0 -0 @ 0");
     EXPECT_EQ(lines[4], "temperature 31.25 @ 0");
     // The device's own position is not believed; the host service has none.
     EXPECT_EQ(lines[5], "position 0 0 0 @ 0");
@@ -207,6 +214,9 @@ TEST_F(HmdTest, UnplugWhileReadingDisconnectsAndReplugReconnects)
         host.Plug({});
         WatchAgain(); // and the next round reads again
     }
+    // Reports are counted, whatever happened between them.
+    EXPECT_EQ(log.WaitFor(21)[14], "accelerometer 0.0121987 0.910223 0.0197377 @ 0.002");
+    host.WaitForIdleRead(); // so that the end of the test finds a read to break off
     TearDown();
     EXPECT_EQ(Occurrences(err, "Read 0 instead of 64!\n"), 4);
 }
@@ -244,9 +254,10 @@ TEST_F(HmdTest, ThePredictionCarriesTheYawOriginTwice)
 namespace
 {
 
-/// How often the fusion starts again while these sequence numbers are read; the headset turns by a
-/// tenth of a radian with every report, so that a new start shows in the orientation.
-int CountResets(const std::vector<std::uint32_t>& sequences)
+/// The reports, bit 0 for the first, at which the fusion starts again while these sequence numbers
+/// are read. The headset turns by a tenth of a radian with every report, so that w falls unless
+/// there is a new start.
+int ResetsAt(const std::vector<std::uint32_t>& sequences)
 {
     ScriptedUsbHost host;
     ManualClock clock;
@@ -264,7 +275,7 @@ int CountResets(const std::vector<std::uint32_t>& sequences)
         host.QueueRead(ReportWriter(sequences[i]).I16(16, 18771)); // 10 rad/s about y
         log.WaitFor(7 * (i + 1));
         const float w = hmd.GetOrientation().w();
-        resets += w > lastW ? 1 : 0;
+        resets |= w >= lastW ? 1 << i : 0; // from the third report on: the first turns by half
         lastW = w;
     }
     host.WaitForIdleRead();
@@ -284,17 +295,19 @@ TEST(HmdDeathTest, TheFirstJumpOfTheSequenceResetsTheFusionOnce)
     const struct
     {
         std::vector<std::uint32_t> sequences;
-        int resets;
+        int resetsAt;
     } rows[] = {
-        {{100, 101, 111, 112}, 0},          // ten is no jump
-        {{100, 101, 115, 116}, 1},          //
-        {{100, 101, 102, 101, 102}, 1},     // backwards
-        {{100, 101, 115, 200, 50, 51}, 1},  // no second time
-        {{0xFFFFFFFEu, 0xFFFFFFFFu, 0}, 0}, // around
-        {{5, 5, 5, 5}, 0},                  // standing still
+        {{100, 101, 111, 112}, 0},                // ten is no jump
+        {{100, 101, 112, 113}, 1 << 2},           // eleven is
+        {{100, 101, 115, 116}, 1 << 2},           //
+        {{100, 101, 100, 101}, 1 << 2},           // backwards
+        {{100, 101, 115, 200, 50, 51}, 1 << 2},   // no second time
+        {{0xFFFFFFFEu, 0xFFFFFFFFu, 0}, 0},       // around
+        {{0xFFFFFFFEu, 0xFFFFFFFFu, 11}, 1 << 2}, // a jump around
+        {{5, 5, 5, 5}, 0},                        // standing still
     };
     for (const auto& row : rows)
     {
-        EXPECT_EXIT(std::exit(CountResets(row.sequences)), testing::ExitedWithCode(row.resets), "");
+        EXPECT_EXIT(std::exit(ResetsAt(row.sequences)), testing::ExitedWithCode(row.resetsAt), "");
     }
 }

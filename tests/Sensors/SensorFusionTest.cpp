@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -90,12 +91,41 @@ TEST_F(SensorFusionTest, PredictionReachesTheMomentOfTheCall)
     }
 }
 
-TEST_F(SensorFusionTest, ResetKeepsTheAngularVelocityForThePrediction)
+// The threshold is FLT_EPSILON itself; after 1e8 s even the smallest turn above it is 12 rad.
+TEST_F(SensorFusionTest, OnlyASpeedAboveTheToleranceIsExtrapolated)
+{
+    for (const float speed : {FLT_EPSILON, NAN, std::nextafter(FLT_EPSILON, 1.0f)})
+    {
+        Step(Vec3(0, 1, 0), Vec3(0, speed, 0));
+        fusion.Reset();
+        clock.nowNs += 100000000000000000;
+        EXPECT_EQ(fusion.GetPredictedQuaternion(0).w() == 1.0f, !(speed > FLT_EPSILON)) << speed;
+    }
+}
+
+TEST_F(SensorFusionTest, NoTimeIsLostBetweenSteps)
+{
+    struct TickingClock : qlt::Clock
+    {
+        std::int64_t NowNs() override { return 1000000000 * reads++; }
+        void SleepNs(std::int64_t) override {}
+        std::int64_t reads = 0;
+    };
+    TickingClock ticking;
+    qlt::SensorFusion fused(ticking);
+    fused.Fuse(Vec3(0, 1, 0), Vec3(0, 1, 0), Vec3(), 0.0f);
+    fused.Fuse(Vec3(0, 1, 0), Vec3(0, 1, 0), Vec3(), 0.0f);
+    EXPECT_EQ(ticking.reads, 3); // one at the start, one a step
+    ExpectQuaternion(fused.GetQuaternion(), std::cos(0.75f), 0, std::sin(0.75f), 0, 1e-6f);
+}
+
+TEST_F(SensorFusionTest, ResetKeepsTheAngularVelocityAndTheTimeForThePrediction)
 {
     Step(Vec3(0, 1, 0), Vec3(0, 2, 0));
+    clock.nowNs += 200000000;
     fusion.Reset();
     ExpectQuaternion(fusion.GetQuaternion(), 1, 0, 0, 0, 0);
-    clock.nowNs += 500000000;
+    clock.nowNs += 300000000;
     ExpectQuaternion(fusion.GetPredictedQuaternion(0), std::cos(0.5f), 0, std::sin(0.5f), 0, 1e-6f);
 }
 
@@ -132,6 +162,10 @@ TEST_F(SensorFusionTest, EqualsThePlainFilterToTheLastBit)
         ASSERT_EQ(std::memcmp(&fusion.GetQuaternion(), &expected.orientation, sizeof(Quaternion)),
                   0)
             << "at step " << i;
+        clock.nowNs += 300000;
+        const Quaternion ahead = fusion.GetPredictedQuaternion(0);
+        const auto expectedAhead = expected.Predicted(clock.nowNs);
+        ASSERT_EQ(std::memcmp(&ahead, &expectedAhead, sizeof(Quaternion)), 0) << "at step " << i;
     }
     EXPECT_TRUE(assertions.Take().empty());
 }

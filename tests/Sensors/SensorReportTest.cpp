@@ -3,6 +3,7 @@
 #include <qlt/Sensors/Params.h>
 
 #include "fakes/AssertionRecorder.h"
+#include "fakes/FloatBits.h"
 #include "fakes/ReportWriter.h"
 
 #include <gtest/gtest.h>
@@ -87,7 +88,18 @@ TEST(SensorReportTest, EachSensorHasItsScale)
                     1000.0f / 8192.0f);
     EXPECT_FLOAT_EQ(sample.magnetometer.y(), 0.14615609f);
     EXPECT_FLOAT_EQ(sample.temperature, 1000.0f / 256.0f);
-    EXPECT_FLOAT_EQ(sample.position.x(), 0.1f);
+    ExpectVector(sample.position, 0.1f, 0.1f, 0.1f);
+}
+
+// 1000 / 32768 degrees a second as radians, 1 / 8192, the magnetometer's as it was measured, 1 /
+// 256, a tenth of a millimetre: each rounded to single precision.
+TEST(SensorReportTest, TheScalesOfTheHeadsetAreExact)
+{
+    EXPECT_EQ(Bits(qlt::HEADSET_SCALES.gyroscope), 0x3A0BA058u);
+    EXPECT_EQ(Bits(qlt::HEADSET_SCALES.accelerometer), 0x39000000u);
+    EXPECT_EQ(Bits(qlt::HEADSET_SCALES.magnetometer), 0x3919417Au);
+    EXPECT_EQ(Bits(qlt::HEADSET_SCALES.temperature), 0x3B800000u);
+    EXPECT_EQ(Bits(qlt::HEADSET_SCALES.position), 0x38D1B717u);
 }
 
 // The counts are z, w, x, y. With w alone the device lies on its back: a quarter turn about x.

@@ -20,6 +20,23 @@ public:
     using qlt::SimulatorTracker::SimulatorTracker;
 };
 
+/// Comes to its first cycle only when a stop has been asked for.
+class LateSimulator : public Simulator
+{
+public:
+    using Simulator::Simulator;
+
+protected:
+    void DoProcess() override
+    {
+        while (!ShouldStop())
+        {
+            std::this_thread::yield();
+        }
+        Simulator::DoProcess();
+    }
+};
+
 class SimulatorTrackerTest : public testing::Test
 {
 protected:
@@ -60,6 +77,17 @@ TEST_F(SimulatorTrackerTest, ACycleEndsWithAMillisecondOfSleep)
     clock.WaitForSleep(2);
     EXPECT_EQ(log.WaitFor(12).back(), "temperature 70 @ 0.001");
     StopAfterSleep();
+}
+
+TEST_F(SimulatorTrackerTest, AStopBeforeTheFirstCycleRaisesNoEvent)
+{
+    LateSimulator late{clock};
+    late.AddListener(log);
+    late.Start();
+    late.Stop();
+    late.RemoveListener(log);
+    EXPECT_EQ(log.Count(), 0u);
+    EXPECT_EQ(clock.lastSleepNs, 0);
 }
 
 TEST_F(SimulatorTrackerTest, AStopDuringTheSleepRaisesNoFurtherEvent)
@@ -116,6 +144,10 @@ TEST_F(SimulatorTrackerTest, OrientationTurnsAboutXAndTheDeviceAboutY)
     // sin 3t, cos t/2, sin t cos t; then sin^2 t, cos 2t, cos t.
     EXPECT_EQ(lines[7 * 500 + 1], "gyroscope 0.997494 0.968913 0.420734 @ 0.499997");
     EXPECT_EQ(lines[7 * 500 + 2], "magnetometer 0.229846 0.540307 0.877584 @ 0.499997");
+    // sin t, cos t, cos^2 t; then 60 + 10 cos t.
+    EXPECT_EQ(lines[7 * 500], "accelerometer 0.479423 0.877584 0.770154 @ 0.499997");
+    EXPECT_EQ(lines[7 * 500 + 4], "temperature 68.7758 @ 0.499997");
+    EXPECT_EQ(lines[7 * 500 + 5], "position 0 0 0 @ 0.499997");
 }
 
 TEST_F(SimulatorTrackerTest, IsAlwaysConnectedAndPredictsTheLastOrientation)

@@ -1,6 +1,7 @@
 #include <qlt/Sensors/Tracker.h>
 
 #include "fakes/AssertionRecorder.h"
+#include "fakes/EventLog.h"
 
 #include <gtest/gtest.h>
 
@@ -173,6 +174,49 @@ TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddresses)
         tracker.RemoveListener(listener);
     }
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+}
+
+TEST_F(TrackerTest, EveryEventReachesItsOwnCallWithItsValuesAndTime)
+{
+    EventLog log;
+    tracker.AddListener(log);
+    tracker.Start();
+    tracker.NotifyAccelerometerEvent(Vec3(1, 2, 3), 0.5f);
+    tracker.NotifyGyroscopeEvent(Vec3(4, 5, 6), 1.5f);
+    tracker.NotifyMagnetometerEvent(Vec3(7, 8, 9), 2.5f);
+    tracker.NotifyQuaternionEvent(Quaternion(1, 2, 3, 4), 3.5f);
+    tracker.NotifyTemperatureEvent(31, 4.5f);
+    tracker.NotifyPositionEvent(Vec3(-1, -2, -3), 5.5f);
+    tracker.NotifyOrientationEvent(Quaternion(0, 0, 0, 1), 6.5f);
+    tracker.Stop();
+    tracker.RemoveListener(log);
+    EXPECT_EQ(log.WaitFor(7), (Reports{"accelerometer 1 2 3 @ 0.5", "gyroscope 4 5 6 @ 1.5",
+                                       "magnetometer 7 8 9 @ 2.5", "quaternion 1 2 3 4 @ 3.5",
+                                       "temperature 31 @ 4.5", "position -1 -2 -3 @ 5.5",
+                                       "orientation 0 0 0 1 @ 6.5"}));
+}
+
+TEST_F(TrackerTest, ListenersSeeTheRecentredOrientationButTheDevicesOwnQuaternion)
+{
+    struct Eye : qlt::TrackerListener
+    {
+        void OnQuaternionEvent(const Quaternion& q, float) override { device = q; }
+        void OnOrientationEvent(const Quaternion& q, float) override { recentred = q; }
+        Quaternion device;
+        Quaternion recentred;
+    };
+    const Quaternion raw = Quaternion::RotationQuaternion(0.7f, Vec3(0, 1, 0));
+    Orient(raw);
+    tracker.ResetYawOrigin();
+    Eye eye;
+    tracker.AddListener(eye);
+    tracker.Start();
+    tracker.NotifyQuaternionEvent(raw, 0.0f);
+    tracker.NotifyOrientationEvent(raw, 0.0f);
+    tracker.Stop();
+    tracker.RemoveListener(eye);
+    EXPECT_EQ(eye.device.y(), raw.y());
+    EXPECT_NEAR(eye.recentred.y(), 0.0f, 1e-6f);
 }
 
 TEST_F(TrackerTest, AListenerMayReadAndRecentreInsideACall)

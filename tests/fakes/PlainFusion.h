@@ -111,6 +111,14 @@ struct Fusion
         lastAngularVelocity = gyroscope;
         lastTimeNs = nowNs;
     }
+
+    Rotation<Real> Predicted(std::int64_t nowNs) const
+    {
+        const auto speed = static_cast<double>(Length(lastAngularVelocity));
+        const double ms = static_cast<double>(nowNs - lastTimeNs) / 1000000.0;
+        const auto angle = static_cast<Real>(ms / 1000.0 * speed);
+        return Normalized(Product(orientation, Turn(angle, lastAngularVelocity)));
+    }
 };
 
 } // namespace plain

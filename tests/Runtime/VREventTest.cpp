@@ -81,6 +81,18 @@ TEST(VREventTest, WithoutAnEventSetAndWaitFail)
     }
 }
 
+TEST(VREventTest, AnEventThatCannotBeMadeFailsAtItsFirstUse)
+{
+    VREvent event;
+    event.Create(L"no\\namespace", true);
+    if (event.Handle() != nullptr)
+    {
+        GTEST_SKIP() << "every text is a name here";
+    }
+    EXPECT_THROW(event.Set(), VRExceptionEvent);
+    EXPECT_THROW(event.Wait(0), VRExceptionTimeout);
+}
+
 TEST(VREventTest, TheLastCopyClosesTheEvent)
 {
     VREvent copy;

@@ -1,6 +1,7 @@
 #include <qlt/Sensors/SensorFusion.h>
 
 #include "fakes/AssertionRecorder.h"
+#include "fakes/FloatBits.h"
 #include "fakes/ManualClock.h"
 #include "fakes/PlainFusion.h"
 
@@ -8,7 +9,6 @@
 
 #include <cfloat>
 #include <cmath>
-#include <cstring>
 #include <random>
 
 namespace
@@ -25,6 +25,11 @@ void ExpectQuaternion(const Quaternion& q, float w, float x, float y, float z, f
     EXPECT_NEAR(q.x(), x, tolerance);
     EXPECT_NEAR(q.y(), y, tolerance);
     EXPECT_NEAR(q.z(), z, tolerance);
+}
+
+std::array<std::uint32_t, 4> PlainBits(const plain::Rotation<float>& q)
+{
+    return Bits(Quaternion(q.w, q.x, q.y, q.z));
 }
 
 class SensorFusionTest : public testing::Test
@@ -135,7 +140,7 @@ TEST_F(SensorFusionTest, MagnetometerAndTimeStepChangeNothing)
     clock.nowNs += 1000000;
     fusion.Fuse(Vec3(1, 2, 3), Vec3(3, 2, 1), Vec3(), 0.0f);
     other.Fuse(Vec3(1, 2, 3), Vec3(3, 2, 1), Vec3(9, -8, NAN), 77.0f);
-    EXPECT_EQ(std::memcmp(&fusion.GetQuaternion(), &other.GetQuaternion(), sizeof(Quaternion)), 0);
+    EXPECT_EQ(Bits(fusion.GetQuaternion()), Bits(other.GetQuaternion()));
 }
 
 TEST_F(SensorFusionTest, AZeroAccelerationMakesTheOrientationNan)
@@ -159,13 +164,11 @@ TEST_F(SensorFusionTest, EqualsThePlainFilterToTheLastBit)
         clock.nowNs += 500000 + static_cast<std::int64_t>(random() % 1000000);
         fusion.Fuse(a, g, Vec3(), 0.001f);
         expected.Step({a.x(), a.y(), a.z()}, {g.x(), g.y(), g.z()}, clock.nowNs);
-        ASSERT_EQ(std::memcmp(&fusion.GetQuaternion(), &expected.orientation, sizeof(Quaternion)),
-                  0)
-            << "at step " << i;
+        ASSERT_EQ(Bits(fusion.GetQuaternion()), PlainBits(expected.orientation)) << "at step " << i;
         clock.nowNs += 300000;
-        const Quaternion ahead = fusion.GetPredictedQuaternion(0);
-        const auto expectedAhead = expected.Predicted(clock.nowNs);
-        ASSERT_EQ(std::memcmp(&ahead, &expectedAhead, sizeof(Quaternion)), 0) << "at step " << i;
+        ASSERT_EQ(Bits(fusion.GetPredictedQuaternion(0)),
+                  PlainBits(expected.Predicted(clock.nowNs)))
+            << "at step " << i;
     }
     EXPECT_TRUE(assertions.Take().empty());
 }

@@ -3,19 +3,29 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 TEST(SystemErrorTest, TheLastErrorBelongsToTheThread)
 {
-    qlt::SetLastSystemError(5);
-    std::thread(
-        []
+    std::atomic<int> step{0};
+    std::thread other(
+        [&step]
         {
+            while (step != 1)
+            {
+            }
             EXPECT_EQ(qlt::LastSystemError(), 0u);
             qlt::SetLastSystemError(7);
-        })
-        .join();
+            step = 2;
+        });
+    qlt::SetLastSystemError(5);
+    step = 1;
+    while (step != 2) // no call of the system, which might change it
+    {
+    }
     EXPECT_EQ(qlt::LastSystemError(), 5u);
+    other.join();
 }
 
 TEST(SystemErrorTest, KnownErrorsHaveDifferentTexts)

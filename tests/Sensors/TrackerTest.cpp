@@ -93,8 +93,9 @@ TEST_F(TrackerTest, MisuseIsReportedWithItsPlaceAndGoesOn)
 {
     qlt::TrackerListener listener;
     EXPECT_TRUE(tracker.Stop());
-    EXPECT_EQ(assertions.Take(), (Reports{"IsTracking()|Sensors/Tracker|215",
-                                          "mThread != nullptr|Sensors/Tracker|219"}));
+    EXPECT_EQ(assertions.Take(),
+              (Reports{"IsTracking()|Sensors/Tracker|215", "mThread != nullptr|Sensors/Tracker|219",
+                       "mClientThread != nullptr|Sensors/Tracker|226"}));
     tracker.RemoveListener(listener);
     EXPECT_EQ(assertions.Take(),
               Reports{"mListeners->find(&listener) != mListeners->end()|Sensors/Tracker|176"});
@@ -132,7 +133,8 @@ TEST_F(TrackerTest, ASecondStartRunsBesideTheFirstAndBothObeyTheStop)
     tracker.Start();
     EXPECT_TRUE(tracker.Start());
     EXPECT_EQ(assertions.Take(), (Reports{"!IsTracking()|Sensors/Tracker|185",
-                                          "mThread == nullptr|Sensors/Tracker|192"}));
+                                          "mThread == nullptr|Sensors/Tracker|192",
+                                          "mClientThread == nullptr|Sensors/Tracker|194"}));
     EXPECT_TRUE(tracker.Stop());
     EXPECT_EQ(tracker.runs, 2);
     EXPECT_EQ(tracker.running, 0);
@@ -147,6 +149,7 @@ TEST_F(TrackerTest, DestructionWhileStartedOrWithListenersIsReported)
         forgotten.Start();
     }
     EXPECT_EQ(assertions.Take(), (Reports{"mThread == nullptr|Sensors/Tracker|29",
+                                          "mClientThread == nullptr|Sensors/Tracker|30",
                                           "mListeners->empty()|Sensors/Tracker|34"}));
 }
 

@@ -147,3 +147,35 @@ TEST_F(NativeEventTest, NamelessEventsAreNotShared)
     SetNativeEvent(a);
     EXPECT_EQ(WaitNativeEvent(b, 0), WAIT_TIMED_OUT);
 }
+
+TEST_F(NativeEventTest, AWaitForSeveralTakesTheFirstThatIsSignalled)
+{
+    const NativeEventHandle events[] = {Make(true), Make(false), Make(false)};
+    EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_TIMED_OUT);
+    SetNativeEvent(events[2]);
+    SetNativeEvent(events[1]);
+    EXPECT_EQ(WaitNativeEvents(events, 3, WAIT_FOREVER), WAIT_SIGNALLED + 1);
+    EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_SIGNALLED + 2); // nobody has taken its signal
+    EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_TIMED_OUT);
+    SetNativeEvent(events[0]);
+    EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_SIGNALLED);
+    EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_SIGNALLED);
+}
+
+TEST_F(NativeEventTest, AWaitForSeveralIsWokenByAnyAndFailsForWhatIsNone)
+{
+    const NativeEventHandle events[] = {Make(false), Make(false)};
+    for (std::uint32_t i = 0; i < 2; ++i)
+    {
+        std::uint32_t result = WAIT_ERROR;
+        std::thread waiter([&] { result = WaitNativeEvents(events, 2, WAIT_FOREVER); });
+        std::this_thread::sleep_for(milliseconds(5)); // probably waits by now
+        SetNativeEvent(events[i]);
+        waiter.join();
+        EXPECT_EQ(result, WAIT_SIGNALLED + i);
+    }
+    const NativeEventHandle wrong[] = {events[0], nullptr};
+    SetLastSystemError(0);
+    EXPECT_EQ(WaitNativeEvents(wrong, 2, WAIT_FOREVER), WAIT_ERROR);
+    EXPECT_NE(LastSystemError(), 0u);
+}

@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
 """The qlt command as a user meets it: what it prints, what it writes, how it ends.
 
-    qlt_test.py [--emulator "COMMAND"] --recordings FOLDER QLT [CASE...]
+    qlt_test.py [--emulator "COMMAND"] --recordings FOLDER --library SDK --service FAKE QLT [CASE...]
 
-Each case runs the real program; the emulator is what a cross-built one needs in front of it.
+Each case runs the real program; the emulator is what a cross-built one needs in front of it. The fake
+host service is only found by a program that it has been installed for.
 """
 
 import argparse
 import json
 import math
+import os
 import pathlib
 import re
 import shlex
@@ -45,6 +47,24 @@ class QltTest(unittest.TestCase):
                               stdin=subprocess.DEVNULL)
         self.assertEqual(done.returncode, code, f"{command}\n{done.stdout}\n{done.stderr}")
         return done
+
+    def install(self):
+        """A copy of the program and the library in a folder of their own, where the host service
+        may be put beside them."""
+        for file in (ARGUMENTS.qlt, ARGUMENTS.library):
+            shutil.copy(file, self.folder)
+        return str(self.folder / pathlib.Path(ARGUMENTS.qlt).name)
+
+    def objects(self, program, folder=None):
+        """What `qlt monitor --objects` of an installed program shows, started in `folder`, which
+        is in the search path, too."""
+        folder = folder or self.folder
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(self.folder), WINEPATH=f"Z:{folder}",
+                           PATH=f"{folder}{os.pathsep}{os.environ['PATH']}")
+        command = shlex.split(ARGUMENTS.emulator) + [program, "monitor", "--objects",
+                                                     "--seconds", "0.5"]
+        return subprocess.run(command, capture_output=True, text=True, timeout=60, check=True,
+                              stdin=subprocess.DEVNULL, cwd=folder, env=environment)
 
     def recording(self, name, reports=100, first_us=5000000, extra=b""):
         data = b"".join(report(1000 + i, (first_us + 1000 * i) % 2**32) for i in range(reports))
@@ -163,6 +183,30 @@ class QltTest(unittest.TestCase):
         self.assertIn("no headset is connected", done.stderr)
         self.assertIn("no report yet", done.stdout)
 
+    def test_monitor_shows_the_objects_of_an_installed_host_service(self):
+        program = self.install()
+        shutil.copy(ARGUMENTS.service, self.folder)
+        done = self.objects(program)
+        self.assertIn("  object 0 at 0.500 1.500 -2.000 m yaw 0.0 pitch 0.0 roll 0.0 deg"
+                      "  object 1 at 0.250 0.750 -1.000 m ", done.stdout)
+        self.assertEqual(done.stderr, "")
+
+    def test_a_host_service_in_the_current_folder_or_the_search_path_is_not_loaded(self):
+        planted = self.folder / "planted"
+        planted.mkdir()
+        shutil.copy(ARGUMENTS.service, planted)
+        done = self.objects(self.install(), planted)
+        self.assertIn("  no objects", done.stdout)
+        self.assertEqual(done.stderr, "")
+
+    def test_a_host_service_that_lacks_entry_points_is_refused(self):
+        program = self.install()
+        shutil.copy(ARGUMENTS.library, self.folder / pathlib.Path(ARGUMENTS.service).name)
+        done = self.objects(program)
+        self.assertIn("  no objects", done.stdout)
+        self.assertEqual(done.stderr, "Assertion failed: mClientThread != nullptr, "
+                                      "file Sensors/Tracker, line 226\n")
+
     def test_real_recordings_meet_their_truth(self):
         folder = pathlib.Path(ARGUMENTS.recordings)
         if not folder.is_dir():
@@ -181,6 +225,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--emulator", default="")
     parser.add_argument("--recordings", required=True)
+    parser.add_argument("--library", required=True)
+    parser.add_argument("--service", required=True)
     parser.add_argument("qlt")
     parser.add_argument("cases", nargs="*")
     ARGUMENTS = parser.parse_args()

@@ -13,6 +13,7 @@ struct MonitorOptions
     std::string source = "simulator"; // simulator, headset or a recording
     double seconds = 0.0;             // 0: until interrupted or the recording ends
     std::string csv;                  // empty: none
+    bool objects = false;             // show what the host service tracks, too
 };
 
 int RunMonitor(const MonitorOptions& options);

@@ -132,8 +132,30 @@ std::string Describe(const Latest::Pose& pose, std::size_t newReports, double el
     return head.data() + FormatOrientation(pose.orientation);
 }
 
+/// The poses of the first objects, as far as they have one: how many there are cannot be asked.
+std::string DescribeObjects(const qlt::Tracker& tracker)
+{
+    constexpr std::uint64_t SHOWN_OBJECTS = 8;
+    std::string text;
+    for (std::uint64_t i = 0; i < SHOWN_OBJECTS; ++i)
+    {
+        const qlt::Vec3 p = tracker.GetObjectPosition(i);
+        const qlt::Quaternion q = tracker.GetObjectOrientation(i);
+        if (p.IsZero() && q.w() == 1.0f)
+        {
+            continue;
+        }
+        std::array<char, 128> position{};
+        std::snprintf(position.data(), position.size(), "  object %u at %.3f %.3f %.3f m ",
+                      static_cast<unsigned>(i), static_cast<double>(p.x()),
+                      static_cast<double>(p.y()), static_cast<double>(p.z()));
+        text += position.data() + FormatAngles(q);
+    }
+    return text.empty() ? "  no objects" : text;
+}
+
 /// Shows `latest` until the time is over, the recording has ended or the user has enough.
-void Watch(const Latest& latest, double seconds)
+void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptions& options)
 {
     using Seconds = std::chrono::duration<double>;
     Display display;
@@ -147,12 +169,14 @@ void Watch(const Latest& latest, double seconds)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const SteadyClock::time_point now = SteadyClock::now();
         const double elapsedS = Seconds(now - start).count();
-        over = gInterrupted != 0 || latest.Ended() || (seconds > 0.0 && elapsedS >= seconds);
+        over = gInterrupted != 0 || latest.Ended() ||
+               (options.seconds > 0.0 && elapsedS >= options.seconds);
         if (now >= due || (over && shown == start))
         {
             const Latest::Pose pose = latest.Get();
             const double intervalS = Seconds(now - shown).count();
-            display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS));
+            display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS) +
+                         (options.objects ? DescribeObjects(tracker) : ""));
             shownReports = pose.reports;
             shown = now;
             due += display.Period();
@@ -161,11 +185,11 @@ void Watch(const Latest& latest, double seconds)
 }
 
 /// Tracks until the watch is over.
-void Track(qlt::Tracker& tracker, Latest& latest, double seconds)
+void Track(qlt::Tracker& tracker, Latest& latest, const MonitorOptions& options)
 {
     tracker.AddListener(latest);
     tracker.Start();
-    Watch(latest, seconds);
+    Watch(tracker, latest, options);
     tracker.Stop();
     tracker.RemoveListener(latest);
     latest.CloseCsv();
@@ -178,7 +202,7 @@ int MonitorRecording(const MonitorOptions& options)
     RecordingPlayer player(recording, RecordingPlayer::Pace::Recorded);
     RecordingTracker tracker(player);
     Latest latest(options.csv, &tracker, recording.reports.size());
-    Track(tracker, latest, options.seconds);
+    Track(tracker, latest, options);
     player.Close();
     return whole ? 0 : 1;
 }
@@ -192,7 +216,7 @@ int RunMonitor(const MonitorOptions& options)
     {
         qlt::SimulatorTracker tracker;
         Latest latest(options.csv, nullptr, 0);
-        Track(tracker, latest, options.seconds);
+        Track(tracker, latest, options);
         return 0;
     }
     if (options.source != "headset")
@@ -205,6 +229,6 @@ int RunMonitor(const MonitorOptions& options)
         std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
     }
     Latest latest(options.csv, nullptr, 0);
-    Track(tracker, latest, options.seconds);
+    Track(tracker, latest, options);
     return 0;
 }

@@ -43,7 +43,7 @@ std::string Format(const char* format, Values... values)
 
 } // namespace
 
-std::string FormatOrientation(const qlt::Quaternion& q)
+std::string FormatAngles(const qlt::Quaternion& q)
 {
     const double w = static_cast<double>(q.w());
     const double x = static_cast<double>(q.x());
@@ -52,8 +52,16 @@ std::string FormatOrientation(const qlt::Quaternion& q)
     const double yaw = std::atan2(2.0 * (x * z + y * w), 1.0 - 2.0 * (x * x + y * y));
     const double pitch = std::asin(std::clamp(2.0 * (x * w - y * z), -1.0, 1.0));
     const double roll = std::atan2(2.0 * (x * y + z * w), 1.0 - 2.0 * (x * x + z * z));
-    return Format("w %.6f x %.6f y %.6f z %.6f  yaw %.1f pitch %.1f roll %.1f deg", w, x, y, z,
-                  yaw * DEG_PER_RAD, pitch * DEG_PER_RAD, roll * DEG_PER_RAD);
+    return Format("yaw %.1f pitch %.1f roll %.1f deg", yaw * DEG_PER_RAD, pitch * DEG_PER_RAD,
+                  roll * DEG_PER_RAD);
+}
+
+std::string FormatOrientation(const qlt::Quaternion& q)
+{
+    return Format("w %.6f x %.6f y %.6f z %.6f  ", static_cast<double>(q.w()),
+                  static_cast<double>(q.x()), static_cast<double>(q.y()),
+                  static_cast<double>(q.z())) +
+           FormatAngles(q);
 }
 
 OrientationCsv::OrientationCsv(const std::string& path)

@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
-/// "w 0.999920 x 0.002016 y -0.012380 z 0.001892  yaw -1.4 pitch 0.2 roll 0.2 deg"; the angles are
-/// turns about y, then x, then z.
+/// "yaw -1.4 pitch 0.2 roll 0.2 deg": turns about y, then x, then z.
+std::string FormatAngles(const qlt::Quaternion& q);
+
+/// "w 0.999920 x 0.002016 y -0.012380 z 0.001892  " and the angles.
 std::string FormatOrientation(const qlt::Quaternion& q);
 
 /// A CSV file of orientations, "report,time_us,qw,qx,qy,qz", nine significant digits.

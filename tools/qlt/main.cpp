@@ -20,6 +20,8 @@ void AddMonitor(CLI::App& app, MonitorOptions& options)
     command->add_option("--seconds", options.seconds, "Stop after so many seconds")
         ->check(CLI::PositiveNumber);
     command->add_option("--csv", options.csv, "Write every orientation to this file");
+    command->add_flag("--objects", options.objects,
+                      "Show the first objects that the host service tracks, too");
 }
 
 void AddReplay(CLI::App& app, ReplayOptions& options)

@@ -26,6 +26,8 @@
 namespace qlt
 {
 
+class ClientThread;
+
 /// deliberate: the order of the virtual operations is that of the slots that compiled clients rely
 /// on.
 class QLT_API Tracker
@@ -41,13 +43,15 @@ public:
     Tracker(const Tracker&) = delete;
     Tracker& operator=(const Tracker&) = delete;
 
-    /// Starts the processing thread and returns true. Asserts that the tracker is stopped; a second
-    /// Start starts another thread beside the first. std::system_error when there is no thread to
-    /// be had.
+    /// Starts the processing thread and the conversation with the host service, and returns true.
+    /// Goes on without object poses, silently, when the service's library is not there or refuses.
+    /// Asserts that the tracker is stopped; a second Start starts another thread beside the first.
+    /// std::system_error when there is no thread to be had.
     bool Start();
 
-    /// Ends the processing thread, waits for it and returns true. Asserts that the tracker is
-    /// started. Never from a listener, which would wait for itself.
+    /// Ends both, waits for them and returns true. Asserts that the tracker is started, and that
+    /// the host service's library did not refuse at Start. VRException when the service refuses to
+    /// disconnect. Never from a listener, which would wait for itself.
     bool Stop();
 
     bool IsTracking() const;
@@ -83,7 +87,9 @@ public:
     void ResetYawOrigin();
 
     /// Poses of the objects that the host service tracks, metres; zero and identity for an object
-    /// that is not there. Object 0 is the head.
+    /// that is not there. Object 0 is the head. deliberate: an object whose confidence is below
+    /// FLT_EPSILON has position zero, and still its orientation. VRException when the service
+    /// fails.
     Vec3 GetObjectPosition(std::uint64_t index) const;
     Quaternion GetObjectOrientation(std::uint64_t index) const;
     Vec3 GetClientPosition() const;
@@ -113,6 +119,9 @@ protected:
     void NotifyPositionEvent(const Vec3& position, float time);
 
 private:
+    void StartClientThread();
+    void StopClientThread();
+
     std::atomic<bool> mTracking;
     std::atomic<bool> mShouldStop;
     Vec3 mPosition;
@@ -121,6 +130,7 @@ private:
     Quaternion mOrientation;
     std::unique_ptr<std::set<TrackerListener*>> mListeners;
     std::unique_ptr<std::thread> mThread;
+    std::shared_ptr<ClientThread> mClientThread; // read and written atomically; readers hold it
     std::unique_ptr<std::recursive_mutex> mMutex;
     std::unique_ptr<std::vector<std::thread>> mEarlierThreads; // of a Start upon a Start
 };

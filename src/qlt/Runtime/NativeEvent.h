@@ -15,7 +15,8 @@
 namespace qlt
 {
 
-/// An event of the system. Handles that the host service lends are of the same kind.
+/// An event of the system: a kernel object on Windows, an eventfd elsewhere. What the host service
+/// lends may be waited for all the same; only what was created here is set, reset and closed.
 using NativeEventHandle = void*;
 
 constexpr std::uint32_t WAIT_FOREVER = 0xFFFFFFFFU;
@@ -41,6 +42,14 @@ bool SetNativeEvent(NativeEventHandle event);
 /// Waits until signalled or `timeoutMs` have passed: WAIT_SIGNALLED, WAIT_TIMED_OUT, or WAIT_ERROR
 /// at once for what is not an event.
 std::uint32_t WaitNativeEvent(NativeEventHandle event, std::uint32_t timeoutMs);
+
+/// How many events one wait takes.
+constexpr std::size_t MAX_WAIT_EVENTS = 8;
+
+/// Waits until one of `count` events, 1 .. MAX_WAIT_EVENTS, is signalled: WAIT_SIGNALLED plus the
+/// index of the first one that is, WAIT_TIMED_OUT, or WAIT_ERROR at once when one is not an event.
+std::uint32_t WaitNativeEvents(const NativeEventHandle* events, std::size_t count,
+                               std::uint32_t timeoutMs);
 
 /// Gives the handle back; a named event lives until its last handle is closed. False for what is
 /// not an event.

@@ -1,6 +1,12 @@
 #include <qlt/Sensors/Tracker.h>
 
+#include <qlt/Runtime/VRException.h>
+
 #include "Runtime/Check.h"
+#include "Sensors/ClientThread.h"
+#include "Sensors/SceneDescriptor.h"
+
+#include <cfloat>
 
 #define QLT_SOURCE_FILE L"Sensors/Tracker"
 
@@ -10,6 +16,20 @@ namespace
 {
 
 using Lock = std::lock_guard<std::recursive_mutex>;
+
+/// The pose of an object, as long as there is a service that has one.
+std::optional<ObjectPose> FindObject(const ClientThread* client, std::uint64_t index)
+{
+    const auto scene = client != nullptr ? client->Scene() : nullptr;
+    auto descriptor = scene != nullptr ? scene->GetCurrentDescriptor() : std::nullopt;
+    if (!descriptor)
+    {
+        return std::nullopt;
+    }
+    const std::optional<ObjectPose> pose = ReadObjectPose(descriptor->data, index);
+    descriptor->holder.GiveBack(); // here, so that a failure reaches the caller
+    return pose;
+}
 
 } // namespace
 
@@ -28,7 +48,16 @@ Tracker::Tracker()
 Tracker::~Tracker()
 {
     QLT_CHECK_LINE(mThread == nullptr, 29);
+    QLT_CHECK_LINE(mClientThread == nullptr, 30);
     EndProcessing(); // a thread that is still there uses the mutex and the listeners
+    try
+    {
+        StopClientThread();
+    }
+    catch (const VRException&)
+    {
+        // The misuse has been reported; it must not end the process.
+    }
     mMutex.reset();
     QLT_CHECK_LINE(mListeners->empty(), 34);
 }
@@ -45,7 +74,35 @@ bool Tracker::Start()
         mEarlierThreads->push_back(std::move(*mThread));
     }
     mThread = std::make_unique<std::thread>([this] { DoProcess(); });
+    QLT_CHECK_LINE(mClientThread == nullptr, 194);
+    try
+    {
+        StopClientThread();
+        StartClientThread();
+    }
+    catch (const VRException&)
+    {
+        // Without the host service there are no object poses, and the head is tracked all the same.
+    }
     return IsTracking();
+}
+
+void Tracker::StartClientThread()
+{
+    const auto client = std::make_shared<ClientThread>();
+    std::atomic_store(&mClientThread, client);
+    client->Init();
+    client->Start(true, WAIT_FOREVER);
+}
+
+/// Nothing without one.
+void Tracker::StopClientThread()
+{
+    const auto client = std::atomic_exchange(&mClientThread, std::shared_ptr<ClientThread>());
+    if (client != nullptr)
+    {
+        client->Shutdown(); // not its destructor, which may run on a reader
+    }
 }
 
 // Without the lock, which the processing thread needs to come to its end.
@@ -57,6 +114,8 @@ bool Tracker::Stop()
     EndProcessing();
     mTracking = false;
     mThread = nullptr;
+    QLT_CHECK_LINE(mClientThread != nullptr, 226);
+    StopClientThread();
     return !IsTracking();
 }
 
@@ -135,12 +194,17 @@ void Tracker::ResetYawOrigin()
     mOrientation = mYawOrigin * mRawOrientation;
 }
 
-// Without a connection to the host service no object is there.
-Vec3 Tracker::GetObjectPosition(std::uint64_t /*index*/) const { return Vec3(); }
-
-Quaternion Tracker::GetObjectOrientation(std::uint64_t /*index*/) const
+Vec3 Tracker::GetObjectPosition(std::uint64_t index) const
 {
-    return Quaternion::Identity;
+    const auto pose = FindObject(std::atomic_load(&mClientThread).get(), index);
+    // Written so that a NaN confidence counts.
+    return !pose || pose->confidence < FLT_EPSILON ? Vec3() : pose->position;
+}
+
+Quaternion Tracker::GetObjectOrientation(std::uint64_t index) const
+{
+    const auto pose = FindObject(std::atomic_load(&mClientThread).get(), index);
+    return pose ? pose->orientation : Quaternion::Identity;
 }
 
 Vec3 Tracker::GetClientPosition() const { return GetObjectPosition(0); }

@@ -1,80 +1,37 @@
+// An event is an eventfd: readable while it is signalled. So a handle can be handed over by another
+// library of the process, which need not know this one.
 #include "Runtime/NativeEvent.h"
 
 #include "Runtime/SystemError.h"
 
 #include <cerrno>
 #include <chrono>
-#include <condition_variable>
+#include <climits>
+#include <fcntl.h>
 #include <map>
-#include <memory>
 #include <mutex>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace qlt
 {
 namespace
 {
 
+using std::chrono::steady_clock;
+
 struct Event
 {
-    explicit Event(bool reset)
-        : manualReset(reset)
-    {
-    }
-
-    const bool manualReset;
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool signalled = false;
+    std::wstring name;
+    bool manualReset;
 };
 
-/// Which handle means which event, so that what is not an event is told apart instead of followed.
-class EventTable
+/// What was created here, so that nothing else is written to, read from or closed.
+struct EventTable
 {
-public:
-    NativeEventHandle Add(const std::wstring& name, bool manualReset)
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        std::shared_ptr<Event> event = name.empty() ? nullptr : mNamed[name].lock();
-        if (event == nullptr)
-        {
-            event = std::make_shared<Event>(manualReset);
-            if (!name.empty())
-            {
-                mNamed[name] = event;
-            }
-        }
-        mLastHandle += 4; // like a kernel's: small, even, never null
-        const auto handle = reinterpret_cast<NativeEventHandle>(mLastHandle);
-        mEvents.emplace(handle, std::move(event));
-        return handle;
-    }
-
-    std::shared_ptr<Event> Find(NativeEventHandle handle)
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        const auto found = mEvents.find(handle);
-        return found == mEvents.end() ? nullptr : found->second;
-    }
-
-    bool Remove(NativeEventHandle handle)
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        if (mEvents.erase(handle) == 0)
-        {
-            return false;
-        }
-        for (auto named = mNamed.begin(); named != mNamed.end();)
-        {
-            named = named->second.expired() ? mNamed.erase(named) : std::next(named);
-        }
-        return true;
-    }
-
-private:
-    std::mutex mMutex;
-    std::uintptr_t mLastHandle = 0;
-    std::map<NativeEventHandle, std::shared_ptr<Event>> mEvents;
-    std::map<std::wstring, std::weak_ptr<Event>> mNamed;
+    std::mutex mutex;
+    std::map<int, Event> events;
 };
 
 /// Never destroyed: an application's static objects may close their events after any of ours.
@@ -84,56 +41,145 @@ EventTable& Table()
     return table;
 }
 
+/// Minus one for what cannot be a descriptor.
+int Descriptor(NativeEventHandle handle)
+{
+    const auto value = reinterpret_cast<std::intptr_t>(handle);
+    return value > 0 && value <= INT_MAX ? static_cast<int>(value) : -1;
+}
+
+/// Whether `fd` was created here; sets the last error otherwise. With the table locked.
+bool IsKnown(int fd)
+{
+    if (Table().events.count(fd) != 0)
+    {
+        return true;
+    }
+    SetLastSystemError(EBADF);
+    return false;
+}
+
+/// Whether the signal is the caller's: another waiter may take that of an automatic event first.
+bool TakeSignal(int fd)
+{
+    // The lock is also what orders the setter before the waiter.
+    const std::lock_guard<std::mutex> lock(Table().mutex);
+    const auto found = Table().events.find(fd);
+    if (found == Table().events.end() || found->second.manualReset)
+    {
+        return true; // a lent one is reset by the library that lent it
+    }
+    eventfd_t value = 0;
+    return eventfd_read(fd, &value) == 0;
+}
+
+/// Milliseconds until `deadline`, rounded up, as poll takes them.
+int Remaining(std::uint32_t timeoutMs, steady_clock::time_point deadline)
+{
+    if (timeoutMs == WAIT_FOREVER)
+    {
+        return -1;
+    }
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now()).count();
+    return left < 0 ? 0 : left > INT_MAX ? INT_MAX : static_cast<int>(left);
+}
+
 } // namespace
 
 NativeEventHandle CreateNativeEvent(const std::wstring& name, bool manualReset)
 {
-    return Table().Add(name, manualReset);
+    EventTable& table = Table();
+    const std::lock_guard<std::mutex> lock(table.mutex);
+    for (const auto& [fd, event] : table.events)
+    {
+        if (!name.empty() && event.name == name)
+        {
+            const int same = fcntl(fd, F_DUPFD_CLOEXEC, 1);
+            if (same >= 0)
+            {
+                table.events.emplace(same, Event(event));
+            }
+            return same < 0 ? nullptr : reinterpret_cast<NativeEventHandle>(std::intptr_t{same});
+        }
+    }
+    int fd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (fd == 0) // would be the null handle
+    {
+        fd = fcntl(fd, F_DUPFD_CLOEXEC, 1);
+        close(0);
+    }
+    if (fd < 0)
+    {
+        return nullptr;
+    }
+    table.events.emplace(fd, Event{name, manualReset});
+    return reinterpret_cast<NativeEventHandle>(std::intptr_t{fd});
 }
 
 bool SetNativeEvent(NativeEventHandle handle)
 {
-    const std::shared_ptr<Event> event = Table().Find(handle);
-    if (event == nullptr)
+    const int fd = Descriptor(handle);
+    const std::lock_guard<std::mutex> lock(Table().mutex);
+    return IsKnown(fd) && eventfd_write(fd, 1) == 0;
+}
+
+std::uint32_t WaitNativeEvents(const NativeEventHandle* handles, std::size_t count,
+                               std::uint32_t timeoutMs)
+{
+    const auto deadline = steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    pollfd waits[MAX_WAIT_EVENTS] = {};
+    for (std::size_t i = 0; i < count; ++i)
     {
-        SetLastSystemError(EBADF);
-        return false;
+        waits[i].fd = Descriptor(handles[i]);
+        waits[i].events = POLLIN;
+        if (waits[i].fd < 0) // poll would pass over it
+        {
+            SetLastSystemError(EBADF);
+            return WAIT_ERROR;
+        }
     }
-    const std::lock_guard<std::mutex> lock(event->mutex);
-    event->signalled = true;
-    event->manualReset ? event->changed.notify_all() : event->changed.notify_one();
-    return true;
+    for (;;)
+    {
+        const int ready = poll(waits, count, Remaining(timeoutMs, deadline));
+        if (ready == 0 && Remaining(timeoutMs, deadline) == 0)
+        {
+            return WAIT_TIMED_OUT;
+        }
+        if (ready < 0 && errno != EINTR)
+        {
+            return WAIT_ERROR;
+        }
+        for (std::size_t i = 0; ready > 0 && i < count; ++i)
+        {
+            if ((waits[i].revents & (POLLNVAL | POLLERR)) != 0)
+            {
+                SetLastSystemError(EBADF);
+                return WAIT_ERROR;
+            }
+            if (waits[i].revents != 0 && TakeSignal(waits[i].fd))
+            {
+                return WAIT_SIGNALLED + static_cast<std::uint32_t>(i);
+            }
+        }
+    }
 }
 
 std::uint32_t WaitNativeEvent(NativeEventHandle handle, std::uint32_t timeoutMs)
 {
-    const std::shared_ptr<Event> event = Table().Find(handle);
-    if (event == nullptr)
-    {
-        SetLastSystemError(EBADF);
-        return WAIT_ERROR;
-    }
-    std::unique_lock<std::mutex> lock(event->mutex);
-    const auto signalled = [&event] { return event->signalled; };
-    if (timeoutMs == WAIT_FOREVER)
-    {
-        event->changed.wait(lock, signalled);
-    }
-    else if (!event->changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), signalled))
-    {
-        return WAIT_TIMED_OUT;
-    }
-    event->signalled = event->manualReset;
-    return WAIT_SIGNALLED;
+    return WaitNativeEvents(&handle, 1, timeoutMs);
 }
 
 bool CloseNativeEvent(NativeEventHandle handle)
 {
-    if (!Table().Remove(handle))
+    const int fd = Descriptor(handle);
+    const std::lock_guard<std::mutex> lock(Table().mutex);
+    if (!IsKnown(fd))
     {
-        SetLastSystemError(EBADF);
         return false;
     }
+    Table().events.erase(fd);
+    close(fd);
     return true;
 }
 

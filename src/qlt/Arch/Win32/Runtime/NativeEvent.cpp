@@ -22,6 +22,12 @@ std::uint32_t WaitNativeEvent(NativeEventHandle event, std::uint32_t timeoutMs)
     return WaitForSingleObject(event, timeoutMs);
 }
 
+std::uint32_t WaitNativeEvents(const NativeEventHandle* events, std::size_t count,
+                               std::uint32_t timeoutMs)
+{
+    return WaitForMultipleObjects(static_cast<DWORD>(count), events, FALSE, timeoutMs);
+}
+
 bool CloseNativeEvent(NativeEventHandle event) { return CloseHandle(event) != FALSE; }
 
 } // namespace qlt

@@ -1,0 +1,80 @@
+#include "Sensors/HostService.h"
+
+#include "Runtime/DynamicLibrary.h"
+
+namespace qlt
+{
+namespace
+{
+
+/// Fills a table and notices what is missing.
+class Filler
+{
+public:
+    explicit Filler(LibraryHandle library)
+        : mLibrary(library)
+    {
+    }
+
+    template <typename Function>
+    void Fill(Function& entry, const char* name)
+    {
+        entry = reinterpret_cast<Function>(FindFunction(mLibrary, name));
+        mComplete = mComplete && entry != nullptr;
+    }
+
+    bool Complete() const { return mComplete; }
+
+private:
+    LibraryHandle mLibrary;
+    bool mComplete = true;
+};
+
+HostService Load()
+{
+    HostService service;
+    const LibraryHandle library = LoadInstalledLibrary("vr_host_client_lib");
+    if (library == nullptr)
+    {
+        return service;
+    }
+    Filler filler(library);
+    filler.Fill(service.clientManagerCreate, "VRHostClientManager_create");
+    filler.Fill(service.clientManagerStart, "VRHostClientManager_start");
+    filler.Fill(service.clientManagerReadNotification, "VRHostClientManager_readNotification");
+    filler.Fill(service.clientManagerConnectClient, "VRHostClientManager_connectClient");
+    filler.Fill(service.clientManagerDeleteHandle, "VRHostClientManager_deleteHandle");
+    filler.Fill(service.clientManagerStop, "VRHostClientManager_stop");
+    filler.Fill(service.clientManagerDestroy, "VRHostClientManager_destroy");
+    filler.Fill(service.clientGetNotificationHandle, "VRHostClient_getNotificationHandle");
+    filler.Fill(service.clientReadNotification, "VRHostClient_readNotification");
+    filler.Fill(service.clientConnectDevice, "VRHostClient_connectDevice");
+    filler.Fill(service.clientDeleteHandle, "VRHostClient_deleteHandle");
+    filler.Fill(service.clientDestroy, "VRHostClient_destroy");
+    filler.Fill(service.deviceGetNotificationHandle, "VRHostDevice_getNotificationHandle");
+    filler.Fill(service.deviceReadNotification, "VRHostDevice_readNotification");
+    filler.Fill(service.deviceConnectCamera, "VRHostDevice_connectCamera");
+    filler.Fill(service.deviceConnectScene, "VRHostDevice_connectScene");
+    filler.Fill(service.deviceDeleteHandle, "VRHostDevice_deleteHandle");
+    filler.Fill(service.deviceDestroy, "VRHostDevice_destroy");
+    filler.Fill(service.cameraGetNotificationHandle, "VRHostDeviceCamera_getNotificationHandle");
+    filler.Fill(service.cameraDestroy, "VRHostDeviceCamera_destroy");
+    filler.Fill(service.sceneGetNotificationHandle, "VRHostDeviceScene_getNotificationHandle");
+    filler.Fill(service.sceneGetCurrentDescriptor, "VRHostDeviceScene_getCurrentDescriptor");
+    filler.Fill(service.sceneReturnDescriptor, "VRHostDeviceScene_returnDescriptor");
+    filler.Fill(service.sceneDestroy, "VRHostDeviceScene_destroy");
+    filler.Fill(service.getHandlePtr, "VRHost_getHandlePtr");
+    service.installed = true;
+    service.complete = filler.Complete();
+    return service;
+}
+
+} // namespace
+
+const HostService& HostService::System()
+{
+    static const HostService service = Load();
+    return service;
+}
+
+} // namespace qlt

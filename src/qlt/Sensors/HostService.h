@@ -1,0 +1,73 @@
+// The host service, which tracks objects from outside the process: the entry points of its client
+// library, vr_host_client_lib. Every function returns 0 for success; handles are opaque.
+#pragma once
+
+#include <cstdint>
+
+namespace qlt
+{
+
+struct HostService
+{
+    using Status = std::int32_t;
+    using Handle = std::uint64_t;
+
+    /// What a read fills in.
+    struct NotificationRecord
+    {
+        std::uint32_t type;
+        std::uint32_t padding;
+        Handle handle;       // lent with the notification
+        std::uint64_t extra; // handed on, not interpreted
+    };
+    static_assert(sizeof(NotificationRecord) == 24, "the library's layout");
+
+    using Create = Status (*)(Handle* created);
+    using Act = Status (*)(Handle handle);
+    using ActOn = Status (*)(Handle handle, Handle lent);
+    using GetHandle = Status (*)(Handle handle, Handle* result);
+    using Read = Status (*)(Handle handle, NotificationRecord* record);
+    using Connect = Status (*)(Handle handle, Handle info, Handle* connected, std::uint32_t mode);
+    using GetDescriptor = Status (*)(Handle scene, Handle* descriptor, const void** data);
+    using GetPointer = Status (*)(Handle handle, void** pointer);
+
+    Create clientManagerCreate = nullptr;
+    GetHandle clientManagerStart = nullptr;
+    Read clientManagerReadNotification = nullptr;
+    Connect clientManagerConnectClient = nullptr;
+    ActOn clientManagerDeleteHandle = nullptr;
+    Act clientManagerStop = nullptr;
+    Act clientManagerDestroy = nullptr;
+
+    GetHandle clientGetNotificationHandle = nullptr;
+    Read clientReadNotification = nullptr;
+    Connect clientConnectDevice = nullptr;
+    ActOn clientDeleteHandle = nullptr;
+    Act clientDestroy = nullptr;
+
+    GetHandle deviceGetNotificationHandle = nullptr;
+    Read deviceReadNotification = nullptr;
+    Connect deviceConnectCamera = nullptr;
+    Connect deviceConnectScene = nullptr;
+    ActOn deviceDeleteHandle = nullptr;
+    Act deviceDestroy = nullptr;
+
+    GetHandle cameraGetNotificationHandle = nullptr;
+    Act cameraDestroy = nullptr;
+
+    GetHandle sceneGetNotificationHandle = nullptr;
+    GetDescriptor sceneGetCurrentDescriptor = nullptr;
+    ActOn sceneReturnDescriptor = nullptr;
+    Act sceneDestroy = nullptr;
+
+    GetPointer getHandlePtr = nullptr;
+
+    /// Whether the library is on this machine, and whether it has every entry point.
+    bool installed = false;
+    bool complete = false;
+
+    /// The machine's own, loaded at the first call and for good.
+    static const HostService& System();
+};
+
+} // namespace qlt

@@ -1,0 +1,46 @@
+#include "fakes/OpenHandles.h"
+
+#include <vector>
+#include <windows.h>
+#include <winternl.h>
+
+// Not GetProcessHandleCount, which is always 0 under Wine.
+std::size_t CountOpenHandles()
+{
+    struct Entry
+    {
+        ULONG ownerPid;
+        BYTE type;
+        BYTE flags;
+        USHORT value;
+        PVOID object;
+        ULONG access;
+    };
+    struct Table
+    {
+        ULONG count;
+        Entry entries[1];
+    };
+    constexpr auto SYSTEM_HANDLE_INFORMATION = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+    constexpr LONG LENGTH_MISMATCH = static_cast<LONG>(0xC0000004);
+    std::vector<BYTE> buffer(1 << 16);
+    ULONG used = 0;
+    LONG status = 0;
+    while ((status = NtQuerySystemInformation(SYSTEM_HANDLE_INFORMATION, buffer.data(),
+                                              static_cast<ULONG>(buffer.size()), &used)) ==
+           LENGTH_MISMATCH)
+    {
+        buffer.resize(buffer.size() * 2);
+    }
+    if (status < 0)
+    {
+        return 0;
+    }
+    const auto* table = reinterpret_cast<const Table*>(buffer.data());
+    std::size_t count = 0;
+    for (ULONG i = 0; i < table->count; ++i)
+    {
+        count += table->entries[i].ownerPid == GetCurrentProcessId() ? 1 : 0;
+    }
+    return count;
+}

@@ -10,6 +10,8 @@
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Runtime/VRException.h>
 #include <qlt/Runtime/VRStatus.h>
+#include <qlt/Sensors/DistortionFunction.h>
+#include <qlt/Sensors/DistortionMeshBuilder.h>
 #include <qlt/Sensors/Hmd.h>
 #include <qlt/Sensors/Params.h>
 #include <qlt/Sensors/SensorFusion.h>

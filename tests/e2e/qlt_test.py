@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The qlt command as a user meets it: what it prints, what it writes, how it ends.
 
-    qlt_test.py [--emulator "COMMAND"] --recordings FOLDER --library SDK --service FAKE QLT [CASE...]
+    qlt_test.py [--emulator "COMMAND"] --recordings FOLDER --library SDK --service FAKE --part FAKE
+                QLT [CASE...]
 
 Each case runs the real program; the emulator is what a cross-built one needs in front of it. The fake
 host service is only found by a program that it has been installed for.
@@ -201,7 +202,7 @@ class QltTest(unittest.TestCase):
 
     def test_a_host_service_that_lacks_entry_points_is_refused(self):
         program = self.install()
-        shutil.copy(ARGUMENTS.library, self.folder / pathlib.Path(ARGUMENTS.service).name)
+        shutil.copy(ARGUMENTS.part, self.folder)
         done = self.objects(program)
         self.assertIn("  no objects", done.stdout)
         self.assertEqual(done.stderr, "Assertion failed: mClientThread != nullptr, "
@@ -227,6 +228,7 @@ def main():
     parser.add_argument("--recordings", required=True)
     parser.add_argument("--library", required=True)
     parser.add_argument("--service", required=True)
+    parser.add_argument("--part", required=True)
     parser.add_argument("qlt")
     parser.add_argument("cases", nargs="*")
     ARGUMENTS = parser.parse_args()

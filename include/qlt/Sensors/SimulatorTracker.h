@@ -6,6 +6,8 @@
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Sensors/Tracker.h>
 
+#include <atomic>
+
 namespace qlt
 {
 
@@ -22,7 +24,7 @@ protected:
 private:
     void RaiseEvents(float t);
 
-    float mSimulatedTime = 0.0f; // seconds; only the processing thread touches it
+    std::atomic<float> mSimulatedTime{0.0f}; // seconds; a Start upon a Start shares it
     Clock& mClock;
 };
 

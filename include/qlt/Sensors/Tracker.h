@@ -27,6 +27,7 @@ namespace qlt
 {
 
 class ClientThread;
+class CurrentScene;
 
 /// deliberate: the order of the virtual operations is that of the slots that compiled clients rely
 /// on.
@@ -130,7 +131,8 @@ private:
     Quaternion mOrientation;
     std::unique_ptr<std::set<TrackerListener*>> mListeners;
     std::unique_ptr<std::thread> mThread;
-    std::shared_ptr<ClientThread> mClientThread; // read and written atomically; readers hold it
+    std::unique_ptr<CurrentScene> mCurrentScene;
+    std::unique_ptr<ClientThread> mClientThread;
     std::unique_ptr<std::recursive_mutex> mMutex;
     std::unique_ptr<std::vector<std::thread>> mEarlierThreads; // of a Start upon a Start
 };

@@ -47,8 +47,27 @@ void Disconnect(std::unique_ptr<Owned>& connection)
 
 } // namespace
 
-ClientThread::ClientThread(const HostService& service)
+CurrentScene::Scene CurrentScene::Get() const
+{
+    if (!mConnected)
+    {
+        return nullptr;
+    }
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mScene;
+}
+
+void CurrentScene::Set(Scene scene)
+{
+    mConnected = scene != nullptr;
+    // Swapped, so that the last reference to the old scene goes without the lock.
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mScene.swap(scene);
+}
+
+ClientThread::ClientThread(CurrentScene& scene, const HostService& service)
     : mService(service)
+    , mScene(scene)
 {
     if (mService.installed)
     {
@@ -65,7 +84,7 @@ void ClientThread::Shutdown()
         return;
     }
     Stop(true);
-    SetScene(nullptr);
+    mScene.Set(nullptr);
     mCamera = nullptr;
     Disconnect(mDevice);
     Disconnect(mClient);
@@ -73,19 +92,6 @@ void ClientThread::Shutdown()
     {
         mClientManager->Stop();
     }
-}
-
-std::shared_ptr<const VRHostDeviceScene> ClientThread::Scene() const
-{
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mScene;
-}
-
-void ClientThread::SetScene(std::shared_ptr<const VRHostDeviceScene> scene)
-{
-    // Swapped, so that the last reference to the old scene goes without the lock.
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mScene.swap(scene);
 }
 
 void ClientThread::Run()
@@ -149,7 +155,7 @@ void ClientThread::DropLost(bool stop)
     if (stop || mFlags.client || mFlags.device || mFlags.scene || mFlags.camera)
     {
         mCamera = nullptr;
-        SetScene(nullptr);
+        mScene.Set(nullptr);
     }
     if (stop || mFlags.device || mFlags.client)
     {
@@ -198,12 +204,12 @@ void ClientThread::HandleDevice(const Notification& notification)
     {
         mFlags.camera = true;
     }
-    else if (notification.type == SCENE_AVAILABLE && mScene == nullptr)
+    else if (notification.type == SCENE_AVAILABLE && mScene.Get() == nullptr)
     {
-        SetScene(std::make_shared<VRHostDeviceScene>(mService,
-                                                     mDevice->ConnectScene(notification.info)));
+        mScene.Set(std::make_shared<VRHostDeviceScene>(mService,
+                                                       mDevice->ConnectScene(notification.info)));
     }
-    else if (notification.type == SCENE_WITHDRAWN && mScene != nullptr)
+    else if (notification.type == SCENE_WITHDRAWN && mScene.Get() != nullptr)
     {
         mFlags.scene = true;
     }

@@ -2,36 +2,53 @@
 // device, the camera and the scene as the service announces them and drops them as it withdraws
 // them. Without the service's library it waits for its end and never has a connection.
 //
-// Threads: Scene from any thread; the rest belongs to the owner, and between Start and the end of
-// Stop the connections belong to the worker. A failure of the service on the worker ends the
+// Threads: the object belongs to its owner, and between Start and the end of Stop the connections
+// belong to the worker. A failure of the service on the worker ends the
 // process, as every exception that leaves a worker does.
 #pragma once
 
 #include "Runtime/VRThread.h"
 #include "Sensors/HostConnections.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
 namespace qlt
 {
 
+/// The scene that the service has at the moment. Written by the client thread, read from any
+/// thread.
+class CurrentScene
+{
+public:
+    using Scene = std::shared_ptr<const vr_host_client::VRHostDeviceScene>;
+
+    /// Null when there is none. A scene stays alive as long as it is held.
+    Scene Get() const;
+
+    void Set(Scene scene);
+
+private:
+    std::atomic<bool> mConnected{false}; // spares the lock for who has no host service: most
+    mutable std::mutex mMutex;           // guards mScene
+    Scene mScene;
+};
+
 class ClientThread final : public VRThread
 {
 public:
-    /// Creates the client manager; throws VRException "Cannot create the client manager".
-    explicit ClientThread(const HostService& service = HostService::System());
+    /// Creates the client manager; throws VRException "Cannot create the client manager". `scene`
+    /// must outlive the thread.
+    explicit ClientThread(CurrentScene& scene, const HostService& service = HostService::System());
 
     /// Shuts down if the owner has not; throws as Shutdown does.
-    ~ClientThread() noexcept(false);
+    virtual ~ClientThread() noexcept(false);
 
     /// Stops the worker and drops every connection, then the manager, from the last to the first.
     /// Throws VRException when the service refuses; what has not been dropped by then is dropped
     /// silently by the destructor. Nothing the second time.
     void Shutdown();
-
-    /// The connected scene, null when there is none. It stays alive as long as it is held.
-    std::shared_ptr<const vr_host_client::VRHostDeviceScene> Scene() const;
 
 private:
     /// What one pass found withdrawn.
@@ -49,7 +66,6 @@ private:
     void HandleManager(const vr_host_client::Notification& notification);
     void HandleClient(const vr_host_client::Notification& notification);
     void HandleDevice(const vr_host_client::Notification& notification);
-    void SetScene(std::shared_ptr<const vr_host_client::VRHostDeviceScene> scene);
 
     const HostService& mService;
     bool mShutDown = false;
@@ -58,8 +74,7 @@ private:
     std::unique_ptr<vr_host_client::VRHostClient> mClient;
     std::unique_ptr<vr_host_client::VRHostDevice> mDevice;
     std::unique_ptr<vr_host_client::VRHostDeviceCamera> mCamera;
-    std::shared_ptr<const vr_host_client::VRHostDeviceScene> mScene;
-    mutable std::mutex mMutex; // guards mScene
+    CurrentScene& mScene;
 };
 
 } // namespace qlt

@@ -10,6 +10,12 @@ namespace qlt::DistortConstants
 extern const float EYE_FOV_RAD;
 extern const float HMD_SCREEN_SIZE_VERT;
 
+/// How far the lens centre lies outwards from the middle of the eye's viewport, in viewport units;
+/// the distance from it beyond which a point is outside the lens; the depth that says so. Fixed.
+constexpr float LENS_CENTER_OFFSET_X = 0x1.978272p-7f;
+constexpr float LENS_EDGE_RADIUS = 0x1.fdb6dap-1f;
+constexpr float OUTSIDE_DEPTH = -1.1f;
+
 /// Vertical offset of the lens centre from the middle of the eye's viewport: millimetres, and in
 /// viewport units (the viewport spans -1 .. 1).
 extern float DISTORT_OFFSET_Y_MM;

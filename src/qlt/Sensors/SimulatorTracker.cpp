@@ -23,7 +23,7 @@ void SimulatorTracker::DoProcess()
     while (!ShouldStop())
     {
         const float t = mSimulatedTime;
-        mSimulatedTime += 0.001f;
+        mSimulatedTime = t + 0.001f;
         RaiseEvents(t);
         mClock.SleepNs(CYCLE_NS);
     }

@@ -18,9 +18,9 @@ namespace
 using Lock = std::lock_guard<std::recursive_mutex>;
 
 /// The pose of an object, as long as there is a service that has one.
-std::optional<ObjectPose> FindObject(const ClientThread* client, std::uint64_t index)
+std::optional<ObjectPose> FindObject(const CurrentScene& current, std::uint64_t index)
 {
-    const auto scene = client != nullptr ? client->Scene() : nullptr;
+    const CurrentScene::Scene scene = current.Get();
     auto descriptor = scene != nullptr ? scene->GetCurrentDescriptor() : std::nullopt;
     if (!descriptor)
     {
@@ -40,6 +40,7 @@ Tracker::Tracker()
     , mYawOrigin(Quaternion::Identity)
     , mOrientation(Quaternion::Identity)
     , mListeners(std::make_unique<std::set<TrackerListener*>>())
+    , mCurrentScene(std::make_unique<CurrentScene>())
     , mMutex(std::make_unique<std::recursive_mutex>())
     , mEarlierThreads(std::make_unique<std::vector<std::thread>>())
 {
@@ -89,19 +90,18 @@ bool Tracker::Start()
 
 void Tracker::StartClientThread()
 {
-    const auto client = std::make_shared<ClientThread>();
-    std::atomic_store(&mClientThread, client);
-    client->Init();
-    client->Start(true, WAIT_FOREVER);
+    mClientThread = std::make_unique<ClientThread>(*mCurrentScene);
+    mClientThread->Init();
+    mClientThread->Start(true, WAIT_FOREVER);
 }
 
 /// Nothing without one.
 void Tracker::StopClientThread()
 {
-    const auto client = std::atomic_exchange(&mClientThread, std::shared_ptr<ClientThread>());
+    const std::unique_ptr<ClientThread> client = std::move(mClientThread);
     if (client != nullptr)
     {
-        client->Shutdown(); // not its destructor, which may run on a reader
+        client->Shutdown(); // before its destructor, which must not throw on its way out of here
     }
 }
 
@@ -196,14 +196,14 @@ void Tracker::ResetYawOrigin()
 
 Vec3 Tracker::GetObjectPosition(std::uint64_t index) const
 {
-    const auto pose = FindObject(std::atomic_load(&mClientThread).get(), index);
+    const auto pose = FindObject(*mCurrentScene, index);
     // Written so that a NaN confidence counts.
     return !pose || pose->confidence < FLT_EPSILON ? Vec3() : pose->position;
 }
 
 Quaternion Tracker::GetObjectOrientation(std::uint64_t index) const
 {
-    const auto pose = FindObject(std::atomic_load(&mClientThread).get(), index);
+    const auto pose = FindObject(*mCurrentScene, index);
     return pose ? pose->orientation : Quaternion::Identity;
 }
 

@@ -21,12 +21,12 @@ std::size_t CountOpenHandles()
         ULONG count;
         Entry entries[1];
     };
-    constexpr auto SYSTEM_HANDLE_INFORMATION = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+    constexpr auto ALL_HANDLES = static_cast<SYSTEM_INFORMATION_CLASS>(16);
     constexpr LONG LENGTH_MISMATCH = static_cast<LONG>(0xC0000004);
     std::vector<BYTE> buffer(1 << 16);
     ULONG used = 0;
     LONG status = 0;
-    while ((status = NtQuerySystemInformation(SYSTEM_HANDLE_INFORMATION, buffer.data(),
+    while ((status = NtQuerySystemInformation(ALL_HANDLES, buffer.data(),
                                               static_cast<ULONG>(buffer.size()), &used)) ==
            LENGTH_MISMATCH)
     {

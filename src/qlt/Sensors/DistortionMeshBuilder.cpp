@@ -1,0 +1,208 @@
+#include <qlt/Sensors/DistortionMeshBuilder.h>
+
+#include <qlt/Sensors/DistortionFunction.h>
+
+#include "Runtime/Check.h"
+#include "Sensors/DistortionRow.h"
+
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#define QLT_SOURCE_FILE L"Sensors/DistortionMeshBuilder"
+
+namespace qlt
+{
+namespace
+{
+
+/// The grid lines of a viewport that `resolution` cells share, from -1 to 1; the last one only
+/// within rounding.
+std::vector<float> GridLines(int resolution)
+{
+    const float step = 2.0f / static_cast<float>(resolution);
+    std::vector<float> lines;
+    for (int i = 0; i <= resolution; ++i)
+    {
+        lines.push_back(static_cast<float>(i) * step - 1.0f);
+    }
+    return lines;
+}
+
+/// A count of the mesh, 0 when a resolution makes it negative or larger than an index can be.
+int Count(std::int64_t count)
+{
+    return count > 0 && count <= INT32_MAX ? static_cast<int>(count) : 0;
+}
+
+} // namespace
+
+DistortionMeshBuilder::DistortionMeshBuilder(int resX, int resY, Params::Eye eye, bool triangleList)
+    : mTriangleList(triangleList)
+    , mEye(eye)
+    , mResX(resX)
+    , mResY(resY)
+    , mNumVertices(0)
+    , mNumIndices(0)
+{
+    QLT_CHECK(mResX > 0);
+    QLT_CHECK(mResY > 0);
+}
+
+DistortionMeshBuilder::~DistortionMeshBuilder()
+{
+    QLT_CHECK((mNumVertices && mPosition && mTextureR && mTextureG && mTextureB && mIndices) ||
+              (!mNumVertices && !mPosition && !mTextureR && !mTextureG && !mTextureB && !mIndices));
+}
+
+void DistortionMeshBuilder::MeshArrayDeleter::operator()(void* array) const
+{
+    ::operator delete(array);
+}
+
+void DistortionMeshBuilder::BuildMesh()
+{
+    // A mesh that is there already is filled again in place, so that its arrays stay valid.
+    if (mNumVertices == 0)
+    {
+        Allocate();
+    }
+    if (mNumVertices != 0)
+    {
+        FillVertices();
+    }
+}
+
+/// Sets the counts and makes the arrays, with the indices, which no table changes. Nothing for a
+/// mesh without vertices.
+void DistortionMeshBuilder::Allocate()
+{
+    const std::int64_t x = mResX;
+    const std::int64_t y = mResY;
+    const int vertices = Count((x + 1) * (y + 1));
+    const int indices = Count(mTriangleList ? 6 * x * y : 2 * y * (x + 2) - 2);
+    if (vertices == 0)
+    {
+        return;
+    }
+    // All or none, as the destructor asserts.
+    MeshArray<Vec3> position = MakeArray<Vec3>(vertices);
+    MeshArray<Vec2> textureR = MakeArray<Vec2>(vertices);
+    MeshArray<Vec2> textureG = MakeArray<Vec2>(vertices);
+    MeshArray<Vec2> textureB = MakeArray<Vec2>(vertices);
+    mIndices = MakeArray<int>(indices);
+    mPosition = std::move(position);
+    mTextureR = std::move(textureR);
+    mTextureG = std::move(textureG);
+    mTextureB = std::move(textureB);
+    mNumVertices = vertices;
+    mNumIndices = indices;
+    if (mResX > 0 && mResY > 0)
+    {
+        mTriangleList ? FillTriangleList() : FillTriangleStrip();
+    }
+}
+
+/// Every element of a proper mesh is written before it is read, and zeroing large arrays first
+/// would make a first build half as long again; only what a non-positive resolution leaves out is
+/// zeroed.
+template <typename Element>
+DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int count) const
+{
+    const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(Element);
+    void* array = ::operator new(bytes);
+    if (mResX <= 0 || mResY <= 0)
+    {
+        std::memset(array, 0, bytes);
+    }
+    return MeshArray<Element>(static_cast<Element*>(array));
+}
+
+void DistortionMeshBuilder::FillVertices()
+{
+    DistortionFunction function;
+    function.Initialize();
+    const std::vector<float> xs = GridLines(mResX);
+    const std::vector<float> ys = GridLines(mResY);
+    DistortionRow row(function, mEye, xs);
+    const auto fill = [&](std::size_t j)
+    {
+        row.MoveTo(ys[j]);
+        const std::size_t v = j * xs.size();
+        row.GetPosition(xs, ys[j], &mPosition[v]);
+        row.GetTextures(&mTextureR[v], &mTextureG[v], &mTextureB[v]);
+    };
+    // From the outside inwards, because the two rows that face each other are quicker together.
+    for (std::size_t low = 0, end = ys.size(); low < end; ++low)
+    {
+        fill(low);
+        if (low < --end)
+        {
+            fill(end);
+        }
+    }
+}
+
+//  v+W --- v+W+1      two triangles, v v+W v+1 and v+W v+1 v+W+1
+//   |  \\     |
+//   v --- v+1
+void DistortionMeshBuilder::FillTriangleList()
+{
+    const int width = mResX + 1;
+    int* index = mIndices.get();
+    for (int v = 0; v < mResX; ++v)
+    {
+        for (const int corner : {v, v + width, v + 1, v + width, v + 1, v + width + 1})
+        {
+            *index++ = corner;
+        }
+    }
+    // Every row is the one below it, a row further.
+    const int* const end = mIndices.get() + mNumIndices;
+    for (const int* below = mIndices.get(); index != end; ++below, ++index)
+    {
+        *index = *below + width;
+    }
+}
+
+// Each pair of rows from left to right, bottom, top, bottom, top; the last index of a pair and the
+// first of the next are repeated, which joins them by triangles without area.
+void DistortionMeshBuilder::FillTriangleStrip()
+{
+    const int width = mResX + 1;
+    int* index = mIndices.get();
+    for (int j = 0; j < mResY; ++j)
+    {
+        const int first = width * j;
+        if (j > 0)
+        {
+            *index++ = first;
+        }
+        for (int v = first; v < first + width; ++v)
+        {
+            *index++ = v;
+            *index++ = v + width;
+        }
+        if (j < mResY - 1)
+        {
+            *index++ = first + mResX + width;
+        }
+    }
+}
+
+int DistortionMeshBuilder::GetNumVertices() const { return mNumVertices; }
+
+int DistortionMeshBuilder::GetNumIndices() const { return mNumIndices; }
+
+const Vec3* DistortionMeshBuilder::GetPosition() const { return mPosition.get(); }
+
+const Vec2* DistortionMeshBuilder::GetTextureR() const { return mTextureR.get(); }
+
+const Vec2* DistortionMeshBuilder::GetTextureG() const { return mTextureG.get(); }
+
+const Vec2* DistortionMeshBuilder::GetTextureB() const { return mTextureB.get(); }
+
+const int* DistortionMeshBuilder::GetIndices() const { return mIndices.get(); }
+
+} // namespace qlt

@@ -1,0 +1,167 @@
+// The spline, and the band solver under it.
+#include "Sensors/CubicSpline.h"
+
+#include "Sensors/BandMatrix.h"
+
+#include "fakes/AssertionRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace
+{
+
+using qlt::BandMatrix;
+using qlt::CubicSpline;
+using Doubles = std::vector<double>;
+using Reports = std::vector<std::string>;
+
+CubicSpline Through(const Doubles& x, const Doubles& y, bool cubic = true)
+{
+    CubicSpline spline;
+    spline.SetPoints(x, y, cubic);
+    return spline;
+}
+
+} // namespace
+
+TEST(BandMatrixTest, SolvesWhatItStandsFor)
+{
+    std::mt19937 random(3);
+    const auto uniform = [&random] { return static_cast<double>(random()) / 4294967296.0 - 0.5; };
+    const struct
+    {
+        int dim;
+        int upper;
+        int lower;
+    } rows[] = {{1, 0, 0}, {2, 1, 1}, {20, 1, 1}, {9, 3, 1}, {9, 1, 3}, {5, 4, 4}};
+    for (const auto& row : rows)
+    {
+        BandMatrix a(row.dim, row.upper, row.lower);
+        Doubles x;
+        Doubles b(static_cast<std::size_t>(row.dim), 0.0);
+        for (int i = 0; i < row.dim; ++i)
+        {
+            x.push_back(uniform());
+        }
+        for (int i = 0; i < row.dim; ++i)
+        {
+            const int first = std::max(0, i - row.lower);
+            for (int j = first; j <= std::min(row.dim - 1, i + row.upper); ++j)
+            {
+                a(i, j) = i == j ? 5.0 + uniform() : uniform(); // needs no pivoting
+                b[static_cast<std::size_t>(i)] += a(i, j) * x[static_cast<std::size_t>(j)];
+            }
+        }
+        const double diagonal = a(0, 0);
+        for (const bool isDecomposed : {false, true})
+        {
+            const Doubles solved = a.Solve(b, isDecomposed);
+            for (std::size_t i = 0; i < x.size(); ++i)
+            {
+                EXPECT_NEAR(solved[i], x[i], 1e-14);
+            }
+        }
+        EXPECT_EQ(a.SavedDiagonal(0), 1.0 / diagonal);
+        EXPECT_EQ(a(0, 0), 1.0);
+    }
+}
+
+TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
+{
+    AssertionRecorder assertions;
+    BandMatrix a(0, -1, -1);
+    EXPECT_EQ(assertions.TakeTexts(), (Reports{"dim>0|Sensors/Params", "n_u >= 0|Sensors/Params",
+                                               "n_l >= 0|Sensors/Params"}));
+    a.resize(3, 1, 1);
+    EXPECT_EQ(a.dim(), 3);
+    EXPECT_EQ(a.num_upper(), 1);
+    EXPECT_EQ(a.num_lower(), 1);
+    const std::string inside = "(i >= 0) && (i<dim()) && (j >= 0) && (j<dim())|Sensors/Params";
+    const std::string inBand = "(-num_lower() <= k) && (k <= num_upper())|Sensors/Params";
+    a(0, 3) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), (Reports{inside, inBand}));
+    a(-1, -1) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), Reports{inside});
+    a(2, 0) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), Reports{inBand});
+    a.SavedDiagonal(3) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), Reports{"(i >= 0) && (i<dim())|Sensors/Params"});
+    a.Solve({1.0}, true);
+    const std::string dimension = "this->dim() == (int)b.size()|Sensors/Params";
+    const Reports reports = assertions.TakeTexts();
+    EXPECT_EQ(std::count(reports.begin(), reports.end(), dimension), 3); // Solve and both its steps
+    BandMatrix zero(2, 0, 0);
+    zero.Decompose();
+    EXPECT_EQ(assertions.TakeTexts(), Reports(2, "this->operator()(i, i) != 0.0|Sensors/Params"));
+}
+
+TEST(CubicSplineTest, BendsAsASmallSystemSolvedByHand)
+{
+    const CubicSpline spline = Through({0, 1, 2}, {0, 1, 0});
+    EXPECT_DOUBLE_EQ(spline(0.5), 0.6875);
+    EXPECT_DOUBLE_EQ(spline(1.5), 0.6875);
+    EXPECT_EQ(spline(0.0), 0.0);
+    EXPECT_DOUBLE_EQ(spline(1.0), 1.0);
+    EXPECT_NEAR(spline(2.0), 0.0, 1e-15);
+    // The slopes at both ends are 1.5 and -1.5, and go on.
+    EXPECT_DOUBLE_EQ(spline(-2.0), -3.0);
+    EXPECT_DOUBLE_EQ(spline(4.0), -3.0);
+}
+
+TEST(CubicSplineTest, IsSmoothAtItsKnotsAndStraightAtItsEnds)
+{
+    const Doubles x = {0.0, 0.4, 1.0, 1.3, 2.5};
+    const CubicSpline spline = Through(x, {1.0, -0.5, 0.25, 2.0, 1.5});
+    const double h = 1e-4;
+    for (const double knot : {0.4, 1.0, 1.3})
+    {
+        const double before = (spline(knot) - spline(knot - h)) / h;
+        const double after = (spline(knot + h) - spline(knot)) / h;
+        EXPECT_NEAR(before, after, 1e-2);
+        const double curveBefore =
+            (spline(knot - 2 * h) - 2 * spline(knot - h) + spline(knot)) / (h * h);
+        const double curveAfter =
+            (spline(knot + 2 * h) - 2 * spline(knot + h) + spline(knot)) / (h * h);
+        EXPECT_NEAR(curveBefore, curveAfter, 2e-1);
+    }
+    for (const double end : {0.0, 2.5})
+    {
+        const double curve = (spline(end - h) - 2 * spline(end) + spline(end + h)) / (h * h);
+        EXPECT_NEAR(curve, 0.0, 2e-2);
+    }
+}
+
+TEST(CubicSplineTest, ALineStaysALine)
+{
+    for (const bool cubic : {true, false})
+    {
+        const CubicSpline line = Through({-1, 0, 2, 3}, {-2, 0, 4, 6}, cubic);
+        for (const double x : {-10.0, -1.0, -0.5, 0.0, 1.0, 2.75, 3.0, 50.0})
+        {
+            EXPECT_NEAR(line(x), 2 * x, 1e-13);
+        }
+    }
+    const CubicSpline corner = Through({0, 1, 2}, {0, 1, 0}, false);
+    EXPECT_DOUBLE_EQ(corner(0.75), 0.75);
+    EXPECT_DOUBLE_EQ(corner(1.75), 0.25);
+}
+
+TEST(CubicSplineTest, BrokenPreconditionsAreReportedAndSurvived)
+{
+    AssertionRecorder assertions;
+    const std::string order = "m_x[i]<m_x[i + 1]|Sensors/Params";
+    Through({0, 1, 1, 2}, {0, 1, 2, 3});
+    EXPECT_EQ(assertions.TakeTexts()[0], order);
+    Through({0, 1}, {0, 1, 2})(0.5);
+    EXPECT_EQ(assertions.TakeTexts(), Reports{"x.size() == y.size()|Sensors/Params"});
+    for (const Doubles& few : {Doubles{}, Doubles{1.0}})
+    {
+        const CubicSpline spline = Through(few, few);
+        EXPECT_FALSE(assertions.Take().empty());
+        spline(0.5);
+    }
+    CubicSpline()(0.5);
+}

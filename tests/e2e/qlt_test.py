@@ -21,6 +21,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 ARGUMENTS = None
 IDENTITY = (0, 16384, 0, 0)  # z, w, x, y
@@ -81,7 +82,8 @@ class QltTest(unittest.TestCase):
 
     def test_an_unknown_option_is_not_understood(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
-                          ["monitor", "--seconds", "-1"]):
+                          ["monitor", "--seconds", "-1"], ["optics"], ["mesh", "--eye", "top"],
+                          ["mesh", "--resolution", "0x5"], ["mesh", "--resolution", "5x5x"]):
             with self.subTest(arguments):
                 self.assertNotEqual(self.qlt(*arguments, code=2).stderr, "")
 
@@ -125,7 +127,9 @@ class QltTest(unittest.TestCase):
         path = self.recording("a.bin")
         nowhere = self.path("no/such/folder")
         for arguments in (["replay", path, "--csv", nowhere], ["synthesize", nowhere],
-                          ["monitor", "--seconds", "0.1", "--csv", nowhere]):
+                          ["monitor", "--seconds", "0.1", "--csv", nowhere],
+                          ["mesh", "--svg", nowhere], ["mesh", "--obj", nowhere],
+                          ["mesh", "--csv", nowhere], ["optics", "--svg", nowhere]):
             with self.subTest(arguments[0]):
                 self.assertIn("cannot write", self.qlt(*arguments, code=1).stderr)
 
@@ -207,6 +211,34 @@ class QltTest(unittest.TestCase):
         self.assertIn("  no objects", done.stdout)
         self.assertEqual(done.stderr, "Assertion failed: mClientThread != nullptr, "
                                       "file Sensors/Tracker, line 226\n")
+
+    def test_mesh_writes_what_other_programs_read(self):
+        faces = {}
+        for mode, options in (("list", []), ("strip", ["--strip"])):
+            done = self.qlt("mesh", "--eye", "right", "--resolution", "7x5", *options, "--obj",
+                            self.path("m.obj"), "--csv", self.path("m.csv"))
+            self.assertIn(f"right eye, 7 x 5 cells: 48 vertices, {210 if mode == 'list' else 88} "
+                          f"indices of a {mode}, 70 triangles\n", done.stdout)
+            lines = pathlib.Path(self.path("m.obj")).read_text().splitlines()
+            self.assertEqual(sum(line.startswith("v ") for line in lines), 48)
+            self.assertEqual(sum(line.startswith("vt ") for line in lines), 48)
+            faces[mode] = {tuple(sorted(line.split()[1:])) for line in lines if line[0] == "f"}
+        self.assertEqual(faces["list"], faces["strip"])
+        rows = [line.split(",") for line in pathlib.Path(self.path("m.csv")).read_text().splitlines()]
+        self.assertEqual(rows[0], "vertex,x,y,depth,red_u,red_v,green_u,green_v,blue_u,blue_v".split(","))
+        self.assertEqual(len(rows), 49)
+        self.assertEqual(rows[1], "0,-1,-1,-1.10000002,0,0,0,0,0,0".split(","))
+        # Around the middle the blue picture is larger than the red one.
+        self.assertLess(float(rows[1 + 8 * 2 + 3][8]), float(rows[1 + 8 * 2 + 3][4]))
+
+    def test_the_pictures_in_the_documents_are_what_the_command_draws(self):
+        documents = pathlib.Path(__file__).resolve().parents[2] / "docs"
+        for name, command in (("lens-mesh.svg", ["mesh"]), ("lens-optics.svg", ["optics"])):
+            with self.subTest(name):
+                self.qlt(*command, "--svg", self.path(name))
+                drawn = pathlib.Path(self.path(name)).read_bytes()
+                self.assertEqual(drawn, (documents / name).read_bytes())
+                xml.etree.ElementTree.fromstring(drawn)
 
     def test_real_recordings_meet_their_truth(self):
         folder = pathlib.Path(ARGUMENTS.recordings)

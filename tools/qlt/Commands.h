@@ -38,3 +38,19 @@ struct SynthesizeOptions
 };
 
 int RunSynthesize(const SynthesizeOptions& options);
+
+struct MeshOptions
+{
+    bool rightEye = false;
+    int resX = 32; // cells
+    int resY = 36;
+    bool strip = false;
+    std::string svg; // empty: none, and so for the others
+    std::string obj;
+    std::string csv;
+};
+
+int RunMesh(const MeshOptions& options);
+
+/// Draws the measured lens into an SVG file.
+int RunOptics(const std::string& svg);

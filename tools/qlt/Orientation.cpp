@@ -1,9 +1,9 @@
 #include "Orientation.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <stdexcept>
 
 namespace
@@ -32,15 +32,6 @@ double Angle(const Direction& a, const Direction& b)
     return std::atan2(sine, a.x * b.x + a.y * b.y + a.z * b.z);
 }
 
-/// std::to_string has six digits and %g of the C library no string.
-template <typename... Values>
-std::string Format(const char* format, Values... values)
-{
-    std::array<char, 256> text{};
-    std::snprintf(text.data(), text.size(), format, values...);
-    return text.data();
-}
-
 } // namespace
 
 std::string FormatAngles(const qlt::Quaternion& q)
@@ -52,54 +43,31 @@ std::string FormatAngles(const qlt::Quaternion& q)
     const double yaw = std::atan2(2.0 * (x * z + y * w), 1.0 - 2.0 * (x * x + y * y));
     const double pitch = std::asin(std::clamp(2.0 * (x * w - y * z), -1.0, 1.0));
     const double roll = std::atan2(2.0 * (x * y + z * w), 1.0 - 2.0 * (x * x + z * z));
-    return Format("yaw %.1f pitch %.1f roll %.1f deg", yaw * DEG_PER_RAD, pitch * DEG_PER_RAD,
-                  roll * DEG_PER_RAD);
+    return OutputFile::Format("yaw %.1f pitch %.1f roll %.1f deg", yaw * DEG_PER_RAD,
+                              pitch * DEG_PER_RAD, roll * DEG_PER_RAD);
 }
 
 std::string FormatOrientation(const qlt::Quaternion& q)
 {
-    return Format("w %.6f x %.6f y %.6f z %.6f  ", static_cast<double>(q.w()),
-                  static_cast<double>(q.x()), static_cast<double>(q.y()),
-                  static_cast<double>(q.z())) +
+    return OutputFile::Format("w %.6f x %.6f y %.6f z %.6f  ", static_cast<double>(q.w()),
+                              static_cast<double>(q.x()), static_cast<double>(q.y()),
+                              static_cast<double>(q.z())) +
            FormatAngles(q);
 }
 
 OrientationCsv::OrientationCsv(const std::string& path)
-    : mPath(path)
+    : mFile(path)
 {
-    if (mPath.empty())
-    {
-        return;
-    }
-    mFile.open(mPath, std::ios::binary); // the same line ends on every system
-    if (!mFile)
-    {
-        throw std::runtime_error("cannot write " + mPath);
-    }
-    mFile << "report,time_us,qw,qx,qy,qz\n";
+    mFile.Print("report,time_us,qw,qx,qy,qz\n");
 }
 
 void OrientationCsv::Write(std::size_t report, long long timeUs, const qlt::Quaternion& q)
 {
-    if (mFile.is_open())
-    {
-        mFile << Format("%zu,%lld,%.9g,%.9g,%.9g,%.9g\n", report, timeUs,
-                        static_cast<double>(q.w()), static_cast<double>(q.x()),
-                        static_cast<double>(q.y()), static_cast<double>(q.z()));
-    }
+    mFile.Print("%zu,%lld,%.9g,%.9g,%.9g,%.9g\n", report, timeUs, static_cast<double>(q.w()),
+                static_cast<double>(q.x()), static_cast<double>(q.y()), static_cast<double>(q.z()));
 }
 
-void OrientationCsv::Close()
-{
-    if (mFile.is_open())
-    {
-        mFile.close();
-        if (!mFile)
-        {
-            throw std::runtime_error("cannot write all of " + mPath);
-        }
-    }
-}
+void OrientationCsv::Close() { mFile.Close(); }
 
 std::vector<TruthRow> LoadTruth(const std::string& path)
 {

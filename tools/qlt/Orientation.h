@@ -3,8 +3,9 @@
 
 #include <qlt/Math/Quaternion.h>
 
+#include "OutputFile.h"
+
 #include <cstddef>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,7 @@ public:
     void Close();
 
 private:
-    std::string mPath;
-    std::ofstream mFile;
+    OutputFile mFile;
 };
 
 /// One row of a truth file: the measured orientation after a report.

@@ -4,11 +4,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <exception>
 #include <iostream>
 
 namespace
 {
+
+constexpr int MAX_RESOLUTION = 4096;
 
 void AddMonitor(CLI::App& app, MonitorOptions& options)
 {
@@ -50,6 +53,41 @@ void AddSynthesize(CLI::App& app, SynthesizeOptions& options)
     command->add_flag("--ideal", options.ideal, "Sensors without bias and noise");
 }
 
+/// "WxH" in cells, as a validator that also stores it.
+std::string ParseResolution(const std::string& text, MeshOptions& options)
+{
+    char rest = 0;
+    int x = 0;
+    int y = 0;
+    const bool isPair = std::sscanf(text.c_str(), "%dx%d%c", &x, &y, &rest) == 2;
+    if (!isPair || x < 1 || y < 1 || x > MAX_RESOLUTION || y > MAX_RESOLUTION)
+    {
+        return "must be WxH, each from 1 to " + std::to_string(MAX_RESOLUTION);
+    }
+    options.resX = x;
+    options.resY = y;
+    return {};
+}
+
+void AddMesh(CLI::App& app, MeshOptions& options)
+{
+    CLI::App* command =
+        app.add_subcommand("mesh", "Build the lens mesh of one eye, and draw or write it");
+    command
+        ->add_option_function<std::string>(
+            "--eye", [&options](const std::string& eye) { options.rightEye = eye == "right"; },
+            "left or right")
+        ->check(CLI::IsMember({"left", "right"}))
+        ->default_str("left");
+    command->add_option("--resolution", "Cells across and down, as WxH")
+        ->default_str("32x36")
+        ->check([&options](const std::string& text) { return ParseResolution(text, options); });
+    command->add_flag("--strip", options.strip, "One triangle strip instead of a list");
+    command->add_option("--svg", options.svg, "Draw it: a grid as the panel shows it to the lens");
+    command->add_option("--obj", options.obj, "Write it for other programs");
+    command->add_option("--csv", options.csv, "Write its vertices as numbers");
+}
+
 int Run(int argc, char** argv)
 {
     CLI::App app("The command of the QueltaSDK.", "qlt");
@@ -59,10 +97,16 @@ int Run(int argc, char** argv)
     MonitorOptions monitor;
     ReplayOptions replay;
     SynthesizeOptions synthesize;
+    MeshOptions mesh;
+    std::string opticsSvg;
     app.add_subcommand("info", "Show the version, the device's constants and what is connected");
     AddMonitor(app, monitor);
     AddReplay(app, replay);
     AddSynthesize(app, synthesize);
+    AddMesh(app, mesh);
+    app.add_subcommand("optics", "Draw the measured lens")
+        ->add_option("--svg", opticsSvg, "The file to draw")
+        ->required();
     try
     {
         app.parse(argc, argv);
@@ -79,7 +123,15 @@ int Run(int argc, char** argv)
     {
         return RunReplay(replay);
     }
-    return app.got_subcommand("synthesize") ? RunSynthesize(synthesize) : RunInfo();
+    if (app.got_subcommand("synthesize"))
+    {
+        return RunSynthesize(synthesize);
+    }
+    if (app.got_subcommand("mesh"))
+    {
+        return RunMesh(mesh);
+    }
+    return app.got_subcommand("optics") ? RunOptics(opticsSvg) : RunInfo();
 }
 
 } // namespace

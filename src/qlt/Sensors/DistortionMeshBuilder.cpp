@@ -5,6 +5,7 @@
 #include "Runtime/Check.h"
 #include "Sensors/DistortionRow.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -81,11 +82,11 @@ void DistortionMeshBuilder::Allocate()
     const std::int64_t x = mResX;
     const std::int64_t y = mResY;
     const int vertices = Count((x + 1) * (y + 1));
-    const int indices = Count(mTriangleList ? 6 * x * y : 2 * y * (x + 2) - 2);
     if (vertices == 0)
     {
         return;
     }
+    const int indices = Count(mTriangleList ? 6 * x * y : 2 * y * (x + 2) - 2);
     // All or none, as the destructor asserts.
     MeshArray<Vec3> position = MakeArray<Vec3>(vertices);
     MeshArray<Vec2> textureR = MakeArray<Vec2>(vertices);
@@ -159,10 +160,10 @@ void DistortionMeshBuilder::FillTriangleList()
         }
     }
     // Every row is the one below it, a row further.
-    const int* const end = mIndices.get() + mNumIndices;
-    for (const int* below = mIndices.get(); index != end; ++below, ++index)
+    const std::ptrdiff_t row = index - mIndices.get();
+    for (int j = 1; j < mResY; ++j, index += row)
     {
-        *index = *below + width;
+        std::transform(index - row, index, index, [width](int below) { return below + width; });
     }
 }
 

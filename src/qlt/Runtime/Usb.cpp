@@ -1,3 +1,4 @@
+// What the USB interfaces do where an implementation has nothing better.
 #include <qlt/Runtime/Usb.h>
 
 namespace qlt
@@ -5,25 +6,49 @@ namespace qlt
 namespace
 {
 
-/// A machine without a USB driver for the headset.
-class EmptyUsbHost final : public UsbHost
+/// A transfer that could not start.
+class FailedTransfer final : public UsbTransfer
 {
 public:
-    std::unique_ptr<VendorUsbDevice> OpenFirst() override { return nullptr; }
+    bool Wait(std::uint32_t) override { return false; }
+
+    bool Finish(std::uint32_t& length) override
+    {
+        length = 0;
+        return false;
+    }
 };
 
 } // namespace
 
+UsbTransfer::~UsbTransfer() = default;
+
 UsbEndPoint::~UsbEndPoint() = default;
+
+std::uint8_t UsbEndPoint::Address() const { return 0; }
+
+void UsbEndPoint::SetTransferSize(std::uint32_t) {}
+
+std::unique_ptr<UsbTransfer> UsbEndPoint::BeginTransfer(std::uint8_t*, std::uint32_t, void*)
+{
+    return std::make_unique<FailedTransfer>();
+}
+
+void UsbEndPoint::AbortTransfers() {}
 
 VendorUsbDevice::~VendorUsbDevice() = default;
 
 UsbHost::~UsbHost() = default;
 
-UsbHost& UsbHost::System()
+std::uint32_t UsbHost::CountDevices() { return 1; }
+
+std::unique_ptr<VendorUsbDevice> UsbHost::Open(std::uint32_t index)
 {
-    static EmptyUsbHost host;
-    return host;
+    return index == 0 ? OpenFirst() : nullptr;
 }
+
+std::string UsbHost::Name() const { return {}; }
+
+std::string UsbHost::Problem() const { return {}; }
 
 } // namespace qlt

@@ -20,10 +20,10 @@ ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
 # The trees with C++ in them, and the third parties that each may include.
 TREES = {
     "include": (),
-    "src": (),
-    "tools": ("CLI/", "nlohmann/"),
+    "src": ("GL/glew.h",),
+    "tools": ("CLI/", "nlohmann/", "stb/"),
     "bench": ("benchmark/",),
-    "tests": ("gtest/",),
+    "tests": ("gtest/", "GL/glew.h"),
 }
 
 # Where an #include "..." is looked for, after the folder of the including file.

@@ -1,6 +1,7 @@
 #!/bin/bash
-# setup.sh [GROUP...]: installs the Debian packages that are missing; asks for nothing, changes
-# nothing else, and is silent when all are there. Needs root or sudo.
+# setup.sh [GROUP...]: installs the Debian packages that are missing, and for windows fetches GLEW's
+# sources into build/; asks for nothing, changes nothing else, and is silent when all are there.
+# Needs root or sudo.
 #
 # Groups: demo (build the library and the command), linux (build and test), windows (cross-build,
 # run under Wine), house (format and clang-tidy). Without one: all of them.
@@ -8,7 +9,7 @@ set -euo pipefail
 
 packages_of()
 {
-    local demo="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
+    local demo="g++ cmake ninja-build libglew-dev libegl-dev libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
     local linux="$demo python3 pkgconf googletest libbenchmark-dev"
     case $1 in
     demo) echo "$demo" ;;
@@ -40,16 +41,22 @@ for group in "$@"; do
         [[ " ${missing[*]} " == *" $package "* ]] || is_installed "$package" || missing+=("$package")
     done
 done
-[[ ${#missing[@]} -gt 0 ]] || exit 0
+install_missing()
+{
+    local as_root=() apt log
+    if [[ $EUID -ne 0 ]]; then
+        command -v sudo >/dev/null || fail "run as root, or install sudo; missing: ${missing[*]}"
+        as_root=(sudo)
+    fi
+    apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0)
+    log=$(mktemp)
+    trap 'rm -f "$log"' RETURN
+    { "${apt[@]}" update && "${apt[@]}" install -y --no-install-recommends "${missing[@]}"; } \
+        >"$log" 2>&1 </dev/null || { tail -n 20 "$log" >&2; fail "apt-get failed"; }
+}
 
-as_root=()
-if [[ $EUID -ne 0 ]]; then
-    command -v sudo >/dev/null || fail "run as root, or install sudo; missing: ${missing[*]}"
-    as_root=(sudo)
+if [[ ${#missing[@]} -gt 0 ]]; then
+    echo "setup.sh: installing with apt-get what '$*' needs: ${missing[*]}"
+    install_missing
 fi
-echo "setup.sh: installing with apt-get what '$*' needs: ${missing[*]}"
-apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0)
-log=$(mktemp)
-trap 'rm -f "$log"' EXIT
-{ "${apt[@]}" update && "${apt[@]}" install -y --no-install-recommends "${missing[@]}"; } \
-    >"$log" 2>&1 </dev/null || { tail -n 20 "$log" >&2; fail "apt-get failed"; }
+[[ " $* " != *" windows "* ]] || "$(dirname "$0")/fetch_glew.sh"

@@ -10,6 +10,7 @@
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Runtime/VRException.h>
 #include <qlt/Runtime/VRStatus.h>
+#include <qlt/Sensors/Camera.h>
 #include <qlt/Sensors/DistortionFunction.h>
 #include <qlt/Sensors/DistortionMeshBuilder.h>
 #include <qlt/Sensors/Hmd.h>

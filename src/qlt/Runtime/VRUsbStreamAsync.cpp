@@ -1,0 +1,223 @@
+#include "Runtime/VRUsbStreamAsync.h"
+
+#include "Runtime/FrameHeader.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <iostream>
+
+namespace
+{
+
+constexpr std::uint32_t STOP_WAIT_MS = 10; // also what paces the stream
+constexpr std::uint32_t TRANSFER_WAIT_MS = 1000;
+constexpr std::uint32_t PACKET_SIZE = 512;
+constexpr std::uint32_t STATISTICS_PASSES = 60;
+
+std::vector<std::uint32_t> MakeBuffer(std::uint32_t bytes)
+{
+    return std::vector<std::uint32_t>((bytes + 3) / 4);
+}
+
+/// deliberate: counted in unsigned milliseconds since the hour began, so that it jumps when the
+/// hour changes; the rate starts anew with it.
+struct Statistics
+{
+    std::uint32_t startMs;
+    std::uint32_t count = 0;
+    std::uint32_t bytes = 0; // wraps
+
+    void Add(std::uint32_t received, std::uint32_t nowMs)
+    {
+        const std::uint32_t elapsedMs = nowMs - startMs;
+        ++count;
+        bytes += received;
+        const float rate =
+            static_cast<float>(bytes) / static_cast<float>(elapsedMs) * 1000.0f / 1000000.0f;
+        if (count % STATISTICS_PASSES == 0)
+        {
+            std::cout << "Time: " << elapsedMs << ", Count: " << count << ", Bytes: " << bytes
+                      << ", Mb/s: " << rate << std::endl;
+        }
+    }
+};
+
+} // namespace
+
+std::uint32_t VRUsbStreamAsync::SystemHourClock()
+{
+    using namespace std::chrono;
+    return static_cast<std::uint32_t>((system_clock::now().time_since_epoch() % hours(1)) /
+                                      milliseconds(1));
+}
+
+VRUsbStreamAsync::VRUsbStreamAsync(std::uint16_t vendorId, std::uint16_t productId,
+                                   std::uint8_t endPointAddress, std::uint32_t frameSize,
+                                   qlt::UsbHost& host, HourClock clock)
+    : mVendorId(vendorId)
+    , mProductId(productId)
+    , mEndPointAddress(endPointAddress)
+    , mFrameSize(frameSize)
+    , mHost(host)
+    , mClock(clock)
+{
+}
+
+VRUsbStreamAsync::~VRUsbStreamAsync() { Stop(true); }
+
+void VRUsbStreamAsync::SetTrashEnabled(bool enabled) { mTrashEnabled = enabled; }
+
+VREvent VRUsbStreamAsync::CreateFrameConsumerEvent(const std::wstring& name)
+{
+    mFrameConsumerEvent.Create(name, false);
+    return mFrameConsumerEvent;
+}
+
+const std::uint8_t* VRUsbStreamAsync::GetCurrentFrame() const { return mCurrentFrame; }
+
+/// Throws without a text, because it ends the process anyway.
+void VRUsbStreamAsync::Open()
+{
+    mDevice = mHost.OpenFirst();
+    const std::uint32_t count = mHost.CountDevices();
+    bool found = false;
+    // deliberate: the vendor is compared once, with the first device.
+    if (count != 0 && mDevice != nullptr && mDevice->VendorId() == mVendorId)
+    {
+        for (std::uint32_t i = 0; i <= count && !found; ++i)
+        {
+            mDevice.reset(); // closed before the next one is opened
+            mDevice = mHost.Open(i);
+            found = mDevice != nullptr && mDevice->ProductId() == mProductId;
+        }
+    }
+    for (std::uint8_t i = 1; found && i < mDevice->EndPointCount() && mEndPoint == nullptr; ++i)
+    {
+        qlt::UsbEndPoint& endPoint = mDevice->EndPoint(i);
+        mEndPoint = endPoint.Address() == mEndPointAddress ? &endPoint : nullptr;
+    }
+    if (mEndPoint == nullptr)
+    {
+        throw std::exception();
+    }
+}
+
+void VRUsbStreamAsync::Begin(Transfer& transfer, std::uint32_t length)
+{
+    transfer.usb = mEndPoint->BeginTransfer(transfer.Bytes(), length, transfer.event);
+}
+
+/// Reads whole frames, and drops what comes before a header, until a frame begins with one or has
+/// none.
+void VRUsbStreamAsync::Trash()
+{
+    Transfer transfer;
+    // Room for a header whose signature is the last word.
+    transfer.words = MakeBuffer(mFrameSize + qlt::FRAME_HEADER_SIZE);
+    transfer.event = qlt::CreateNativeEvent(L"", false); // deliberate: stays open, see Drain
+    bool validates = true;
+    for (std::uint32_t length = mFrameSize; length != 0; validates = !validates)
+    {
+        std::cout << (validates ? "validating " : "trashing ") << length << std::endl;
+        if (length % PACKET_SIZE != 0)
+        {
+            std::cout << "warning trash len not a multiple of 512" << std::endl;
+        }
+        mEndPoint->SetTransferSize(length);
+        Begin(transfer, length);
+        if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
+        {
+            std::cerr << "error wait timeout trash_buffer" << std::endl;
+            mEndPoint->AbortTransfers();
+        }
+        std::uint32_t received = length;
+        if (!transfer.usb->Finish(received))
+        {
+            std::cerr << "error while async transfer trash_buffer" << std::endl;
+        }
+        else if (received != length)
+        {
+            std::cerr << "error incomplete trash_buffer transfer of size " << received
+                      << " expected " << length << std::endl;
+        }
+        length = validates ? qlt::FindHeader(transfer.words.data(), length) : mFrameSize;
+    }
+}
+
+void VRUsbStreamAsync::Run()
+{
+    Open();
+    if (mTrashEnabled)
+    {
+        Trash();
+    }
+    for (Transfer& transfer : mTransfers)
+    {
+        transfer.words = MakeBuffer(mFrameSize);
+        transfer.event = qlt::CreateNativeEvent(L"", false);
+        Begin(transfer, mFrameSize);
+        mPending.push_back(&transfer);
+    }
+    mStartedEvent.Set();
+    mEndPoint->SetTransferSize(mFrameSize);
+    Statistics statistics{mClock()};
+    while (qlt::WaitNativeEvent(mStopEvent.Handle(), STOP_WAIT_MS) != qlt::WAIT_SIGNALLED)
+    {
+        Transfer& transfer = *mPending.front();
+        mPending.pop_front();
+        const std::uint32_t received = Receive(transfer);
+        statistics.Add(received, mClock());
+        Begin(transfer, mFrameSize);
+        mPending.push_back(&transfer);
+    }
+    Drain();
+}
+
+/// Waits for one frame and delivers it; how many bytes came.
+std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
+{
+    // deliberate: before the wait, although the device may have begun to write.
+    std::fill(transfer.words.begin(), transfer.words.end(), 0U);
+    if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
+    {
+        std::cerr << "error wait timeout" << std::endl;
+        mEndPoint->AbortTransfers();
+    }
+    std::uint32_t received = mFrameSize;
+    if (!transfer.usb->Finish(received))
+    {
+        std::cerr << "error while async transfer" << std::endl;
+    }
+    else if (received == mFrameSize)
+    {
+        mCurrentFrame = transfer.Bytes();
+        mFrameConsumerEvent.Set();
+    }
+    else
+    {
+        std::cerr << "error incomplete transfer of size " << received << " expected " << mFrameSize
+                  << std::endl;
+    }
+    return received;
+}
+
+/// deliberate: the events of the reads stay open for the life of the process, as they always have;
+/// a camera is made once.
+void VRUsbStreamAsync::Drain()
+{
+    mCurrentFrame = nullptr;
+    mPending.clear();
+    for (Transfer& transfer : mTransfers)
+    {
+        if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
+        {
+            mEndPoint->AbortTransfers();
+        }
+        std::uint32_t received = mFrameSize;
+        transfer.usb->Finish(received);
+        transfer = Transfer();
+    }
+    mEndPoint = nullptr;
+    mDevice.reset();
+}

@@ -16,6 +16,16 @@ endfunction()
 if(QLT_BUILD_TOOLS)
   qlt_header_only(cli11 CLI/CLI.hpp)
   qlt_header_only(nlohmann_json nlohmann/json.hpp)
+  qlt_header_only(stb stb/stb_image_write.h)
+endif()
+
+# What an OpenGL context without a window needs.
+add_library(qlt_gl_context INTERFACE)
+if(WIN32)
+  target_link_libraries(qlt_gl_context INTERFACE qlt_glew gdi32)
+else()
+  find_package(OpenGL REQUIRED COMPONENTS EGL)
+  target_link_libraries(qlt_gl_context INTERFACE qlt_glew OpenGL::EGL)
 endif()
 
 if(QLT_BUILD_TESTS)

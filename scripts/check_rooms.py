@@ -21,7 +21,7 @@ ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
-    "tools": ("CLI/", "nlohmann/", "stb/"),
+    "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h"),
     "bench": ("benchmark/",),
     "tests": ("gtest/", "GL/glew.h"),
 }

@@ -54,3 +54,21 @@ int RunMesh(const MeshOptions& options);
 
 /// Draws the measured lens into an SVG file.
 int RunOptics(const std::string& svg);
+
+struct CameraOptions
+{
+    double seconds = 5.0;
+    std::string png; // empty: none
+};
+
+/// Frame rate and statistics of the headset's camera.
+int RunCamera(const CameraOptions& options);
+
+struct RecordOptions
+{
+    std::string recording;
+    double seconds = 0.0; // 0: until interrupted
+};
+
+/// Writes the headset's reports down as they come.
+int RunRecord(const RecordOptions& options);

@@ -24,6 +24,8 @@ void OutputFile::Write(const std::string& bytes)
     }
 }
 
+bool OutputFile::Flush() { return static_cast<bool>(mFile.flush()); }
+
 void OutputFile::Close()
 {
     if (!mFile.is_open())

@@ -23,6 +23,9 @@ public:
 
     void Write(const std::string& bytes);
 
+    /// Hands what was written to the system; false when that, or something before, has failed.
+    bool Flush();
+
     /// std::runtime_error when something was not written, on a full disk for one.
     void Close();
 

@@ -88,6 +88,24 @@ void AddMesh(CLI::App& app, MeshOptions& options)
     command->add_option("--csv", options.csv, "Write its vertices as numbers");
 }
 
+void AddCamera(CLI::App& app, CameraOptions& options)
+{
+    CLI::App* command = app.add_subcommand("camera", "Show the frame rate of the headset's camera");
+    command->add_option("--seconds", options.seconds, "Stop after so many seconds")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command->add_option("--png", options.png, "Save the last frame as a picture");
+}
+
+void AddRecord(CLI::App& app, RecordOptions& options)
+{
+    CLI::App* command =
+        app.add_subcommand("record", "Write the headset's reports down as they come, for replay");
+    command->add_option("recording", options.recording, "The file to write")->required();
+    command->add_option("--seconds", options.seconds, "Stop after so many seconds")
+        ->check(CLI::PositiveNumber);
+}
+
 int Run(int argc, char** argv)
 {
     CLI::App app("The command of the QueltaSDK.", "qlt");
@@ -98,12 +116,16 @@ int Run(int argc, char** argv)
     ReplayOptions replay;
     SynthesizeOptions synthesize;
     MeshOptions mesh;
+    CameraOptions camera;
+    RecordOptions record;
     std::string opticsSvg;
     app.add_subcommand("info", "Show the version, the device's constants and what is connected");
     AddMonitor(app, monitor);
     AddReplay(app, replay);
     AddSynthesize(app, synthesize);
     AddMesh(app, mesh);
+    AddCamera(app, camera);
+    AddRecord(app, record);
     app.add_subcommand("optics", "Draw the measured lens")
         ->add_option("--svg", opticsSvg, "The file to draw")
         ->required();
@@ -126,6 +148,14 @@ int Run(int argc, char** argv)
     if (app.got_subcommand("synthesize"))
     {
         return RunSynthesize(synthesize);
+    }
+    if (app.got_subcommand("camera"))
+    {
+        return RunCamera(camera);
+    }
+    if (app.got_subcommand("record"))
+    {
+        return RunRecord(record);
     }
     if (app.got_subcommand("mesh"))
     {

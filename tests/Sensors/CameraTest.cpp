@@ -1,0 +1,168 @@
+// The camera with real OpenGL, and a scripted device.
+#include <qlt/Sensors/Camera.h>
+
+#include "GlContext.h"
+
+#include "fakes/AssertionRecorder.h"
+#include "fakes/ScriptedStream.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <new>
+#include <thread>
+
+#include <GL/glew.h>
+
+namespace
+{
+
+using qlt::Camera;
+using Bytes = ScriptedStream::Bytes;
+
+constexpr std::size_t FRAME = 0x388000;
+constexpr std::size_t IMAGE = 2560 * 1440;
+
+GLint TextureParameter(GLenum name)
+{
+    GLint value = 0;
+    glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
+    return value;
+}
+
+GLint State(GLenum name)
+{
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    return value;
+}
+
+Bytes ReadBack(unsigned int texture)
+{
+    Bytes pixels(IMAGE);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
+}
+
+class CameraTest : public testing::Test
+{
+protected:
+    void Open(unsigned int id, Camera::RENDERER renderer)
+    {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        host.Queue({ScriptedStream::Frame(FRAME, 0)}); // the one that synchronises
+        camera = std::make_unique<Camera>(id, renderer, host);
+    }
+
+    ~CameraTest() override
+    {
+        host.End();
+        camera.reset();
+        EXPECT_EQ(host.OpenDevices(), 0);
+        EXPECT_EQ(testing::internal::GetCapturedStdout().find("validating 3702784\n"), 0u);
+        testing::internal::GetCapturedStderr();
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    }
+
+    GlContext context;
+    ScriptedStream host;
+    std::unique_ptr<Camera> camera;
+};
+
+} // namespace
+
+TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
+{
+    EXPECT_EQ(Camera::GetWidth(), 2560);
+    EXPECT_EQ(Camera::GetHeight(), 1440);
+    Open(0, Camera::RENDERER_GL);
+    const auto texture = static_cast<unsigned int>(camera->GetTextureId());
+    EXPECT_NE(texture, 0u);
+    EXPECT_EQ(TextureParameter(GL_TEXTURE_MAG_FILTER), GL_LINEAR);
+    EXPECT_EQ(TextureParameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR);
+    EXPECT_EQ(TextureParameter(GL_TEXTURE_WRAP_S), GL_CLAMP_TO_BORDER);
+    EXPECT_EQ(TextureParameter(GL_TEXTURE_WRAP_T), GL_CLAMP_TO_BORDER);
+    EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 1);
+    for (std::uint32_t number = 1; number < 15; ++number)
+    {
+        Bytes frame = ScriptedStream::Frame(FRAME, number);
+        for (std::size_t i = 24; i < FRAME; ++i)
+        {
+            frame[i] = static_cast<std::uint8_t>(i * 7 + i / 2560 * 13 + number);
+        }
+        host.Queue({frame});
+        camera->Update();
+        EXPECT_EQ(std::memcmp(ReadBack(texture).data(), &frame[24], IMAGE), 0) << number;
+    }
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    EXPECT_EQ(width, 2560);
+    // A copy is the same camera; it is not to be destroyed.
+    alignas(Camera) unsigned char place[sizeof(Camera)];
+    EXPECT_EQ((new (place) Camera(*camera))->GetTextureId(), camera->GetTextureId());
+}
+
+TEST_F(CameraTest, TakesATextureThatItIsGiven)
+{
+    Open(7, Camera::RENDERER_GL);
+    EXPECT_EQ(camera->GetTextureId(), 7);
+    EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), 7);
+}
+
+TEST_F(CameraTest, OnlyKeepsThePaceOfADirect3dApplication)
+{
+    unsigned int mine = 0;
+    glGenTextures(1, &mine);
+    glBindTexture(GL_TEXTURE_2D, mine);
+    AssertionRecorder assertions;
+    Open(0, Camera::RENDERER_D3D);
+    EXPECT_EQ(assertions.Take(), std::vector<std::string>{"texture_id|Sensors/Camera|60"});
+    EXPECT_EQ(camera->GetTextureId(), 0);
+    for (std::uint32_t number = 1; number < 4; ++number)
+    {
+        host.Queue({ScriptedStream::Frame(FRAME, number)});
+        camera->Update();
+    }
+    // Nothing of OpenGL has been touched.
+    EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), static_cast<GLint>(mine));
+    EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 4);
+    GLint width = -1;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    EXPECT_EQ(width, 0);
+}
+
+// The stream goes on while a frame is uploaded and compared: what is shown is one frame, and a
+// later one every time.
+TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder)
+{
+    constexpr std::uint32_t FRAMES = 1000;
+    Open(0, Camera::RENDERER_GL);
+    std::thread device(
+        [this]
+        {
+            for (std::uint32_t number = 1; number <= FRAMES; ++number)
+            {
+                host.Queue({ScriptedStream::Frame(FRAME, number)});
+                host.WaitForIdle();
+            }
+        });
+    std::uint32_t last = 0;
+    std::uint32_t shown = 0;
+    // The pixels tell the number's lowest byte, which is enough for steps of less than 256.
+    while (last < FRAMES)
+    {
+        camera->Update();
+        const Bytes pixels = ReadBack(static_cast<unsigned int>(camera->GetTextureId()));
+        ASSERT_EQ(std::memcmp(pixels.data(), pixels.data() + 1, IMAGE - 1), 0) << "after " << last;
+        const std::uint32_t step = (pixels[0] - last) & 0xFF;
+        ASSERT_GT(step, 0u);
+        last += step;
+        ++shown;
+    }
+    device.join();
+    EXPECT_EQ(last, FRAMES);
+    RecordProperty("shown", static_cast<int>(shown));
+}

@@ -1,0 +1,256 @@
+// A USB host with a stream of which the test is the device: what every read of the bulk endpoint
+// gives, in the order in which the reads are waited for.
+#pragma once
+
+#include <qlt/Runtime/Usb.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <numeric>
+#include <vector>
+
+class ScriptedStream final : public qlt::UsbHost
+{
+public:
+    using Bytes = std::vector<std::uint8_t>;
+
+    /// What one read gives: the bytes, or what fails of it.
+    struct Read
+    {
+        Bytes bytes;
+        bool inTime = true;
+        bool succeeds = true;
+    };
+
+    struct Device
+    {
+        std::uint16_t vendorId = 0x04B4;
+        std::uint16_t productId = 0x00F1;
+        std::vector<std::uint8_t> addresses = {0x81, 0x82};
+    };
+
+    ScriptedStream()
+        : mDevices(1)
+    {
+    }
+
+    explicit ScriptedStream(std::vector<Device> devices)
+        : mDevices(std::move(devices))
+    {
+    }
+
+    /// A frame with a valid header whose second word is `number`, and an image that tells it, too.
+    static Bytes Frame(std::size_t size, std::uint32_t number)
+    {
+        std::vector<std::uint32_t> words(size / 4, (number & 0xFF) * 0x01010101U);
+        words[0] = 0xDEADBEEF;
+        words[1] = number;
+        words[2] = words[3] = words[4] = 0;
+        words[5] = 0U - std::accumulate(words.begin(), words.begin() + 5, 0U);
+        Bytes bytes(size);
+        std::memcpy(bytes.data(), words.data(), size);
+        return bytes;
+    }
+
+    void Queue(const Read& read)
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mReads.push_back(read);
+        mChanged.notify_all();
+    }
+
+    /// From now on a read for which nothing is queued is not in time, instead of waiting.
+    void End()
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mEnded = true;
+        mChanged.notify_all();
+    }
+
+    /// Waits until all that was queued has been read.
+    void WaitForIdle()
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mChanged.wait(lock, [this] { return mReads.empty() && mWaiting; });
+    }
+
+    std::vector<std::uint32_t> TransferSizes() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mSizes;
+    }
+
+    int Aborts() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mAborts;
+    }
+
+    /// Reads begun and not finished; devices open.
+    int InFlight() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mInFlight;
+    }
+
+    int OpenDevices() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mOpenDevices;
+    }
+
+    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override { return Open(0); }
+
+    std::uint32_t CountDevices() override { return static_cast<std::uint32_t>(mDevices.size()); }
+
+    std::unique_ptr<qlt::VendorUsbDevice> Open(std::uint32_t index) override
+    {
+        if (index >= mDevices.size())
+        {
+            return nullptr;
+        }
+        return std::make_unique<OpenDevice>(*this, mDevices[index]);
+    }
+
+private:
+    class Transfer final : public qlt::UsbTransfer
+    {
+    public:
+        Transfer(ScriptedStream& host, std::uint8_t* buffer, std::uint32_t length)
+            : mHost(host)
+            , mBuffer(buffer)
+            , mLength(length)
+        {
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            ++mHost.mInFlight;
+        }
+
+        bool Wait(std::uint32_t) override
+        {
+            std::unique_lock<std::mutex> lock(mHost.mMutex);
+            mHost.mWaiting = true;
+            mHost.mChanged.notify_all();
+            mHost.mChanged.wait(lock, [this] { return !mHost.mReads.empty() || mHost.mEnded; });
+            mHost.mWaiting = false;
+            if (mHost.mReads.empty())
+            {
+                mRead.inTime = mRead.succeeds = false;
+                return false;
+            }
+            mRead = mHost.mReads.front();
+            mHost.mReads.pop_front();
+            return mRead.inTime;
+        }
+
+        bool Finish(std::uint32_t& length) override
+        {
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            --mHost.mInFlight;
+            length = std::min(mLength, static_cast<std::uint32_t>(mRead.bytes.size()));
+            if (length != 0)
+            {
+                std::memcpy(mBuffer, mRead.bytes.data(), length);
+            }
+            return mRead.succeeds;
+        }
+
+    private:
+        ScriptedStream& mHost;
+        std::uint8_t* const mBuffer;
+        const std::uint32_t mLength;
+        Read mRead;
+    };
+
+    class EndPoint final : public qlt::UsbEndPoint
+    {
+    public:
+        EndPoint(ScriptedStream& host, std::uint8_t address)
+            : mHost(host)
+            , mAddress(address)
+        {
+        }
+
+        std::uint8_t Attributes() const override { return 2; }
+        std::uint8_t Address() const override { return mAddress; }
+
+        bool TransferData(std::uint8_t*, std::uint32_t& length) override
+        {
+            length = 0;
+            return false;
+        }
+
+        void SetTransferSize(std::uint32_t bytes) override
+        {
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            mHost.mSizes.push_back(bytes);
+        }
+
+        std::unique_ptr<qlt::UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
+                                                        void*) override
+        {
+            return std::make_unique<Transfer>(mHost, buffer, length);
+        }
+
+        void AbortTransfers() override
+        {
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            ++mHost.mAborts;
+        }
+
+    private:
+        ScriptedStream& mHost;
+        const std::uint8_t mAddress;
+    };
+
+    class OpenDevice final : public qlt::VendorUsbDevice
+    {
+    public:
+        OpenDevice(ScriptedStream& host, const Device& device)
+            : mHost(host)
+            , mDevice(device)
+        {
+            for (const std::uint8_t address : device.addresses)
+            {
+                mEndPoints.emplace_back(host, address);
+            }
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            ++mHost.mOpenDevices;
+        }
+
+        ~OpenDevice() override
+        {
+            const std::lock_guard<std::mutex> lock(mHost.mMutex);
+            --mHost.mOpenDevices;
+        }
+
+        std::uint16_t VendorId() const override { return mDevice.vendorId; }
+        std::uint16_t ProductId() const override { return mDevice.productId; }
+
+        std::uint8_t EndPointCount() const override
+        {
+            return static_cast<std::uint8_t>(mEndPoints.size() + 1);
+        }
+
+        qlt::UsbEndPoint& EndPoint(std::uint8_t index) override { return mEndPoints[index - 1U]; }
+
+    private:
+        ScriptedStream& mHost;
+        const Device mDevice;
+        std::deque<ScriptedStream::EndPoint> mEndPoints;
+    };
+
+    const std::vector<Device> mDevices;
+    mutable std::mutex mMutex; // guards everything below
+    std::condition_variable mChanged;
+    std::deque<Read> mReads;
+    std::vector<std::uint32_t> mSizes;
+    bool mEnded = false;
+    bool mWaiting = false;
+    int mAborts = 0;
+    int mInFlight = 0;
+    int mOpenDevices = 0;
+};

@@ -1,6 +1,9 @@
-// How many handles of the system this process has open. One body for each system.
+// What this process has of the system. One body for each system.
 #pragma once
 
 #include <cstddef>
 
+/// Handles or descriptors that are open.
 std::size_t CountOpenHandles();
+
+std::size_t CountThreads();

@@ -2,8 +2,17 @@
 
 #include <filesystem>
 
-std::size_t CountOpenHandles()
+namespace
 {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+
+std::size_t CountEntries(const char* folder)
+{
+    const std::filesystem::directory_iterator entries(folder);
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
+
+} // namespace
+
+std::size_t CountOpenHandles() { return CountEntries("/proc/self/fd"); }
+
+std::size_t CountThreads() { return CountEntries("/proc/self/task"); }

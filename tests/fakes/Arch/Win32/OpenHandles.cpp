@@ -1,5 +1,6 @@
 #include "fakes/OpenHandles.h"
 
+#include <tlhelp32.h>
 #include <vector>
 #include <windows.h>
 #include <winternl.h>
@@ -42,5 +43,20 @@ std::size_t CountOpenHandles()
     {
         count += table->entries[i].ownerPid == GetCurrentProcessId() ? 1 : 0;
     }
+    return count;
+}
+
+std::size_t CountThreads()
+{
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    std::size_t count = 0;
+    for (BOOL more = Thread32First(snapshot, &entry); more != FALSE;
+         more = Thread32Next(snapshot, &entry))
+    {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    }
+    CloseHandle(snapshot);
     return count;
 }

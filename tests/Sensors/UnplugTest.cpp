@@ -1,0 +1,74 @@
+// A headset that comes and goes, at any moment.
+#include <qlt/Sensors/Hmd.h>
+
+#include "fakes/EventLog.h"
+#include "fakes/ManualClock.h"
+#include "fakes/OpenHandles.h"
+#include "fakes/ReportWriter.h"
+#include "fakes/ScriptedUsbHost.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <random>
+
+TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
+{
+    const std::uint32_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const std::size_t handles = CountOpenHandles();
+    const std::size_t threads = CountThreads();
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    ScriptedUsbHost host;
+    {
+        ManualClock clock;
+        EventLog log;
+        qlt::Hmd hmd(host, clock);
+        clock.WaitForSleep(1);
+        hmd.AddListener(log);
+        hmd.Start();
+        std::size_t reports = 0;
+        for (int cycle = 0, watches = 1; cycle < 1000; ++cycle)
+        {
+            host.Plug({});
+            const auto watch = [&]
+            {
+                clock.Wake();
+                clock.WaitForSleep(++watches);
+            };
+            switch (random() % 4)
+            {
+            case 0: // never seen
+                break;
+            case 1: // just opened
+                watch();
+                break;
+            case 2: // with a read that waits
+                watch();
+                host.WaitForIdleRead();
+                break;
+            default: // in the middle of reports
+                watch();
+                for (auto i = random() % 3; i > 0; --i)
+                {
+                    host.QueueRead(ReportWriter(static_cast<std::uint32_t>(++reports)));
+                    log.WaitFor(7 * reports);
+                }
+                break;
+            }
+            host.Unplug();
+            host.WaitForClosed(host.Opened());
+        }
+        clock.KeepAwake();
+        hmd.Stop();
+        hmd.RemoveListener(log);
+    }
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(host.Opened(), host.Closed());
+    EXPECT_GT(host.Opened(), 500);
+    EXPECT_EQ(CountOpenHandles(), handles);
+    EXPECT_EQ(CountThreads(), threads);
+}

@@ -1,5 +1,5 @@
-// Floats compared by their bits, and arithmetic of which every step is rounded to a float: the
-// expected values of formulas whose order is part of the interface.
+// Floats compared by their bits, because the order of a formula is part of the interface, and by
+// their values.
 #pragma once
 
 #include <qlt/Math/Matrix.h>
@@ -15,13 +15,6 @@ inline std::uint32_t Bits(float x)
     return bits;
 }
 
-inline float FromBits(std::uint32_t bits)
-{
-    float x = 0.0f;
-    std::memcpy(&x, &bits, sizeof x);
-    return x;
-}
-
 inline std::array<std::uint32_t, 3> Bits(const qlt::Vec3& v)
 {
     return {Bits(v.x()), Bits(v.y()), Bits(v.z())};
@@ -32,34 +25,16 @@ inline std::array<std::uint32_t, 4> Bits(const qlt::Quaternion& q)
     return {Bits(q.w()), Bits(q.x()), Bits(q.y()), Bits(q.z())};
 }
 
+inline std::array<float, 3> Values(const qlt::Vec3& v) { return {v.x(), v.y(), v.z()}; }
+
+inline std::array<float, 4> Values(const qlt::Quaternion& q)
+{
+    return {q.w(), q.x(), q.y(), q.z()};
+}
+
 inline std::array<float, 16> Entries(const qlt::Matrix& m)
 {
     std::array<float, 16> entries{};
     std::memcpy(entries.data(), &m.array(), sizeof entries);
     return entries;
-}
-
-// The compiler can neither reorder nor fuse what passes through a volatile.
-inline float Plus(float a, float b)
-{
-    volatile float result = a + b;
-    return result;
-}
-
-inline float Minus(float a, float b)
-{
-    volatile float result = a - b;
-    return result;
-}
-
-inline float Times(float a, float b)
-{
-    volatile float result = a * b;
-    return result;
-}
-
-inline float Over(float a, float b)
-{
-    volatile float result = a / b;
-    return result;
 }

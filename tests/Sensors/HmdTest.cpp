@@ -1,161 +1,77 @@
 #include <qlt/Sensors/Hmd.h>
 
 #include "fakes/AssertionRecorder.h"
-#include "fakes/EventLog.h"
-#include "fakes/ManualClock.h"
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedUsbHost.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <iostream>
-#include <memory>
-
 namespace
 {
 
-using Device = ScriptedUsbHost::Device;
+const std::string CAME_AND_WENT = "USB Connected\nUSB Disconnected\n";
 
-class HmdTest : public testing::Test
+std::string Times(int count, const std::string& part)
 {
-protected:
-    void SetUp() override
-    {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-    }
+    return count == 0 ? "" : part + Times(count - 1, part);
+}
 
-    /// Ends everything and collects what was printed.
-    void TearDown() override
-    {
-        host.Unplug();
-        clock.KeepAwake();
-        if (hmd != nullptr && hmd->IsTracking())
-        {
-            hmd->Stop();
-            hmd->RemoveListener(log);
-        }
-        hmd.reset();
-        EXPECT_EQ(host.Opened(), host.Closed());
-        if (!mCollected)
-        {
-            Collect();
-        }
-    }
-
-    void Collect()
-    {
-        out = testing::internal::GetCapturedStdout();
-        err = testing::internal::GetCapturedStderr();
-        mCollected = true;
-        if (HasFailure())
-        {
-            std::cout << out; // which holds what failed
-        }
-    }
-
-    /// A headset whose connection watcher has looked once.
-    void MakeHmd()
-    {
-        hmd = std::make_unique<qlt::Hmd>(host, clock);
-        clock.WaitForSleep(1);
-    }
-
-    void Start()
-    {
-        hmd->AddListener(log);
-        hmd->Start();
-    }
-
-    /// Lets the watcher look once more.
-    void WatchAgain()
-    {
-        clock.Wake();
-        clock.WaitForSleep(++mWatches);
-    }
-
-    ScriptedUsbHost host;
-    ManualClock clock;
-    EventLog log;
-    std::unique_ptr<qlt::Hmd> hmd;
-    std::string out;
-    std::string err;
-
-private:
-    int mWatches = 1;
-    bool mCollected = false;
-};
-
-/// How often `part` occurs in `text`.
-int Occurrences(const std::string& text, const std::string& part)
+/// The reports, bit 0 for the first, at which the fusion starts again while these sequence numbers
+/// are read. The headset turns by a tenth of a radian with every report, so that w falls unless
+/// there is a new start.
+int ResetsAt(const std::vector<std::uint32_t>& sequences)
 {
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+    ScriptedHeadset headset;
+    headset.Start(headset.log);
+    int resets = 0;
+    float lastW = 1.0f;
+    for (std::size_t i = 0; i < sequences.size(); ++i)
     {
-        ++count;
+        headset.clock.nowNs += 10000000;
+        headset.Deliver(ReportWriter(sequences[i]).I16(16, 18771)); // 10 rad/s about y
+        const float w = headset.hmd->GetOrientation().w();
+        resets |= w >= lastW ? 1 << i : 0; // from the third report on: the first turns by half
+        lastW = w;
     }
-    return count;
+    headset.End();
+    return resets;
 }
 
 } // namespace
 
-TEST_F(HmdTest, WithoutADeviceItStaysSilentAndLooksOnceASecond)
+TEST(HmdTest, OnlyTheHeadsetIsKeptOpenAndSoughtOnceASecond)
 {
-    MakeHmd();
-    EXPECT_FALSE(hmd->IsConnected());
-    EXPECT_EQ(clock.lastSleepNs, 1000000000);
-    WatchAgain();
-    Start();
-    TearDown();
-    EXPECT_EQ(log.Count(), 0u);
-    EXPECT_EQ(out + err, "");
-}
-
-TEST_F(HmdTest, DevicesThatAreNotTheHeadsetAreClosedSilently)
-{
-    const Device others[] = {
+    const ScriptedUsbHost::Device others[] = {
         {0x04B5, 0x00F1, {0, 3}}, {0x04B4, 0x00F2, {0, 3}}, {0x04B4, 0x00F1, {0}},
         {0x04B4, 0x00F1, {}},     {0x04B4, 0x00F1, {3}},    {0x04B4, 0x00F1, {0, 2, 1, 0x83}},
     };
-    host.Plug(others[0]);
-    MakeHmd();
-    for (const Device& other : others)
+    ScriptedHeadset headset(others[0]);
+    for (const auto& other : others)
     {
-        host.Plug(other);
-        WatchAgain();
-        EXPECT_FALSE(hmd->IsConnected());
+        headset.host.Plug(other);
+        headset.clock.Cycle();
+        EXPECT_FALSE(headset.hmd->IsConnected());
+        EXPECT_EQ(headset.clock.lastSleepNs, 1000000000);
     }
-    EXPECT_EQ(host.Opened(), 7);
-    EXPECT_EQ(host.Closed(), 7);
-    TearDown();
-    EXPECT_EQ(out + err, "");
+    EXPECT_EQ(headset.host.closed, 7);
+    headset.host.Plug({});
+    headset.clock.Cycle();
+    EXPECT_TRUE(headset.hmd->IsConnected());
+    headset.End(); // which closes the device
+    EXPECT_EQ(headset.out, CAME_AND_WENT);
+    EXPECT_EQ(headset.err, "");
 }
 
-TEST_F(HmdTest, ReadsTheFirstInterruptEndPointAfterTheControlOne)
-{
-    host.Plug({0x04B4, 0x00F1, {3, 2, 3, 3}});
-    MakeHmd();
-    EXPECT_TRUE(hmd->IsConnected());
-    Start();
-    host.WaitForIdleRead();
-    EXPECT_EQ(host.LastEndPoint(), 2);
-    TearDown();
-    EXPECT_EQ(out, "USB Connected\nUSB Disconnected\n");
-}
-
-TEST_F(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
+TEST(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
 {
     AssertionRecorder assertions;
-    host.Plug({});
-    MakeHmd();
-    Start();
+    ScriptedHeadset headset;
+    headset.Start(headset.log);
     for (std::uint32_t i = 0; i < 3; ++i)
     {
-        ReportWriter report(100 + i, 7000000 + 5000 * i);
-        host.QueueRead(report.I16(34, 8000).U32(44, 1000000));
+        headset.Deliver(ReportWriter(100 + i, 7000000 + 5000 * i).I16(34, 8000).U32(44, 1000000));
     }
-    const std::vector<std::string> lines = log.WaitFor(21);
+    const std::vector<std::string> lines = headset.log.WaitFor(21);
     const char* const kinds[] = {"accelerometer", "gyroscope", "magnetometer", "quaternion",
                                  "temperature",   "position",  "orientation"};
     const char* const times[] = {" @ 0", " @ 0.001", " @ 0.002"};
@@ -169,145 +85,87 @@ TEST_F(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
     EXPECT_EQ(lines[4], "temperature 31.25 @ 0");
     // The device's own position is not believed; the host service has none.
     EXPECT_EQ(lines[5], "position 0 0 0 @ 0");
-    TearDown();
-    EXPECT_EQ(assertions.Take(), std::vector<std::string>{});
+    headset.End();
+    EXPECT_TRUE(assertions.Take().empty());
 }
 
-TEST_F(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
+TEST(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
 {
-    MakeHmd();
-    Start();
-    host.Plug({});
+    ScriptedHeadset headset;
+    headset.Start(headset.log);
     std::string expected;
-    for (std::uint32_t length = 0; length < 64; ++length)
+    for (int length = 0; length < 64; ++length)
     {
-        host.QueueRead(ReportWriter(1), length, length % 2 == 0);
-        WatchAgain();
-        host.WaitForClosed(static_cast<int>(length) + 1);
+        headset.host.QueueRead(ReportWriter(1), static_cast<std::uint32_t>(length), length % 2);
+        Until([&] { return headset.host.closed > length; });
+        headset.clock.Cycle();
         expected += "Read " + std::to_string(length) + " instead of 64!\n";
     }
-    EXPECT_EQ(log.Count(), 0u);
+    EXPECT_EQ(headset.log.Count(), 0u);
     // A failed transfer counts as its length: here is a whole report.
-    host.QueueRead(ReportWriter(1), 64, false);
-    WatchAgain();
-    log.WaitFor(7);
-    host.WaitForIdleRead();
-    TearDown();
-    EXPECT_EQ(err, expected + "Read 0 instead of 64!\n");
-    EXPECT_EQ(Occurrences(out, "USB Connected\n"), 65);
-    EXPECT_EQ(Occurrences(out, "USB Disconnected\n"), 65);
+    headset.host.QueueRead(ReportWriter(1), 64, false);
+    headset.host.WaitForIdleRead();
+    EXPECT_EQ(headset.log.Count(), 7u);
+    headset.End();
+    EXPECT_EQ(headset.err, expected + "Read 0 instead of 64!\n");
+    EXPECT_EQ(headset.out, Times(65, CAME_AND_WENT));
 }
 
-TEST_F(HmdTest, UnplugWhileReadingDisconnectsAndReplugReconnects)
+TEST(HmdTest, UnplugWhileReadingDisconnectsAndReplugReconnects)
 {
-    host.Plug({});
-    MakeHmd();
-    Start();
-    for (int round = 0; round < 3; ++round)
+    const ScriptedUsbHost::Device device{0x04B4, 0x00F1, {3, 2, 3, 3}};
+    ScriptedHeadset headset(device);
+    headset.Start(headset.log);
+    for (int round = 1; round <= 3; ++round)
     {
-        host.QueueRead(ReportWriter(1));
-        log.WaitFor(7u * static_cast<std::size_t>(round + 1));
-        host.WaitForIdleRead();
-        host.Unplug();
-        host.WaitForClosed(round + 1);
-        EXPECT_FALSE(hmd->IsConnected());
-        host.Plug({});
-        WatchAgain(); // and the next round reads again
+        EXPECT_EQ(headset.host.WaitForIdleRead(), 2); // the first interrupt one but the control one
+        headset.Deliver(ReportWriter(1));
+        headset.host.Unplug();
+        Until([&] { return headset.host.closed == round; });
+        EXPECT_FALSE(headset.hmd->IsConnected());
+        headset.host.Plug(device);
+        headset.clock.Cycle();
     }
     // Reports are counted, whatever happened between them.
-    EXPECT_EQ(log.WaitFor(21)[14], "accelerometer 0.0121987 0.910223 0.0197377 @ 0.002");
-    host.WaitForIdleRead(); // so that the end of the test finds a read to break off
-    TearDown();
-    EXPECT_EQ(Occurrences(err, "Read 0 instead of 64!\n"), 4);
+    EXPECT_EQ(headset.log.WaitFor(21)[14], "accelerometer 0.0121987 0.910223 0.0197377 @ 0.002");
+    headset.host.WaitForIdleRead(); // so that the end finds a read to break off
+    headset.End();
+    EXPECT_EQ(headset.err, Times(4, "Read 0 instead of 64!\n"));
 }
 
-TEST_F(HmdTest, TheDestructorClosesTheDevice)
+TEST(HmdTest, ThePredictionCarriesTheYawOriginTwice)
 {
-    host.Plug({});
-    MakeHmd();
-    EXPECT_EQ(host.Opened(), 1);
-    clock.KeepAwake();
-    hmd.reset();
-    EXPECT_EQ(host.Closed(), 1);
-    TearDown();
-    EXPECT_EQ(out, "USB Connected\nUSB Disconnected\n");
-}
-
-TEST_F(HmdTest, ThePredictionCarriesTheYawOriginTwice)
-{
-    host.Plug({});
-    MakeHmd();
-    Start();
-    ReportWriter turned(1);
-    host.QueueRead(turned.I16(18, 0).I16(16, 32000));
-    log.WaitFor(7);
-    clock.nowNs += 500000000;
-    host.QueueRead(turned);
-    log.WaitFor(14);
-    hmd->ResetYawOrigin();
-    const qlt::Quaternion once = hmd->GetOrientation();
-    const qlt::Quaternion twice = hmd->GetPredictedOrientation(0.1f);
-    EXPECT_NEAR(qlt::Quaternion::Rotate(once, qlt::Vec3(0, 0, -1)).x(), 0.0f, 1e-4f);
-    EXPECT_GT(std::abs(qlt::Quaternion::Rotate(twice, qlt::Vec3(0, 0, -1)).x()), 0.1f);
-}
-
-namespace
-{
-
-/// The reports, bit 0 for the first, at which the fusion starts again while these sequence numbers
-/// are read. The headset turns by a tenth of a radian with every report, so that w falls unless
-/// there is a new start.
-int ResetsAt(const std::vector<std::uint32_t>& sequences)
-{
-    ScriptedUsbHost host;
-    ManualClock clock;
-    EventLog log;
-    host.Plug({});
-    qlt::Hmd hmd(host, clock);
-    clock.WaitForSleep(1);
-    hmd.AddListener(log);
-    hmd.Start();
-    int resets = 0;
-    float lastW = 1.0f;
-    for (std::size_t i = 0; i < sequences.size(); ++i)
+    ScriptedHeadset headset;
+    headset.Start(headset.log);
+    for (int i = 0; i < 2; ++i)
     {
-        clock.nowNs += 10000000;
-        host.QueueRead(ReportWriter(sequences[i]).I16(16, 18771)); // 10 rad/s about y
-        log.WaitFor(7 * (i + 1));
-        const float w = hmd.GetOrientation().w();
-        resets |= w >= lastW ? 1 << i : 0; // from the third report on: the first turns by half
-        lastW = w;
+        headset.clock.nowNs += 250000000;
+        headset.Deliver(ReportWriter(1).I16(18, 0).I16(16, 32000));
     }
-    host.WaitForIdleRead();
-    host.Unplug();
-    clock.KeepAwake();
-    hmd.Stop();
-    hmd.RemoveListener(log);
-    return resets;
+    headset.hmd->ResetYawOrigin();
+    const qlt::Vec3 forward(0, 0, -1);
+    const qlt::Quaternion once = headset.hmd->GetOrientation();
+    EXPECT_NEAR(qlt::Quaternion::Rotate(once, forward).x(), 0.0f, 1e-4f);
+    const qlt::Quaternion twice = headset.hmd->GetPredictedOrientation(0.1f);
+    EXPECT_GT(std::abs(qlt::Quaternion::Rotate(twice, forward).x()), 0.1f);
+    headset.End();
 }
-
-} // namespace
 
 // Each in a process of its own, because a process resynchronises once.
 TEST(HmdDeathTest, TheFirstJumpOfTheSequenceResetsTheFusionOnce)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const struct
-    {
-        std::vector<std::uint32_t> sequences;
-        int resetsAt;
-    } rows[] = {
+    const std::pair<std::vector<std::uint32_t>, int> resets[] = {
         {{100, 101, 111, 112}, 0},                // ten is no jump
         {{100, 101, 112, 113}, 1 << 2},           // eleven is
-        {{100, 101, 115, 116}, 1 << 2},           //
         {{100, 101, 100, 101}, 1 << 2},           // backwards
         {{100, 101, 115, 200, 50, 51}, 1 << 2},   // no second time
         {{0xFFFFFFFEu, 0xFFFFFFFFu, 0}, 0},       // around
         {{0xFFFFFFFEu, 0xFFFFFFFFu, 11}, 1 << 2}, // a jump around
         {{5, 5, 5, 5}, 0},                        // standing still
     };
-    for (const auto& row : rows)
+    for (const auto& [sequences, at] : resets)
     {
-        EXPECT_EXIT(std::exit(ResetsAt(row.sequences)), testing::ExitedWithCode(row.resetsAt), "");
+        EXPECT_EXIT(std::exit(ResetsAt(sequences)), testing::ExitedWithCode(at), "");
     }
 }

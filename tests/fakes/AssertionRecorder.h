@@ -3,6 +3,7 @@
 
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <qlt/Runtime/Assert.h>
@@ -10,13 +11,7 @@
 class AssertionRecorder
 {
 public:
-    AssertionRecorder()
-    {
-        const std::lock_guard<std::mutex> lock(Mutex());
-        Reports().clear();
-        mPrevious = qlt::SetAssertionHandler(Record);
-    }
-
+    AssertionRecorder() { Take(); }
     ~AssertionRecorder() { qlt::SetAssertionHandler(mPrevious); }
 
     AssertionRecorder(const AssertionRecorder&) = delete;
@@ -25,10 +20,8 @@ public:
     /// What was reported since the last call, in order: "TEXT|FILE|LINE".
     std::vector<std::string> Take()
     {
-        const std::lock_guard<std::mutex> lock(Mutex());
-        std::vector<std::string> taken;
-        taken.swap(Reports());
-        return taken;
+        const std::lock_guard<std::mutex> lock(sMutex);
+        return std::exchange(sReports, {});
     }
 
     /// The same without the lines, for preconditions whose line is nobody's business: "TEXT|FILE".
@@ -45,27 +38,15 @@ public:
 private:
     static void Record(const wchar_t* condition, const wchar_t* file, unsigned line)
     {
-        const std::wstring text =
-            std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line);
-        const std::lock_guard<std::mutex> lock(Mutex());
-        std::string& report = Reports().emplace_back();
-        for (const wchar_t c : text)
+        const std::lock_guard<std::mutex> lock(sMutex);
+        std::string& report = sReports.emplace_back();
+        for (const wchar_t c : std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line))
         {
             report.push_back(static_cast<char>(c));
         }
     }
 
-    static std::mutex& Mutex()
-    {
-        static std::mutex mutex;
-        return mutex;
-    }
-
-    static std::vector<std::string>& Reports()
-    {
-        static std::vector<std::string> reports;
-        return reports;
-    }
-
-    qlt::AssertionHandler mPrevious = nullptr;
+    inline static std::mutex sMutex; // guards what follows
+    inline static std::vector<std::string> sReports;
+    const qlt::AssertionHandler mPrevious = qlt::SetAssertionHandler(Record);
 };

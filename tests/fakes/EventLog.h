@@ -1,51 +1,55 @@
-// A listener that writes down everything it is told, as lines like "gyroscope 1 2 3 @ 0.001".
+// Listeners: one that hands on, and one that writes down everything it is told.
 #pragma once
 
 #include <qlt/Sensors/TrackerListener.h>
 
-#include <condition_variable>
+#include "fakes/ManualClock.h"
+
+#include <functional>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+/// Calls back with every orientation, the last event of a report.
+struct OrientationListener : qlt::TrackerListener
+{
+    void OnOrientationEvent(const qlt::Quaternion& q, float) override { call(q); }
+    std::function<void(const qlt::Quaternion&)> call;
+};
+
+/// Six digits of each value.
+template <typename... Values>
+std::string Text(float first, Values... others)
+{
+    std::ostringstream text;
+    text << first;
+    ((text << ' ' << others), ...);
+    return text.str();
+}
+inline std::string Text(const qlt::Vec3& v) { return Text(v.x(), v.y(), v.z()); }
+inline std::string Text(const qlt::Quaternion& q) { return Text(q.w(), q.x(), q.y(), q.z()); }
+
+/// Lines like "gyroscope 1 2 3 @ 0.001".
 class EventLog : public qlt::TrackerListener
 {
+    using V = qlt::Vec3;
+    using Q = qlt::Quaternion;
+
 public:
-    void OnAccelerometerEvent(const qlt::Vec3& v, float time) override
-    {
-        Add("accelerometer", time, {v.x(), v.y(), v.z()});
-    }
-    void OnGyroscopeEvent(const qlt::Vec3& v, float time) override
-    {
-        Add("gyroscope", time, {v.x(), v.y(), v.z()});
-    }
-    void OnMagnetometerEvent(const qlt::Vec3& v, float time) override
-    {
-        Add("magnetometer", time, {v.x(), v.y(), v.z()});
-    }
-    void OnQuaternionEvent(const qlt::Quaternion& q, float time) override
-    {
-        Add("quaternion", time, {q.w(), q.x(), q.y(), q.z()});
-    }
-    void OnTemperatureEvent(float temperature, float time) override
-    {
-        Add("temperature", time, {temperature});
-    }
-    void OnOrientationEvent(const qlt::Quaternion& q, float time) override
-    {
-        Add("orientation", time, {q.w(), q.x(), q.y(), q.z()});
-    }
-    void OnPositionEvent(const qlt::Vec3& v, float time) override
-    {
-        Add("position", time, {v.x(), v.y(), v.z()});
-    }
+    void OnAccelerometerEvent(const V& v, float t) override { Add("accelerometer ", v, t); }
+    void OnGyroscopeEvent(const V& v, float t) override { Add("gyroscope ", v, t); }
+    void OnMagnetometerEvent(const V& v, float t) override { Add("magnetometer ", v, t); }
+    void OnQuaternionEvent(const Q& q, float t) override { Add("quaternion ", q, t); }
+    void OnTemperatureEvent(float degrees, float t) override { Add("temperature ", degrees, t); }
+    void OnOrientationEvent(const Q& q, float t) override { Add("orientation ", q, t); }
+    void OnPositionEvent(const V& v, float t) override { Add("position ", v, t); }
 
     /// Waits for the first `count` lines and returns them.
     std::vector<std::string> WaitFor(std::size_t count)
     {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mChanged.wait(lock, [this, count] { return mLines.size() >= count; });
+        Until([&] { return Count() >= count; });
+        const std::lock_guard<std::mutex> lock(mMutex);
         return {mLines.begin(), mLines.begin() + static_cast<std::ptrdiff_t>(count)};
     }
 
@@ -56,21 +60,13 @@ public:
     }
 
 private:
-    void Add(const char* kind, float time, const std::vector<float>& values)
+    template <typename Value>
+    void Add(const char* kind, const Value& value, float time)
     {
-        std::ostringstream line;
-        line << kind;
-        for (const float value : values)
-        {
-            line << ' ' << value;
-        }
-        line << " @ " << time;
         const std::lock_guard<std::mutex> lock(mMutex);
-        mLines.push_back(line.str());
-        mChanged.notify_all();
+        mLines.push_back(kind + Text(value) + " @ " + Text(time));
     }
 
     std::mutex mMutex;
-    std::condition_variable mChanged;
     std::vector<std::string> mLines;
 };

@@ -5,9 +5,18 @@
 #include <qlt/Runtime/Clock.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <cstdint>
-#include <mutex>
+#include <chrono>
+#include <thread>
+
+/// Waits for another thread.
+template <typename Condition>
+void Until(const Condition& condition)
+{
+    while (!condition())
+    {
+        std::this_thread::sleep_for(std::chrono::microseconds(20));
+    }
+}
 
 class ManualClock final : public qlt::Clock
 {
@@ -16,43 +25,32 @@ public:
 
     void SleepNs(std::int64_t durationNs) override
     {
-        std::unique_lock<std::mutex> lock(mMutex);
         lastSleepNs = durationNs;
-        ++mSleeps;
-        mChanged.notify_all();
-        mChanged.wait(lock, [this] { return mWakes >= mSleeps || mAwake; });
+        const int sleep = ++mSleeps;
+        Until([&] { return mWakes >= sleep || mAwake; });
     }
 
     /// Waits until the `count`-th sleep since the beginning has begun.
     void WaitForSleep(int count)
     {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mChanged.wait(lock, [this, count] { return mSleeps >= count; });
+        Until([&] { return mSleeps >= count; });
     }
 
-    /// Ends one sleep, the current or the next one.
-    void Wake()
+    /// Ends the current sleep and waits for the next one.
+    void Cycle()
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
         ++mWakes;
-        mChanged.notify_all();
+        WaitForSleep(mWakes + 1);
     }
 
     /// From now on nobody sleeps.
-    void KeepAwake()
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mAwake = true;
-        mChanged.notify_all();
-    }
+    void KeepAwake() { mAwake = true; }
 
     std::atomic<std::int64_t> nowNs{0};
     std::atomic<std::int64_t> lastSleepNs{0};
 
 private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    int mSleeps = 0;
-    int mWakes = 0;
-    bool mAwake = false;
+    std::atomic<int> mSleeps{0};
+    std::atomic<int> mWakes{0};
+    std::atomic<bool> mAwake{false};
 };

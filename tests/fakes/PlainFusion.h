@@ -11,37 +11,14 @@ namespace plain
 template <typename Real>
 struct Vector
 {
-    Real x = 0;
-    Real y = 0;
-    Real z = 0;
+    Real x = 0, y = 0, z = 0;
 };
 
 template <typename Real>
 struct Rotation
 {
-    Real w = 1;
-    Real x = 0;
-    Real y = 0;
-    Real z = 0;
+    Real w = 1, x = 0, y = 0, z = 0;
 };
-
-template <typename Real>
-Real Cosine(Real x)
-{
-    return static_cast<Real>(std::cos(static_cast<double>(x)));
-}
-
-template <typename Real>
-Real Sine(Real x)
-{
-    return static_cast<Real>(std::sin(static_cast<double>(x)));
-}
-
-template <typename Real>
-Real Arccosine(Real x)
-{
-    return static_cast<Real>(std::acos(static_cast<double>(x)));
-}
 
 template <typename Real>
 Real Length(const Vector<Real>& v)
@@ -61,8 +38,7 @@ Rotation<Real> Product(const Rotation<Real>& a, const Rotation<Real>& b)
 template <typename Real>
 Rotation<Real> Normalized(const Rotation<Real>& q)
 {
-    const Real norm = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
-    const Real r = 1 / norm;
+    const Real r = 1 / std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
     return {q.w * r, q.x * r, q.y * r, q.z * r};
 }
 
@@ -70,10 +46,9 @@ template <typename Real>
 Rotation<Real> Turn(Real angle, const Vector<Real>& axis)
 {
     const Real r = 1 / Length(axis);
-    const Real half = angle * static_cast<Real>(0.5);
-    const Real s = Sine(half);
-    return Normalized(
-        Rotation<Real>{Cosine(half), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
+    const auto half = static_cast<double>(angle / 2);
+    const Real c = static_cast<Real>(std::cos(half)), s = static_cast<Real>(std::sin(half));
+    return Normalized(Rotation<Real>{c, s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
 }
 
 template <typename Real>
@@ -90,34 +65,30 @@ template <typename Real>
 struct Fusion
 {
     Rotation<Real> orientation;
-    Vector<Real> lastAngularVelocity;
+    Vector<Real> last; // angular velocity
     std::int64_t lastTimeNs = 0;
 
     void Step(const Vector<Real>& accelerometer, const Vector<Real>& gyroscope, std::int64_t nowNs)
     {
-        const Real half = static_cast<Real>(0.5);
-        const Vector<Real> omega{(gyroscope.x + lastAngularVelocity.x) * half,
-                                 (gyroscope.y + lastAngularVelocity.y) * half,
-                                 (gyroscope.z + lastAngularVelocity.z) * half};
-        const auto elapsed =
-            static_cast<Real>(static_cast<double>(nowNs - lastTimeNs) / 1000000000.0);
-        const Rotation<Real> predicted =
-            Normalized(Product(orientation, Turn(elapsed * Length(omega), omega)));
+        const Vector<Real> omega{(gyroscope.x + last.x) / 2, (gyroscope.y + last.y) / 2,
+                                 (gyroscope.z + last.z) / 2};
+        const double elapsed = static_cast<double>(nowNs - lastTimeNs) / 1000000000.0;
+        const Rotation<Real> predicted = Normalized(
+            Product(orientation, Turn(static_cast<Real>(elapsed) * Length(omega), omega)));
         const Vector<Real> g = Rotated(predicted, accelerometer);
-        const Real tilt = Arccosine(g.y / Length(g));
+        const auto tilt = static_cast<Real>(std::acos(static_cast<double>(g.y / Length(g))));
         const Vector<Real> axis{g.z, 0, -g.x};
         const Real angle = tilt * static_cast<Real>(-0.001);
         orientation = Normalized(Product(Turn(angle, axis), predicted));
-        lastAngularVelocity = gyroscope;
+        last = gyroscope;
         lastTimeNs = nowNs;
     }
 
     Rotation<Real> Predicted(std::int64_t nowNs) const
     {
-        const auto speed = static_cast<double>(Length(lastAngularVelocity));
         const double ms = static_cast<double>(nowNs - lastTimeNs) / 1000000.0;
-        const auto angle = static_cast<Real>(ms / 1000.0 * speed);
-        return Normalized(Product(orientation, Turn(angle, lastAngularVelocity)));
+        const double angle = ms / 1000.0 * static_cast<double>(Length(last));
+        return Normalized(Product(orientation, Turn(static_cast<Real>(angle), last)));
     }
 };
 

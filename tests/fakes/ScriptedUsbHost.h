@@ -1,15 +1,20 @@
-// A USB host of which the test is the hardware: what is plugged in, what each read returns.
+// A USB host of which the test is the hardware: what is plugged in, what each read returns; and a
+// headset tracker with it.
 #pragma once
 
-#include <qlt/Runtime/Usb.h>
+#include <qlt/Sensors/Hmd.h>
 
+#include "fakes/EventLog.h"
+#include "fakes/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <array>
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
-#include <memory>
-#include <mutex>
-#include <vector>
+#include <iostream>
+#include <optional>
 
 class ScriptedUsbHost final : public qlt::UsbHost
 {
@@ -24,49 +29,156 @@ public:
     };
 
     /// From now on a device is there; the next Open finds it.
-    void Plug(const Device& device);
+    void Plug(const Device& device)
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mDevice = device;
+    }
 
     /// The device is gone: the read that waits, and every later one, fails with length 0.
-    void Unplug();
+    void Unplug()
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mDevice.reset();
+        mChanged.notify_all();
+    }
 
     /// What the next read returns: a report, or its first `length` bytes, as a failed transfer or
     /// not.
-    void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true);
+    void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true)
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mReads.push_back({report, length, succeeds});
+        mChanged.notify_all();
+    }
 
-    /// Waits until the tracker wants to read and nothing is queued.
-    void WaitForIdleRead();
+    /// Waits until the tracker wants to read and nothing is queued; returns the endpoint.
+    int WaitForIdleRead()
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mChanged.wait(lock, [this] { return mReadingFrom >= 0 && mReads.empty(); });
+        return mReadingFrom;
+    }
 
-    /// Waits until so many devices have been closed.
-    void WaitForClosed(int count);
+    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        opened += mDevice ? 1 : 0;
+        return mDevice ? std::make_unique<OpenDevice>(*this, *mDevice) : nullptr;
+    }
 
-    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override;
-
-    int Opened() const;
-    int Closed() const;
-
-    /// The endpoint that the last read came from.
-    int LastEndPoint() const;
+    std::atomic<int> opened{0};
+    std::atomic<int> closed{0};
 
 private:
-    class ScriptedEndPoint;
-    class OpenDevice;
-
     struct Read
     {
-        Report report;
-        std::uint32_t length;
-        bool succeeds;
+        Report report{};
+        std::uint32_t length = 0;
+        bool succeeds = false;
     };
 
-    bool NextRead(int endPoint, std::uint8_t* buffer, std::uint32_t& length);
+    /// And its endpoint: the one that was asked for last.
+    struct OpenDevice final : qlt::VendorUsbDevice, qlt::UsbEndPoint
+    {
+        OpenDevice(ScriptedUsbHost& usbHost, const Device& plugged)
+            : host(usbHost)
+            , device(plugged)
+        {
+        }
+        ~OpenDevice() override { ++host.closed; }
+        std::uint16_t VendorId() const override { return device.vendorId; }
+        std::uint16_t ProductId() const override { return device.productId; }
+        std::uint8_t EndPointCount() const override
+        {
+            return static_cast<std::uint8_t>(device.attributes.size());
+        }
+        UsbEndPoint& EndPoint(std::uint8_t index) override { return asked = index, *this; }
+        std::uint8_t Attributes() const override { return device.attributes.at(asked); }
+        bool TransferData(std::uint8_t* buffer, std::uint32_t& length) override
+        {
+            const Read read = host.NextRead(asked);
+            std::copy_n(read.report.begin(), std::min(read.length, length), buffer);
+            length = read.length;
+            return read.succeeds;
+        }
+        ScriptedUsbHost& host;
+        const Device device;
+        std::uint8_t asked = 0;
+    };
 
-    mutable std::mutex mMutex; // guards everything below
+    Read NextRead(int endPoint)
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mReadingFrom = endPoint;
+        mChanged.notify_all();
+        mChanged.wait(lock, [this] { return !mReads.empty() || !mDevice; });
+        mReadingFrom = -1;
+        Read read;
+        if (!mReads.empty())
+        {
+            read = mReads.front();
+            mReads.pop_front();
+        }
+        return read;
+    }
+
+    std::mutex mMutex; // guards what follows
     std::condition_variable mChanged;
-    bool mPlugged = false;
-    Device mDevice;
+    std::optional<Device> mDevice;
     std::deque<Read> mReads;
-    bool mReading = false;
-    int mOpened = 0;
-    int mClosed = 0;
-    int mLastEndPoint = -1;
+    int mReadingFrom = -1; // the endpoint, while a read waits
+};
+
+/// Reads what is printed, too.
+struct ScriptedHeadset
+{
+    /// The tracker has looked for the device once.
+    explicit ScriptedHeadset(const ScriptedUsbHost::Device& device = {}, std::int64_t nowNs = 0)
+    {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        clock.nowNs = nowNs;
+        host.Plug(device);
+        hmd.emplace(host, clock);
+        clock.WaitForSleep(1);
+    }
+
+    void Start(qlt::TrackerListener& toListener)
+    {
+        listener = &toListener;
+        hmd->AddListener(*listener);
+        hmd->Start();
+    }
+
+    /// All its events are over when this returns.
+    void Deliver(const ScriptedUsbHost::Report& report)
+    {
+        host.QueueRead(report);
+        host.WaitForIdleRead();
+    }
+
+    /// Ends the tracker and collects what was printed.
+    void End()
+    {
+        host.Unplug();
+        clock.KeepAwake();
+        if (listener != nullptr)
+        {
+            hmd->Stop();
+            hmd->RemoveListener(*listener);
+        }
+        hmd.reset();
+        EXPECT_EQ(host.opened, host.closed);
+        out = testing::internal::GetCapturedStdout();
+        err = testing::internal::GetCapturedStderr();
+        std::cout << (testing::Test::HasFailure() ? out : ""); // which holds what failed
+    }
+
+    ScriptedUsbHost host;
+    ManualClock clock;
+    EventLog log;
+    std::optional<qlt::Hmd> hmd;
+    qlt::TrackerListener* listener = nullptr;
+    std::string out, err;
 };

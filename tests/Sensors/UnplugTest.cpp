@@ -30,27 +30,22 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
         hmd.AddListener(log);
         hmd.Start();
         std::size_t reports = 0;
-        for (int cycle = 0, watches = 1; cycle < 1000; ++cycle)
+        for (int cycle = 0; cycle < 1000; ++cycle)
         {
             host.Plug({});
-            const auto watch = [&]
-            {
-                clock.Wake();
-                clock.WaitForSleep(++watches);
-            };
             switch (random() % 4)
             {
             case 0: // never seen
                 break;
             case 1: // just opened
-                watch();
+                clock.Cycle();
                 break;
             case 2: // with a read that waits
-                watch();
+                clock.Cycle();
                 host.WaitForIdleRead();
                 break;
             default: // in the middle of reports
-                watch();
+                clock.Cycle();
                 for (auto i = random() % 3; i > 0; --i)
                 {
                     host.QueueRead(ReportWriter(static_cast<std::uint32_t>(++reports)));
@@ -59,7 +54,7 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
                 break;
             }
             host.Unplug();
-            host.WaitForClosed(host.Opened());
+            Until([&] { return host.opened == host.closed; });
         }
         clock.KeepAwake();
         hmd.Stop();
@@ -67,8 +62,8 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
     }
     testing::internal::GetCapturedStdout();
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(host.Opened(), host.Closed());
-    EXPECT_GT(host.Opened(), 500);
+    EXPECT_EQ(host.opened, host.closed);
+    EXPECT_GT(host.opened, 500);
     EXPECT_EQ(CountOpenHandles(), handles);
     EXPECT_EQ(CountThreads(), threads);
 }

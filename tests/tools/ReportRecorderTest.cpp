@@ -59,7 +59,7 @@ protected:
             between();
         }
         host.QueueRead(ReportWriter(1), 63); // no report
-        host.WaitForClosed(1);
+        Until([this] { return host.closed == 1; });
         clock.KeepAwake();
         hmd.Stop();
         hmd.RemoveListener(log);

@@ -21,10 +21,12 @@
 #define QLT_LOCAL __attribute__((visibility("hidden")))
 #endif
 
-// An inline function that the library exports as well. A Windows compiler emits every inline member
-// of an exported class by itself; an ELF compiler emits only what is used, so the one source file
-// that stands behind the header asks for all of them with QLT_EMIT_INLINE.
-#if defined(QLT_EMIT_INLINE) && defined(__GNUC__)
+// An inline function that the library exports as well. MSVC does so with every inline member of an
+// exported class by itself; GCC and clang emit only what is used, so the one source file that
+// stands behind the header asks for all of them with QLT_EMIT_INLINE.
+#if defined(QLT_EMIT_INLINE) && defined(__GNUC__) && defined(_WIN32) && !defined(QLT_STATIC)
+#define QLT_INLINE __attribute__((used, dllexport)) inline
+#elif defined(QLT_EMIT_INLINE) && defined(__GNUC__)
 #define QLT_INLINE __attribute__((used)) inline
 #else
 #define QLT_INLINE inline

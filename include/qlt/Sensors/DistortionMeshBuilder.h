@@ -49,7 +49,7 @@ public:
     const int* GetIndices() const;
 
 private:
-    struct MeshArrayDeleter
+    struct QLT_LOCAL MeshArrayDeleter
     {
         void operator()(void* array) const;
     };

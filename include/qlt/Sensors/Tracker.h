@@ -120,6 +120,8 @@ protected:
     void NotifyPositionEvent(const Vec3& position, float time);
 
 private:
+    friend struct FlatTracker; // of the flat interface, which copies what the references follow
+
     void StartClientThread();
     void StopClientThread();
 

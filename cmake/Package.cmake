@@ -1,0 +1,35 @@
+# The packages that users take: a ZIP for Windows, a TGZ and a .deb for Linux (cpack in the build
+# folder).
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/cmake/package/README.txt
+        DESTINATION share/doc/QueltaSDK)
+
+if(MINGW)
+  # For MSVC: the flat functions, which are the same for every compiler.
+  set(import_library ${PROJECT_BINARY_DIR}/lib/QueltaSDK.lib)
+  set(definitions ${PROJECT_SOURCE_DIR}/src/qlt/Arch/Win32/QueltaSDK.def)
+  find_program(QLT_DLLTOOL NAMES ${CMAKE_DLLTOOL} x86_64-w64-mingw32-dlltool REQUIRED)
+  add_custom_command(OUTPUT ${import_library} DEPENDS ${definitions}
+                     COMMAND ${QLT_DLLTOOL} -m i386:x86-64 -D QueltaSDK.dll -d ${definitions}
+                             -l ${import_library})
+  add_custom_target(qlt_msvc_import_library ALL DEPENDS ${import_library})
+  install(FILES ${import_library} DESTINATION lib)
+endif()
+
+set(CPACK_PACKAGE_NAME QueltaSDK)
+set(CPACK_PACKAGE_VENDOR Quelta)
+set(CPACK_PACKAGE_CONTACT "Quelta <sdk@quelta.example>")
+string(TOLOWER ${CMAKE_SYSTEM_NAME} system)
+set(CPACK_PACKAGE_FILE_NAME QueltaSDK-${PROJECT_VERSION}-${system}-x86_64)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+else()
+  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEBIAN_PACKAGE_NAME libqueltasdk-dev)
+  set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS
+      "libc6, libstdc++6, libgl1, libegl1, libglew2.2, libusb-1.0-0")
+endif()
+include(CPack)

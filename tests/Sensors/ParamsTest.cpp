@@ -4,20 +4,14 @@
 
 #include "Sensors/DistortConstants.h"
 
+#include "fakes/EventLog.h"
 #include "fakes/FloatBits.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-namespace
-{
-
 using qlt::Params;
-
-float Tangent(float x) { return static_cast<float>(std::tan(static_cast<double>(x))); }
-
-} // namespace
 
 TEST(ParamsTest, DescribesTheHeadset)
 {
@@ -26,23 +20,22 @@ TEST(ParamsTest, DescribesTheHeadset)
     EXPECT_EQ(Params::EYE_LEFT * 100 + Params::EYE_RIGHT * 10 + Params::EYE_COUNT, 12);
     EXPECT_EQ(Params::COLOR_RED + 10 * Params::COLOR_GREEN + 100 * Params::COLOR_BLUE, 210);
     EXPECT_TRUE(Params::EYE_DISTORT && Params::EYE_RESOLUTION == 1024);
-    const float values[] = {Params::HMD_SCREEN_SIZE_HORZ, Params::HMD_ASPECT_RATIO,
-                            Params::EYE_FOV_DEG,          Params::EYE_ASPECT_RATIO,
-                            Params::EYE_STRETCH,          Params::USER_IPD_M,
-                            Params::USER_NECK_EYE_V_M,    Params::USER_NECK_EYE_H_M};
-    const float expected[] = {125.44f, 1.7777778f, 126.5f, 0.8888889f,
-                              3.0f,    0.0625f,    0.075f, 0.0805f};
-    EXPECT_TRUE(std::equal(std::begin(values), std::end(values), std::begin(expected)));
+    EXPECT_EQ(Text(Params::HMD_SCREEN_SIZE_HORZ, Params::HMD_ASPECT_RATIO, Params::EYE_FOV_DEG,
+                   Params::EYE_ASPECT_RATIO, Params::EYE_STRETCH, Params::USER_IPD_M,
+                   Params::USER_NECK_EYE_V_M, Params::USER_NECK_EYE_H_M),
+              "125.44 1.77778 126.5 0.888889 3 0.0625 0.075 0.0805");
 }
 
 // What is written out as a literal is what the formulas give.
 TEST(ParamsTest, LiteralsAreTheirFormulas)
 {
     using namespace qlt::DistortConstants;
-    const float tangent = Tangent(EYE_FOV_RAD * 0.5f);
+    const auto tangentOf = [](float x)
+    { return static_cast<float>(std::tan(static_cast<double>(x))); };
+    const float tangent = tangentOf(EYE_FOV_RAD * 0.5f);
     const auto half =
         static_cast<float>(std::atan(static_cast<double>(tangent / Params::EYE_ASPECT_RATIO)));
     EXPECT_EQ(Bits(Params::EYE_FOV_Y_DEG), Bits(qlt::MathUtil::Rad2Deg(2.0f * half)));
-    EXPECT_EQ(Bits(DISTORT_FOV_RATIO), Bits(Tangent(DISTORT_FOV_RAD * 0.5f) / tangent));
+    EXPECT_EQ(Bits(DISTORT_FOV_RATIO), Bits(tangentOf(DISTORT_FOV_RAD * 0.5f) / tangent));
     EXPECT_EQ(Bits(DISTORT_SCALE), Bits(DISTORT_WIDTH_RATIO / DISTORT_FOV_RATIO));
 }

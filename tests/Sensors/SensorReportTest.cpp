@@ -11,26 +11,18 @@
 using qlt::DecodeSensorReport;
 using qlt::HEADSET_SCALES;
 
+// 4294967295 us does not fit into single precision: it becomes 4294967296 before the division.
 TEST(SensorReportTest, FieldsComeFromTheirOffsets)
 {
-    ReportWriter report(0x89ABCDEFu);
+    ReportWriter report(0x89ABCDEFu, 0xFFFFFFFFu);
     report.U32(36, 0xA1A2A3A4u).U32(40, 0xB1B2B3B4u).U32(56, 0xC1C2C3C4u).U32(60, 0xD1D2D3D4u);
     report.I16(34, -513).U32(44, 70000).U32(48, 0xFFFFFFFEu).U32(52, 3);
-    const qlt::SensorSample sample = DecodeSensorReport(report, {});
-    EXPECT_EQ(sample.sequence, 0x89ABCDEFu);
-    EXPECT_EQ(sample.reservedA, 0xA1A2A3A4u);
-    EXPECT_EQ(sample.reservedB, 0xB1B2B3B4u);
-    EXPECT_EQ(sample.reservedC, 0xC1C2C3C4u);
-    EXPECT_EQ(sample.reservedD, 0xD1D2D3D4u);
-    EXPECT_EQ(sample.temperature, -513.0f);
-    EXPECT_EQ(Text(sample.position), "70000 -2 3");
-}
-
-// 4294967295 us does not fit into single precision: it becomes 4294967296 before the division.
-TEST(SensorReportTest, DeviceTimeGoesThroughSinglePrecision)
-{
-    EXPECT_EQ(DecodeSensorReport(ReportWriter(1, 0xFFFFFFFFu), {}).deviceTimeS,
-              static_cast<double>(4294967296.0f / 1000000.0f));
+    const qlt::SensorSample s = DecodeSensorReport(report, {});
+    EXPECT_EQ((std::array{s.sequence, s.reservedA, s.reservedB, s.reservedC, s.reservedD}),
+              (std::array{0x89ABCDEFu, 0xA1A2A3A4u, 0xB1B2B3B4u, 0xC1C2C3C4u, 0xD1D2D3D4u}));
+    EXPECT_EQ(s.deviceTimeS, static_cast<double>(4294967296.0f / 1000000.0f));
+    EXPECT_EQ(s.temperature, -513.0f);
+    EXPECT_EQ(Text(s.position), "70000 -2 3");
 }
 
 // The counts (x, y, z), scaled, become (-y, x, z), less the middle of the range and, for the

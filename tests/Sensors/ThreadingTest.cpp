@@ -17,44 +17,50 @@ __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& track
 namespace
 {
 
-void Read(qlt::Tracker& tracker)
+/// Sixteen that read and one whose listener comes and goes and who recentres.
+struct Users
 {
-    for (int i = 0; i < 2000; ++i)
+    explicit Users(qlt::Tracker& tracker)
     {
-        volatile float sum = ReadUnlockedReferences(tracker);
-        sum = tracker.GetPredictedOrientation(0.02f).w() + tracker.GetPredictedPosition(0.02f).x();
-        sum = tracker.GetObjectOrientation(1).w() + tracker.GetClientPosition().x();
-        sum = tracker.IsTracking() && tracker.IsConnected() ? 1.0f : sum;
+        for (int i = 0; i < 16; ++i)
+        {
+            threads.emplace_back([&] { Read(tracker); });
+        }
+        threads.emplace_back([&] { Recentre(tracker); });
     }
-}
-
-/// Sixteen readers, listeners that come and go and a recentring user, while `churn` runs.
-template <typename Churn>
-void Surround(qlt::Tracker& tracker, const Churn& churn)
-{
+    static void Read(qlt::Tracker& tracker)
+    {
+        for (int i = 0; i < 2000; ++i)
+        {
+            ReadUnlockedReferences(tracker);
+            tracker.GetPredictedOrientation(0.02f);
+            tracker.GetPredictedPosition(0.02f);
+            tracker.GetObjectOrientation(1);
+            tracker.GetClientPosition();
+            tracker.IsTracking();
+            tracker.IsConnected();
+        }
+    }
+    static void Recentre(qlt::Tracker& tracker)
+    {
+        for (int i = 0; i < 200; ++i)
+        {
+            EventLog listener;
+            tracker.AddListener(listener);
+            tracker.ResetYawOrigin();
+            tracker.RemoveListener(listener);
+        }
+    }
+    void Join()
+    {
+        for (std::thread& thread : threads)
+        {
+            thread.join();
+        }
+    }
     AssertionRecorder assertions; // a yaw reset that meets the identity reports its zero axis
     std::vector<std::thread> threads;
-    for (int i = 0; i < 16; ++i)
-    {
-        threads.emplace_back([&] { Read(tracker); });
-    }
-    threads.emplace_back(
-        [&]
-        {
-            for (int i = 0; i < 200; ++i)
-            {
-                EventLog listener;
-                tracker.AddListener(listener);
-                tracker.ResetYawOrigin();
-                tracker.RemoveListener(listener);
-            }
-        });
-    churn();
-    for (std::thread& thread : threads)
-    {
-        thread.join();
-    }
-}
+};
 
 } // namespace
 
@@ -63,16 +69,14 @@ TEST(ThreadingTest, ReadersAndListenersBesideASimulatorThatStartsAndStops)
     ManualClock clock;
     clock.KeepAwake();
     qlt::SimulatorTracker tracker(clock);
-    const auto startAndStop = [&]
+    Users users(tracker);
+    for (int i = 0; i < 100; ++i)
     {
-        for (int i = 0; i < 100; ++i)
-        {
-            tracker.Start();
-            std::this_thread::yield();
-            tracker.Stop();
-        }
-    };
-    Surround(tracker, startAndStop);
+        tracker.Start();
+        std::this_thread::yield();
+        tracker.Stop();
+    }
+    users.Join();
 }
 
 TEST(ThreadingTest, ReadersAndListenersBesideAHeadsetThatComesAndGoes)
@@ -80,19 +84,19 @@ TEST(ThreadingTest, ReadersAndListenersBesideAHeadsetThatComesAndGoes)
     ScriptedHeadset headset;
     headset.clock.KeepAwake();
     headset.Start(headset.log);
-    std::atomic<bool> done{false};
+    Users users(*headset.hmd);
     // A read blocks whoever asks for the connection, so the reports keep coming until the end.
+    std::atomic<bool> done{false};
     std::thread hardware(
         [&]
         {
             for (std::uint32_t i = 0; !done || headset.host.opened < 3; ++i)
             {
-                headset.host.Plug({});
                 headset.host.QueueRead(ReportWriter(i), i % 50 == 49 ? 17 : 64);
                 std::this_thread::yield();
             }
         });
-    Surround(*headset.hmd, [] {});
+    users.Join();
     done = true;
     hardware.join();
     headset.End();

@@ -40,15 +40,12 @@ protected:
 class TrackerTest : public testing::Test
 {
 protected:
-    /// Forgets that the tracker is idle meanwhile, and what the recentring is told.
-    void Orient(const Quaternion& q, bool recentre = true)
+    /// There; what is taken of the assertions then is what the recentring is told.
+    void Recentre(const Quaternion& q)
     {
-        tracker.NotifyOrientationEvent(q, 0.0f);
+        tracker.NotifyOrientationEvent(q, 0);
         assertions.Take();
-        if (recentre)
-        {
-            tracker.ResetYawOrigin();
-        }
+        tracker.ResetYawOrigin();
     }
 
     AssertionRecorder assertions;
@@ -115,40 +112,31 @@ TEST_F(TrackerTest, EventsWhileIdleAreReportedAndStillDelivered)
     EXPECT_EQ(Text(tracker.GetOrientation()), "0 0 0 1");
 }
 
-TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddresses)
+TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddressesAndMayReadAndRecentre)
 {
     std::vector<int> called;
+    std::vector<Quaternion> seen;
     OrientationListener listeners[3];
     for (const int i : {2, 0, 1})
     {
-        listeners[i].call = [&called, i](const Quaternion&) { called.push_back(i); };
+        listeners[i].call = [&, i](const Quaternion& q)
+        {
+            called.push_back(i);
+            seen.push_back(q);
+            EXPECT_EQ(Text(q), Text(tracker.GetOrientation()));
+            tracker.ResetYawOrigin();
+        };
         tracker.AddListener(listeners[i]);
     }
-    Orient(Quaternion());
-    EXPECT_EQ(called, (std::vector<int>{0, 1, 2}));
+    tracker.NotifyOrientationEvent(AboutY(0.7f), 0);
+    tracker.NotifyOrientationEvent(AboutY(0.7f), 0);
+    EXPECT_EQ(called, (std::vector<int>{0, 1, 2, 0, 1, 2}));
+    ExpectNear(seen.at(0), AboutY(0.7f), 0);
+    ExpectNear(seen.at(3), Quaternion::Identity, 1e-6f);
     for (OrientationListener& listener : listeners)
     {
         tracker.RemoveListener(listener);
     }
-}
-
-TEST_F(TrackerTest, AListenerMayReadAndRecentreInsideACall)
-{
-    std::vector<Quaternion> seen;
-    OrientationListener listener;
-    listener.call = [&](const Quaternion& q)
-    {
-        EXPECT_EQ(Text(q), Text(tracker.GetOrientation()));
-        seen.push_back(q);
-        tracker.ResetYawOrigin();
-    };
-    tracker.AddListener(listener);
-    Orient(AboutY(0.7f), false);
-    ExpectNear(tracker.GetOrientation(), Quaternion::Identity, 1e-6f);
-    Orient(AboutY(0.7f), false);
-    ExpectNear(seen.at(0), AboutY(0.7f), 0);
-    ExpectNear(seen.at(1), Quaternion::Identity, 1e-6f);
-    tracker.RemoveListener(listener);
 }
 
 TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndPersists)
@@ -157,36 +145,41 @@ TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndPersists)
                                     Quaternion::RotationQuaternion(0.2f, Vec3(0, 0, 1));
     for (const float yaw : {0.7f, -2.5f})
     {
-        Orient(AboutY(yaw) * pitchAndRoll);
-        ExpectNear(tracker.GetOrientation(), pitchAndRoll, 1e-6f);
+        Recentre(AboutY(yaw) * pitchAndRoll);
         EXPECT_EQ(assertions.Take(), Reports{});
-        Orient(AboutY(yaw + 0.3f) * pitchAndRoll, false);
+        ExpectNear(tracker.GetOrientation(), pitchAndRoll, 1e-6f);
+        tracker.NotifyOrientationEvent(AboutY(yaw + 0.3f) * pitchAndRoll, 0);
         ExpectNear(tracker.GetOrientation(), AboutY(0.3f) * pitchAndRoll, 1e-6f);
     }
 }
 
 TEST_F(TrackerTest, TheYawOriginEntersAPredictionTwice)
 {
-    Orient(AboutY(0.5f));
+    Recentre(AboutY(0.5f));
     ExpectNear(tracker.GetPredictedOrientation(1.0f), AboutY(-0.5f), 1e-6f);
 }
 
 // What the formulas give where there is no heading, or none to turn: the same every time, reported.
+// Straight up, what is left of the heading is rounding. Backward, half a turn about an axis of
+// length zero is the zero quaternion, or nearly.
 TEST_F(TrackerTest, DegenerateHeadingsAreReported)
 {
-    const std::string length = "length > FLT_EPSILON|Math/Vector";
     const float h = std::sqrt(0.5f);
-    Orient(Quaternion::Identity);
-    EXPECT_EQ(assertions.TakeTexts(), Reports{length});
-    EXPECT_EQ(Text(tracker.GetOrientation()), "1 0 0 0");
-
-    Orient(Quaternion(h, h, 0, 0)); // straight up, and what is left of the heading is rounding
-    const Reports up = assertions.TakeTexts();
-    ASSERT_EQ(up.size(), 3u);
-    EXPECT_EQ(up[0], "!IsZero()|Math/Vector");
-    EXPECT_EQ(up[1], length);
-
-    // Backward: half a turn about an axis of length zero is the zero quaternion, or nearly.
-    Orient(Quaternion(0, 0, 1, 0));
-    EXPECT_EQ(assertions.TakeTexts(), (Reports{length, "norm > FLT_EPSILON|Math/Quaternion"}));
+    const std::string length = "length > FLT_EPSILON|Math/Vector";
+    const struct
+    {
+        Quaternion orientation;
+        std::size_t count;
+        std::string first, second;
+    } rows[] = {{Quaternion::Identity, 1, length, ""},
+                {Quaternion(h, h, 0, 0), 3, "!IsZero()|Math/Vector", length},
+                {Quaternion(0, 0, 1, 0), 2, length, "norm > FLT_EPSILON|Math/Quaternion"}};
+    for (const auto& row : rows)
+    {
+        Recentre(row.orientation);
+        Reports reports = assertions.TakeTexts();
+        EXPECT_EQ(reports.size(), row.count);
+        reports.resize(2);
+        EXPECT_EQ(reports, (Reports{row.first, row.second}));
+    }
 }

@@ -14,9 +14,6 @@ public:
     AssertionRecorder() { Take(); }
     ~AssertionRecorder() { qlt::SetAssertionHandler(mPrevious); }
 
-    AssertionRecorder(const AssertionRecorder&) = delete;
-    AssertionRecorder& operator=(const AssertionRecorder&) = delete;
-
     /// What was reported since the last call, in order: "TEXT|FILE|LINE".
     std::vector<std::string> Take()
     {
@@ -38,12 +35,10 @@ public:
 private:
     static void Record(const wchar_t* condition, const wchar_t* file, unsigned line)
     {
+        const std::wstring text =
+            std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line);
         const std::lock_guard<std::mutex> lock(sMutex);
-        std::string& report = sReports.emplace_back();
-        for (const wchar_t c : std::wstring(condition) + L"|" + file + L"|" + std::to_wstring(line))
-        {
-            report.push_back(static_cast<char>(c));
-        }
+        sReports.emplace_back(text.begin(), text.end());
     }
 
     inline static std::mutex sMutex; // guards what follows

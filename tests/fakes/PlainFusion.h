@@ -1,5 +1,5 @@
-// The orientation filter written down plainly, step by step and without the library: what the
-// library is compared with, to the last bit in single precision and within rounding in double.
+// The orientation filter written down plainly, step by step and without the library, which is
+// compared with it to the last bit.
 #pragma once
 
 #include <cmath>
@@ -8,26 +8,19 @@
 namespace plain
 {
 
-template <typename Real>
 struct Vector
 {
-    Real x = 0, y = 0, z = 0;
+    float x = 0, y = 0, z = 0;
 };
 
-template <typename Real>
 struct Rotation
 {
-    Real w = 1, x = 0, y = 0, z = 0;
+    float w = 1, x = 0, y = 0, z = 0;
 };
 
-template <typename Real>
-Real Length(const Vector<Real>& v)
-{
-    return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-}
+inline float Length(const Vector& v) { return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z); }
 
-template <typename Real>
-Rotation<Real> Product(const Rotation<Real>& a, const Rotation<Real>& b)
+inline Rotation Product(const Rotation& a, const Rotation& b)
 {
     return {a.w * b.w - a.x * b.x - a.y * b.y - a.z * b.z,
             a.w * b.x + a.x * b.w + a.y * b.z - a.z * b.y,
@@ -35,60 +28,60 @@ Rotation<Real> Product(const Rotation<Real>& a, const Rotation<Real>& b)
             a.w * b.z + a.z * b.w + a.x * b.y - a.y * b.x};
 }
 
-template <typename Real>
-Rotation<Real> Normalized(const Rotation<Real>& q)
+inline Rotation Normalized(const Rotation& q)
 {
-    const Real r = 1 / std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+    const float r = 1 / std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
     return {q.w * r, q.x * r, q.y * r, q.z * r};
 }
 
-template <typename Real>
-Rotation<Real> Turn(Real angle, const Vector<Real>& axis)
+inline Rotation Inverse(const Rotation& q)
 {
-    const Real r = 1 / Length(axis);
-    const auto half = static_cast<double>(angle / 2);
-    const Real c = static_cast<Real>(std::cos(half)), s = static_cast<Real>(std::sin(half));
-    return Normalized(Rotation<Real>{c, s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
+    const float r = 1 / (q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+    return {q.w * r, -q.x * r, -q.y * r, -q.z * r};
 }
 
-template <typename Real>
-Vector<Real> Rotated(const Rotation<Real>& q, const Vector<Real>& p)
+inline Rotation Turn(float angle, const Vector& axis)
 {
-    const Real r = 1 / (q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
-    const Rotation<Real> inverse{q.w * r, -q.x * r, -q.y * r, -q.z * r};
-    const Rotation<Real> result = Product(Product(q, Rotation<Real>{0, p.x, p.y, p.z}), inverse);
+    const float r = 1 / Length(axis);
+    const auto half = static_cast<double>(angle / 2);
+    const auto s = static_cast<float>(std::sin(half));
+    return Normalized(
+        {static_cast<float>(std::cos(half)), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
+}
+
+inline Vector Rotated(const Rotation& q, const Vector& p)
+{
+    const Rotation result = Product(Product(q, {0, p.x, p.y, p.z}), Inverse(q));
     return {result.x, result.y, result.z};
 }
 
 /// No axis may be exactly zero.
-template <typename Real>
 struct Fusion
 {
-    Rotation<Real> orientation;
-    Vector<Real> last; // angular velocity
+    Rotation orientation;
+    Vector last; // angular velocity
     std::int64_t lastTimeNs = 0;
 
-    void Step(const Vector<Real>& accelerometer, const Vector<Real>& gyroscope, std::int64_t nowNs)
+    void Step(const Vector& accelerometer, const Vector& gyroscope, std::int64_t nowNs)
     {
-        const Vector<Real> omega{(gyroscope.x + last.x) / 2, (gyroscope.y + last.y) / 2,
-                                 (gyroscope.z + last.z) / 2};
-        const double elapsed = static_cast<double>(nowNs - lastTimeNs) / 1000000000.0;
-        const Rotation<Real> predicted = Normalized(
-            Product(orientation, Turn(static_cast<Real>(elapsed) * Length(omega), omega)));
-        const Vector<Real> g = Rotated(predicted, accelerometer);
-        const auto tilt = static_cast<Real>(std::acos(static_cast<double>(g.y / Length(g))));
-        const Vector<Real> axis{g.z, 0, -g.x};
-        const Real angle = tilt * static_cast<Real>(-0.001);
-        orientation = Normalized(Product(Turn(angle, axis), predicted));
+        const Vector omega{(gyroscope.x + last.x) / 2, (gyroscope.y + last.y) / 2,
+                           (gyroscope.z + last.z) / 2};
+        const auto elapsed =
+            static_cast<float>(static_cast<double>(nowNs - lastTimeNs) / 1000000000.0);
+        const Rotation predicted =
+            Normalized(Product(orientation, Turn(elapsed * Length(omega), omega)));
+        const Vector g = Rotated(predicted, accelerometer);
+        const auto tilt = static_cast<float>(std::acos(static_cast<double>(g.y / Length(g))));
+        orientation = Normalized(Product(Turn(tilt * -0.001f, {g.z, 0, -g.x}), predicted));
         last = gyroscope;
         lastTimeNs = nowNs;
     }
 
-    Rotation<Real> Predicted(std::int64_t nowNs) const
+    Rotation Predicted(std::int64_t nowNs) const
     {
         const double ms = static_cast<double>(nowNs - lastTimeNs) / 1000000.0;
         const double angle = ms / 1000.0 * static_cast<double>(Length(last));
-        return Normalized(Product(orientation, Turn(static_cast<Real>(angle), last)));
+        return Normalized(Product(orientation, Turn(static_cast<float>(angle), last)));
     }
 };
 

@@ -73,9 +73,9 @@ public:
 private:
     struct Read
     {
-        Report report{};
-        std::uint32_t length = 0;
-        bool succeeds = false;
+        Report report;
+        std::uint32_t length;
+        bool succeeds;
     };
 
     /// And its endpoint: the one that was asked for last.
@@ -97,31 +97,26 @@ private:
         std::uint8_t Attributes() const override { return device.attributes.at(asked); }
         bool TransferData(std::uint8_t* buffer, std::uint32_t& length) override
         {
-            const Read read = host.NextRead(asked);
-            std::copy_n(read.report.begin(), std::min(read.length, length), buffer);
+            std::unique_lock<std::mutex> lock(host.mMutex);
+            host.mReadingFrom = asked;
+            host.mChanged.notify_all();
+            host.mChanged.wait(lock, [this] { return !host.mReads.empty() || !host.mDevice; });
+            host.mReadingFrom = -1;
+            length = 0;
+            if (host.mReads.empty())
+            {
+                return false;
+            }
+            const Read read = host.mReads.front();
+            host.mReads.pop_front();
             length = read.length;
+            std::copy_n(read.report.begin(), length, buffer);
             return read.succeeds;
         }
         ScriptedUsbHost& host;
         const Device device;
         std::uint8_t asked = 0;
     };
-
-    Read NextRead(int endPoint)
-    {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mReadingFrom = endPoint;
-        mChanged.notify_all();
-        mChanged.wait(lock, [this] { return !mReads.empty() || !mDevice; });
-        mReadingFrom = -1;
-        Read read;
-        if (!mReads.empty())
-        {
-            read = mReads.front();
-            mReads.pop_front();
-        }
-        return read;
-    }
 
     std::mutex mMutex; // guards what follows
     std::condition_variable mChanged;
@@ -134,11 +129,10 @@ private:
 struct ScriptedHeadset
 {
     /// The tracker has looked for the device once.
-    explicit ScriptedHeadset(const ScriptedUsbHost::Device& device = {}, std::int64_t nowNs = 0)
+    explicit ScriptedHeadset(const ScriptedUsbHost::Device& device = {})
     {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        clock.nowNs = nowNs;
         host.Plug(device);
         hmd.emplace(host, clock);
         clock.WaitForSleep(1);

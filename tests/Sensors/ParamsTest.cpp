@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 using qlt::Params;
 
 TEST(ParamsTest, DescribesTheHeadset)

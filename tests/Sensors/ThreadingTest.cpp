@@ -1,6 +1,4 @@
 // A running tracker among many threads; what it finds, it finds under the thread sanitizer.
-#include <qlt/Sensors/SimulatorTracker.h>
-
 #include "fakes/AssertionRecorder.h"
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedUsbHost.h"
@@ -14,21 +12,15 @@ __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& track
     return tracker.GetOrientation().x() + tracker.GetPosition().y();
 }
 
-namespace
+// The device is lost and found while its tracker stops and starts, and its user recentres.
+TEST(ThreadingTest, SixteenReadersBesideAHeadsetThatComesAndGoesAndAListenerThatDoes)
 {
-
-/// Sixteen that read and one whose listener comes and goes and who recentres.
-struct Users
-{
-    explicit Users(qlt::Tracker& tracker)
-    {
-        for (int i = 0; i < 16; ++i)
-        {
-            threads.emplace_back([&] { Read(tracker); });
-        }
-        threads.emplace_back([&] { Recentre(tracker); });
-    }
-    static void Read(qlt::Tracker& tracker)
+    AssertionRecorder assertions; // a yaw reset that meets the identity reports its zero axis
+    ScriptedHeadset headset;
+    qlt::Tracker& tracker = *headset.hmd;
+    headset.clock.KeepAwake();
+    headset.Start(headset.log);
+    const auto read = [&]
     {
         for (int i = 0; i < 2000; ++i)
         {
@@ -40,63 +32,36 @@ struct Users
             tracker.IsTracking();
             tracker.IsConnected();
         }
-    }
-    static void Recentre(qlt::Tracker& tracker)
+    };
+    std::atomic<bool> done{false};
+    // A read blocks whoever asks for the connection, so the reports keep coming until the end.
+    const auto report = [&]
     {
-        for (int i = 0; i < 200; ++i)
+        for (std::uint32_t i = 0; !done || headset.host.opened < 3; ++i)
         {
-            EventLog listener;
-            tracker.AddListener(listener);
-            tracker.ResetYawOrigin();
-            tracker.RemoveListener(listener);
+            headset.host.QueueRead(ReportWriter(i), i % 50 == 49 ? 17 : 64);
+            std::this_thread::yield();
         }
-    }
-    void Join()
+    };
+    std::thread hardware(report);
+    std::vector<std::thread> readers(16);
+    for (std::thread& reader : readers)
     {
-        for (std::thread& thread : threads)
-        {
-            thread.join();
-        }
+        reader = std::thread(read);
     }
-    AssertionRecorder assertions; // a yaw reset that meets the identity reports its zero axis
-    std::vector<std::thread> threads;
-};
-
-} // namespace
-
-TEST(ThreadingTest, ReadersAndListenersBesideASimulatorThatStartsAndStops)
-{
-    ManualClock clock;
-    clock.KeepAwake();
-    qlt::SimulatorTracker tracker(clock);
-    Users users(tracker);
     for (int i = 0; i < 100; ++i)
     {
-        tracker.Start();
-        std::this_thread::yield();
         tracker.Stop();
+        EventLog listener;
+        tracker.AddListener(listener);
+        tracker.Start();
+        tracker.ResetYawOrigin();
+        tracker.RemoveListener(listener);
     }
-    users.Join();
-}
-
-TEST(ThreadingTest, ReadersAndListenersBesideAHeadsetThatComesAndGoes)
-{
-    ScriptedHeadset headset;
-    headset.clock.KeepAwake();
-    headset.Start(headset.log);
-    Users users(*headset.hmd);
-    // A read blocks whoever asks for the connection, so the reports keep coming until the end.
-    std::atomic<bool> done{false};
-    std::thread hardware(
-        [&]
-        {
-            for (std::uint32_t i = 0; !done || headset.host.opened < 3; ++i)
-            {
-                headset.host.QueueRead(ReportWriter(i), i % 50 == 49 ? 17 : 64);
-                std::this_thread::yield();
-            }
-        });
-    users.Join();
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
     done = true;
     hardware.join();
     headset.End();

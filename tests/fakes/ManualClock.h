@@ -21,7 +21,7 @@ void Until(const Condition& condition)
 class ManualClock final : public qlt::Clock
 {
 public:
-    std::int64_t NowNs() override { return nowNs; }
+    std::int64_t NowNs() override { return nowNs += stepNs; }
 
     void SleepNs(std::int64_t durationNs) override
     {
@@ -47,6 +47,7 @@ public:
     void KeepAwake() { mAwake = true; }
 
     std::atomic<std::int64_t> nowNs{0};
+    std::atomic<std::int64_t> stepNs{0}; // with every look at the time
     std::atomic<std::int64_t> lastSleepNs{0};
 
 private:

@@ -1,5 +1,4 @@
-// The orientation filter written down plainly, step by step and without the library, which is
-// compared with it to the last bit.
+// The orientation filter written down plainly, step by step and without the library.
 #pragma once
 
 #include <cmath>

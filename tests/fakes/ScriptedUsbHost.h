@@ -15,6 +15,7 @@
 #include <deque>
 #include <iostream>
 #include <optional>
+#include <tuple>
 
 class ScriptedUsbHost final : public qlt::UsbHost
 {
@@ -48,7 +49,7 @@ public:
     void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true)
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        mReads.push_back({report, length, succeeds});
+        mReads.emplace_back(report, length, succeeds);
         mChanged.notify_all();
     }
 
@@ -71,13 +72,6 @@ public:
     std::atomic<int> closed{0};
 
 private:
-    struct Read
-    {
-        Report report;
-        std::uint32_t length;
-        bool succeeds;
-    };
-
     /// And its endpoint: the one that was asked for last.
     struct OpenDevice final : qlt::VendorUsbDevice, qlt::UsbEndPoint
     {
@@ -107,11 +101,10 @@ private:
             {
                 return false;
             }
-            const Read read = host.mReads.front();
+            const auto [report, size, succeeds] = host.mReads.front();
             host.mReads.pop_front();
-            length = read.length;
-            std::copy_n(read.report.begin(), length, buffer);
-            return read.succeeds;
+            std::copy_n(report.begin(), length = size, buffer);
+            return succeeds;
         }
         ScriptedUsbHost& host;
         const Device device;
@@ -121,7 +114,7 @@ private:
     std::mutex mMutex; // guards what follows
     std::condition_variable mChanged;
     std::optional<Device> mDevice;
-    std::deque<Read> mReads;
+    std::deque<std::tuple<Report, std::uint32_t, bool>> mReads;
     int mReadingFrom = -1; // the endpoint, while a read waits
 };
 

@@ -5,7 +5,8 @@
     scripts/check_rooms.py --self-test    breaks each rule in a small tree and sees it noticed
 
 A room is a folder of include/qlt and src/qlt. Its wing for one system is src/qlt/Arch/SYSTEM/ROOM;
-tools, tests and benchmarks may have wings too, in any folder called Arch.
+tools, tests and benchmarks may have wings too, in any folder called Arch. A wing includes its own
+headers; nothing else does.
 """
 
 import pathlib
@@ -74,6 +75,12 @@ def room_of(path):
     return ROOMS.index(name) if name in ROOMS else -1
 
 
+def wing_of(path):
+    """The folder .../Arch/SYSTEM that the file is in; None outside of a wing."""
+    match = re.match(r"(?:.*/)?Arch/[^/]+/", path)
+    return match and match.group(0)
+
+
 class House:
     def __init__(self, root):
         self.root = pathlib.Path(root)
@@ -137,11 +144,12 @@ class House:
         parts = file[len("src/qlt/"):-len(".cpp")].split("/")
         own = "/".join(parts[2:] if parts[0] == "Arch" else parts) + ".h"
         headers = {f"{folder}/{own}" for folder in ("include/qlt", "src/qlt")} & self.known
+        headers |= {file[:-len(".cpp")] + ".h"} & self.known
         if headers and target not in headers:
             self.report(file, number, f"does not include its own header {own} first")
 
     def check_target(self, file, number, quote, target):
-        if "/Arch/" in target:
+        if wing_of(target) not in (None, wing_of(file)):
             self.report(file, number, f"includes {target} from a wing")
         if file.startswith("include/") and (quote == '"' or not target.startswith("include/")):
             self.report(file, number, "is public and includes other than <qlt/...>")
@@ -229,6 +237,15 @@ class SelfTest(unittest.TestCase):
     def test_nothing_includes_a_wing(self):
         self.assert_broken("from a wing", src__qlt__Arch__Linux__Runtime__W_h="",
                            src__qlt__Runtime__R_h='#include "Arch/Linux/Runtime/W.h"\n')
+
+    def test_a_wing_includes_its_own_headers(self):
+        wing = "src__qlt__Arch__Win32__Runtime__"
+        self.assert_kept(**{wing + "W_h": "", wing + "W_cpp": '#include "W.h"\n',
+                            wing + "V_cpp": '\n#include "W.h"\n'})
+        self.assert_broken("own header Runtime/W.h first", **{
+            wing + "W_h": "", wing + "W_cpp": '#include <windows.h>\n#include "W.h"\n'})
+        self.assert_broken("from a wing", src__qlt__Arch__Linux__Runtime__W_h="",
+                           **{wing + "V_cpp": '#include "Arch/Linux/Runtime/W.h"\n'})
 
     def test_system_headers_stay_in_wings(self):
         for header in ("windows.h", "unistd.h", "sys/mman.h", "pthread.h", "CLI/CLI.hpp"):

@@ -1,0 +1,177 @@
+// Descriptors as devices send them: whole, cut, and lying about their lengths. The bytes follow the
+// records of the USB standard.
+#include "Runtime/UsbDescriptors.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace
+{
+
+using namespace qlt;
+using Bytes = std::vector<std::uint8_t>;
+
+const Bytes CONFIGURATION = {9, 2, 0, 0, 1, 1, 0, 0x80, 250};
+const Bytes INTERRUPT = {7, 5, 0x81, 3, 64, 0, 1};
+const Bytes BULK = {7, 5, 0x82, 2, 0x00, 0x02, 0};
+
+Bytes Interface(std::uint8_t number, std::uint8_t alternate, std::uint8_t endPoints)
+{
+    return {9, 4, number, alternate, endPoints, 0xFF, 0, 0, 0};
+}
+
+/// One behind another, with the true length of the whole in the first.
+Bytes Join(const std::vector<Bytes>& records)
+{
+    Bytes all;
+    for (const Bytes& record : records)
+    {
+        all.insert(all.end(), record.begin(), record.end());
+    }
+    all[2] = static_cast<std::uint8_t>(all.size() & 0xFF);
+    all[3] = static_cast<std::uint8_t>(all.size() >> 8);
+    return all;
+}
+
+Bytes Headset() { return Join({CONFIGURATION, Interface(0, 0, 2), INTERRUPT, BULK}); }
+
+/// The addresses of the endpoints found. The bytes are moved to memory of exactly their size, where
+/// a sanitizer sees a step past the end.
+Bytes Addresses(const Bytes& bytes)
+{
+    Bytes addresses;
+    for (const UsbEndPointRecord& endPoint : ParseConfiguration(Bytes(bytes)))
+    {
+        addresses.push_back(endPoint.address);
+    }
+    return addresses;
+}
+
+} // namespace
+
+TEST(UsbDescriptorsTest, ADeviceDescriptorHasTheIds)
+{
+    Bytes bytes = {18, 1, 0, 2, 0xFF, 0xFF, 0xFF, 64, 0xB4, 0x04, 0xF1, 0x00, 0, 1, 0, 0, 0, 1};
+    const std::optional<UsbIds> ids = ParseDeviceDescriptor(bytes);
+    ASSERT_TRUE(ids);
+    EXPECT_EQ(ids->vendor, 0x04B4);
+    EXPECT_EQ(ids->product, 0x00F1);
+
+    bytes[1] = 2;
+    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "another descriptor";
+    bytes[1] = 1;
+    bytes.pop_back();
+    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "cut";
+    EXPECT_FALSE(ParseDeviceDescriptor({}));
+}
+
+TEST(UsbDescriptorsTest, AConfigurationHasTheEndpointsInTheirOrder)
+{
+    const std::vector<UsbEndPointRecord> found = ParseConfiguration(Headset());
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].address, 0x81);
+    EXPECT_EQ(found[0].attributes, 3);
+    EXPECT_EQ(found[0].maxPacket, 64U);
+    EXPECT_EQ(found[1].address, 0x82);
+    EXPECT_EQ(found[1].attributes, 2);
+    EXPECT_EQ(found[1].maxPacket, 512U);
+}
+
+TEST(UsbDescriptorsTest, OtherRecordsAndLongerOnesArePassedOver)
+{
+    const Bytes vendors = {5, 0x24, 1, 2, 3};
+    const Bytes longer = {9, 5, 0x83, 1, 0, 2, 4, 0, 0};
+    EXPECT_EQ(Addresses(Join({CONFIGURATION, vendors, Interface(0, 0, 3), vendors, INTERRUPT,
+                              vendors, longer, BULK})),
+              (Bytes{0x81, 0x83, 0x82}));
+}
+
+TEST(UsbDescriptorsTest, OnlyTheFirstSettingOfTheFirstInterfaceMatters)
+{
+    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(1, 0, 1), BULK, Interface(0, 1, 1), BULK,
+                              Interface(0, 0, 1), INTERRUPT, Interface(0, 2, 1), BULK})),
+              Bytes{0x81});
+    EXPECT_EQ(
+        Addresses(Join({CONFIGURATION, Interface(0, 0, 1), INTERRUPT, Interface(0, 0, 1), BULK})),
+        Bytes{0x81})
+        << "told twice";
+}
+
+TEST(UsbDescriptorsTest, TheAnnouncedNumberOfEndpointsIsALimitOnly)
+{
+    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(0, 0, 1), INTERRUPT, BULK})), Bytes{0x81});
+    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(0, 0, 9), INTERRUPT})), Bytes{0x81});
+    std::vector<Bytes> many(300, INTERRUPT);
+    many.front() = CONFIGURATION;
+    many.insert(many.begin() + 1, Interface(0, 0, 255));
+    EXPECT_EQ(Addresses(Join(many)).size(), MAX_END_POINTS);
+}
+
+TEST(UsbDescriptorsTest, ACutConfigurationHasTheEndpointsThatAreWhole)
+{
+    const Bytes whole = Headset();
+    for (std::size_t size = 0; size <= whole.size(); ++size)
+    {
+        Bytes bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        const std::size_t expected = size < 25 ? 0 : size < 32 ? 1 : 2;
+        EXPECT_EQ(Addresses(bytes).size(), expected) << size << " bytes sent";
+
+        bytes = whole;
+        bytes[2] = static_cast<std::uint8_t>(size);
+        EXPECT_EQ(Addresses(bytes).size(), expected) << size << " bytes announced";
+    }
+}
+
+TEST(UsbDescriptorsTest, AWrongLengthEndsTheWalk)
+{
+    for (const std::size_t record : {std::size_t{9}, std::size_t{18}})
+    {
+        for (const int length : {0, 1, 24, 255})
+        {
+            Bytes bytes = Headset();
+            bytes[record] = static_cast<std::uint8_t>(length);
+            EXPECT_TRUE(Addresses(bytes).empty()) << length << " at " << record;
+        }
+    }
+    Bytes bytes = Headset();
+    bytes[18] = 6; // too short for an endpoint, and the next record starts amiss
+    EXPECT_TRUE(Addresses(bytes).empty());
+    bytes = Headset();
+    bytes[1] = 1;
+    EXPECT_TRUE(Addresses(bytes).empty()) << "no configuration";
+}
+
+TEST(UsbDescriptorsTest, NoBytesLeadOutOfBounds)
+{
+    std::mt19937 random(1);
+    for (int i = 0; i < 20000; ++i)
+    {
+        Bytes bytes = Headset();
+        for (std::uint32_t change = random() % 4; change > 0; --change)
+        {
+            bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
+        }
+        bytes.resize(random() % (bytes.size() + 1));
+        EXPECT_LE(Addresses(bytes).size(), 2U);
+    }
+}
+
+TEST(UsbDescriptorsTest, HighBandwidthEndpointsHaveUpToThreePackets)
+{
+    Bytes twice = BULK;
+    twice[5] = 0x0C; // 1024, and one more
+    const std::vector<UsbEndPointRecord> found =
+        ParseConfiguration(Join({CONFIGURATION, Interface(0, 0, 1), twice}));
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].maxPacket, 2048U);
+}
+
+TEST(UsbDescriptorsTest, SizesAreRoundedUpToWholePackets)
+{
+    EXPECT_EQ(RoundUpToPackets(0x388000, 512), 0x388000U);
+    EXPECT_EQ(RoundUpToPackets(0x388001, 512), 0x388200U);
+    EXPECT_EQ(RoundUpToPackets(1, 64), 64U);
+    EXPECT_EQ(RoundUpToPackets(100, 0), 100U) << "packets of nothing";
+    EXPECT_EQ(RoundUpToPackets(0xFFFFFFFF, 512), 0xFFFFFFFFU);
+}

@@ -1,0 +1,313 @@
+// The virtual headset: a kernel driver for Wine that answers what programs ask of the USB chip
+// vendor's driver, as that one does. A test plugs it in and says what its pipes send.
+#include "VirtualHeadsetControl.h"
+#include "VirtualHeadsetPipe.h"
+
+namespace
+{
+
+using namespace virtual_headset;
+
+constexpr GUID DRIVER_INTERFACE = {
+    0xAE18AA60, 0x7F6A, 0x11D4, {0x97, 0xDD, 0x00, 0x01, 0x02, 0x29, 0xB9, 0x59}};
+
+// The vendor driver's requests.
+constexpr ULONG CONTROL_TRANSFER = 0x220020;
+constexpr ULONG SET_TRANSFER_SIZE = 0x220038;
+constexpr ULONG ABORT_PIPE = 0x220044;
+constexpr ULONG READ_PIPE = 0x22004B;
+
+// Its transfer header.
+constexpr ULONG HEADER_SIZE = 38;
+constexpr ULONG REQUEST = 1;
+constexpr ULONG DESCRIPTOR_TYPE = 3;
+constexpr ULONG LENGTH = 6;
+constexpr ULONG END_POINT = 13;
+
+constexpr UCHAR GET_DESCRIPTOR = 6;
+constexpr ULONG MAX_CONFIGURATION = 512;
+
+// One interface with its two endpoints.
+constexpr UCHAR CONFIGURATION[] = {9, 2, 32,   0, 1,  1, 0, 0x80, 250, //
+                                   9, 4, 0,    0, 2,  0, 0, 0,    0,   //
+                                   7, 5, 0x81, 3, 64, 0, 1,            //
+                                   7, 5, 0x82, 2, 0,  2, 0};
+
+struct Device
+{
+    DEVICE_OBJECT* below;
+    UNICODE_STRING name;
+    BOOLEAN plugged;
+    NTSTATUS descriptorStatus;
+    UCHAR descriptor[18];
+    UCHAR configuration[MAX_CONFIGURATION];
+    ULONG configurationLength;
+    Pipe pipes[PIPE_COUNT];
+    Counts counts;
+};
+
+DEVICE_OBJECT* control; // takes the test's orders
+Device* devices[DEVICE_COUNT];
+
+Pipe* FindPipe(Device& device, UCHAR address)
+{
+    for (ULONG i = 0; i < PIPE_COUNT; ++i)
+    {
+        if (PIPE_ADDRESSES[i] == address)
+        {
+            return &device.pipes[i];
+        }
+    }
+    return nullptr;
+}
+
+NTSTATUS SendDescriptor(const Device& device, IRP* irp, UCHAR* buffer, ULONG size)
+{
+    const bool configuration = buffer[DESCRIPTOR_TYPE] == 2;
+    if (buffer[REQUEST] != GET_DESCRIPTOR || (buffer[DESCRIPTOR_TYPE] != 1 && !configuration))
+    {
+        return Complete(irp, STATUS_UNSUCCESSFUL);
+    }
+    if (device.descriptorStatus != STATUS_SUCCESS)
+    {
+        return Complete(irp, device.descriptorStatus);
+    }
+    const ULONG length = configuration ? device.configurationLength : sizeof(device.descriptor);
+    ULONG count = buffer[LENGTH] + 256U * buffer[LENGTH + 1];
+    count = count < length ? count : length;
+    count = count < size - HEADER_SIZE ? count : size - HEADER_SIZE;
+    RtlCopyMemory(buffer + HEADER_SIZE, configuration ? device.configuration : device.descriptor,
+                  count);
+    return Complete(irp, STATUS_SUCCESS, HEADER_SIZE + count);
+}
+
+NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG room)
+{
+    auto* buffer = static_cast<UCHAR*>(irp->AssociatedIrp.SystemBuffer);
+    if (!device.plugged)
+    {
+        return Complete(irp, STATUS_DEVICE_NOT_CONNECTED);
+    }
+    if (code == CONTROL_TRANSFER && sent >= HEADER_SIZE && room >= HEADER_SIZE)
+    {
+        return SendDescriptor(device, irp, buffer, room);
+    }
+    if (code == READ_PIPE && sent == HEADER_SIZE)
+    {
+        // Elsewhere under Windows; Wine has the input in the system buffer.
+        Pipe* pipe = FindPipe(device, buffer[END_POINT]);
+        return pipe != nullptr ? pipe->Read(irp) : Complete(irp, STATUS_INVALID_PARAMETER);
+    }
+    if (code == ABORT_PIPE && sent == 1)
+    {
+        ++device.counts.aborts;
+        Pipe* pipe = FindPipe(device, buffer[0]);
+        if (pipe != nullptr)
+        {
+            pipe->FailReads(STATUS_CANCELLED);
+        }
+        return Complete(irp, pipe != nullptr ? STATUS_SUCCESS : STATUS_UNSUCCESSFUL);
+    }
+    if (code == SET_TRANSFER_SIZE && sent == 5 && room == 5)
+    {
+        RtlCopyMemory(&device.counts.transferSize, buffer + 1, 4);
+        return Complete(irp, STATUS_SUCCESS, 5);
+    }
+    return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
+}
+
+void SetPlugged(Device& device, BOOLEAN plugged)
+{
+    if (device.plugged == plugged)
+    {
+        return;
+    }
+    device.plugged = plugged;
+    IoSetDeviceInterfaceState(&device.name, plugged);
+    for (Pipe& pipe : device.pipes)
+    {
+        pipe.FailReads(STATUS_DEVICE_NOT_CONNECTED);
+    }
+}
+
+void Configure(Device& device, const UCHAR* bytes, ULONG length)
+{
+    device.configurationLength = length < MAX_CONFIGURATION ? length : MAX_CONFIGURATION;
+    RtlCopyMemory(device.configuration, bytes, device.configurationLength);
+}
+
+void Reset(Device& device)
+{
+    SetPlugged(device, FALSE);
+    Configure(device, CONFIGURATION, sizeof(CONFIGURATION));
+    for (Pipe& pipe : device.pipes)
+    {
+        pipe.DropPushes();
+    }
+}
+
+void Plug(Device& device, const Order& order)
+{
+    const UCHAR descriptor[18] = {18,
+                                  1,
+                                  0,
+                                  2,
+                                  0xFF,
+                                  0xFF,
+                                  0xFF,
+                                  64,
+                                  UCHAR(order.vendorId),
+                                  UCHAR(order.vendorId >> 8),
+                                  UCHAR(order.productId),
+                                  UCHAR(order.productId >> 8),
+                                  0,
+                                  1,
+                                  0,
+                                  0,
+                                  0,
+                                  1};
+    RtlCopyMemory(device.descriptor, descriptor, sizeof(descriptor));
+    device.descriptorStatus = static_cast<NTSTATUS>(order.status);
+    SetPlugged(device, TRUE);
+}
+
+Counts CountAll(const Device& device)
+{
+    Counts counts = device.counts;
+    for (ULONG i = 0; i < PIPE_COUNT; ++i)
+    {
+        counts.pending[i] = device.pipes[i].CountReads();
+        counts.queued[i] = device.pipes[i].CountPushes();
+    }
+    return counts;
+}
+
+NTSTATUS Obey(IRP* irp, ULONG code, ULONG sent, ULONG room)
+{
+    const auto* order = static_cast<const Order*>(irp->AssociatedIrp.SystemBuffer);
+    if (sent < sizeof(Order) || order->device >= DEVICE_COUNT || order->pipe >= PIPE_COUNT ||
+        devices[order->device] == nullptr)
+    {
+        return Complete(irp, STATUS_INVALID_PARAMETER);
+    }
+    Device& device = *devices[order->device];
+    const auto* bytes = reinterpret_cast<const UCHAR*>(order + 1);
+    const ULONG length = sent - static_cast<ULONG>(sizeof(Order));
+    switch (code)
+    {
+    case RESET:
+        Reset(device);
+        break;
+    case PLUG:
+        Plug(device, *order);
+        break;
+    case UNPLUG:
+        SetPlugged(device, FALSE);
+        break;
+    case CONFIGURE:
+        Configure(device, bytes, length);
+        break;
+    case PUSH:
+        return Complete(irp, device.pipes[order->pipe].Push(static_cast<NTSTATUS>(order->status),
+                                                            bytes, length));
+    case COUNT:
+    {
+        const Counts counts = CountAll(device);
+        const ULONG size = room < sizeof(counts) ? room : sizeof(counts);
+        RtlCopyMemory(irp->AssociatedIrp.SystemBuffer, &counts, size);
+        return Complete(irp, STATUS_SUCCESS, size);
+    }
+    default:
+        return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
+    }
+    return Complete(irp, STATUS_SUCCESS);
+}
+
+/// Null for what takes the orders.
+Device* DeviceOf(DEVICE_OBJECT* object)
+{
+    return object == control ? nullptr : static_cast<Device*>(object->DeviceExtension);
+}
+
+NTSTATUS NTAPI OnRequest(DEVICE_OBJECT* object, IRP* irp)
+{
+    const auto& request = IoGetCurrentIrpStackLocation(irp)->Parameters.DeviceIoControl;
+    const ULONG code = request.IoControlCode;
+    const ULONG sent = request.InputBufferLength;
+    const ULONG room = request.OutputBufferLength;
+    Device* device = DeviceOf(object);
+    return device == nullptr ? Obey(irp, code, sent, room)
+                             : AnswerProgram(*device, irp, code, sent, room);
+}
+
+NTSTATUS NTAPI OnOpenOrClose(DEVICE_OBJECT* object, IRP* irp)
+{
+    if (Device* device = DeviceOf(object))
+    {
+        const bool open = IoGetCurrentIrpStackLocation(irp)->MajorFunction == IRP_MJ_CREATE;
+        ++(open ? device->counts.opened : device->counts.closed);
+    }
+    return Complete(irp, STATUS_SUCCESS);
+}
+
+/// The device is there as long as the driver: whatever happens to it is for the one below.
+NTSTATUS NTAPI OnPlugAndPlay(DEVICE_OBJECT* object, IRP* irp)
+{
+    if (DeviceOf(object) == nullptr)
+    {
+        return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
+    }
+    IoSkipCurrentIrpStackLocation(irp);
+    return IoCallDriver(DeviceOf(object)->below, irp);
+}
+
+NTSTATUS NTAPI AddDevice(DRIVER_OBJECT* driver, DEVICE_OBJECT* below)
+{
+    ULONG index = 0;
+    while (index < DEVICE_COUNT && devices[index] != nullptr)
+    {
+        ++index;
+    }
+    DEVICE_OBJECT* object = nullptr;
+    if (index == DEVICE_COUNT || IoCreateDevice(driver, sizeof(Device), nullptr,
+                                                FILE_DEVICE_UNKNOWN, 0, FALSE, &object) != 0)
+    {
+        return STATUS_INSUFFICIENT_RESOURCES;
+    }
+    Device& device = *DeviceOf(object); // all zero
+    device.below = IoAttachDeviceToDeviceStack(object, below);
+    for (Pipe& pipe : device.pipes)
+    {
+        pipe.Init();
+    }
+    Reset(device);
+    const NTSTATUS status =
+        IoRegisterDeviceInterface(below, &DRIVER_INTERFACE, nullptr, &device.name);
+    object->Flags &= ~static_cast<ULONG>(DO_DEVICE_INITIALIZING);
+    devices[index] = &device;
+    return status;
+}
+
+} // namespace
+
+extern "C" NTSTATUS NTAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING*)
+{
+    driver->MajorFunction[IRP_MJ_CREATE] = OnOpenOrClose;
+    driver->MajorFunction[IRP_MJ_CLOSE] = OnOpenOrClose;
+    driver->MajorFunction[IRP_MJ_DEVICE_CONTROL] = OnRequest;
+    driver->MajorFunction[IRP_MJ_PNP] = OnPlugAndPlay;
+    driver->DriverExtension->AddDevice = AddDevice;
+
+    UNICODE_STRING name;
+    UNICODE_STRING link;
+    RtlInitUnicodeString(&name, L"\\Device\\VirtualHeadset");
+    RtlInitUnicodeString(&link, L"\\DosDevices\\VirtualHeadset");
+    const NTSTATUS status =
+        IoCreateDevice(driver, 0, &name, FILE_DEVICE_UNKNOWN, 0, FALSE, &control);
+    if (status != STATUS_SUCCESS)
+    {
+        return status;
+    }
+    control->Flags &= ~static_cast<ULONG>(DO_DEVICE_INITIALIZING);
+    return IoCreateSymbolicLink(&link, &name);
+}

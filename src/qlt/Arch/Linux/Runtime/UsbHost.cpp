@@ -1,15 +1,211 @@
+// The machine's USB over libusb, if it was there when this was built. There is no driver class to
+// ask for; the devices of the chip's vendor take its place.
 #include <qlt/Runtime/Usb.h>
+
+#ifdef QLT_HAVE_LIBUSB
+
+#include "LibusbContext.h"
+#include "LibusbTransfer.h"
+
+#include <utility>
 
 namespace qlt
 {
 namespace
 {
 
-/// A machine without a USB driver for the headset.
+constexpr std::uint16_t VENDOR_ID = 0x04B4;
+constexpr std::uint32_t READ_TIMEOUT_MS = 10000;
+
+using Gate = std::lock_guard<std::mutex>;
+
+std::uint8_t TransferType(std::uint8_t attributes)
+{
+    const bool isInterrupt =
+        (attributes & LIBUSB_TRANSFER_TYPE_MASK) == LIBUSB_ENDPOINT_TRANSFER_TYPE_INTERRUPT;
+    return isInterrupt ? LIBUSB_TRANSFER_TYPE_INTERRUPT : LIBUSB_TRANSFER_TYPE_BULK;
+}
+
+/// libusb and the kernel choose the size of the requests.
+class LibusbEndPoint final : public UsbEndPoint
+{
+public:
+    LibusbEndPoint(libusb_device_handle* device, std::uint8_t address, std::uint8_t attributes)
+        : mAttributes(attributes)
+        , mPipe(std::make_shared<LibusbPipe>(device, address, TransferType(attributes)))
+    {
+    }
+
+    std::uint8_t Attributes() const override { return mAttributes; }
+    std::uint8_t Address() const override { return mPipe->address; }
+
+    bool TransferData(std::uint8_t* buffer, std::uint32_t& length) override
+    {
+        LibusbTransfer transfer(mPipe, buffer, length, nullptr);
+        const bool hasEnded = transfer.Wait(READ_TIMEOUT_MS);
+        transfer.Cancel();
+        const bool succeeded = transfer.Finish(length); // may have come at the last moment
+        length = hasEnded || succeeded ? length : 0;
+        return succeeded;
+    }
+
+    std::unique_ptr<UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
+                                               void* event) override
+    {
+        return std::make_unique<LibusbTransfer>(mPipe, buffer, length, event);
+    }
+
+    void AbortTransfers() override { mPipe->Abort(); }
+
+private:
+    std::uint8_t mAttributes;
+    std::shared_ptr<LibusbPipe> mPipe;
+};
+
+class LibusbDevice final : public VendorUsbDevice
+{
+public:
+    LibusbDevice(std::shared_ptr<LibusbContext> context, LibusbContext::Handle handle)
+        : mContext(std::move(context))
+        , mHandle(std::move(handle))
+    {
+        libusb_device* device = libusb_get_device(mHandle.get());
+        libusb_get_device_descriptor(device, &mDescriptor);
+        mEndPoints.emplace_back(mHandle.get(), std::uint8_t{0}, std::uint8_t{0});
+        libusb_config_descriptor* configuration = nullptr;
+        if (libusb_get_active_config_descriptor(device, &configuration) == LIBUSB_SUCCESS)
+        {
+            AddEndPoints(*configuration);
+            libusb_free_config_descriptor(configuration);
+        }
+    }
+
+    ~LibusbDevice() override
+    {
+        mEndPoints.clear();
+        const Gate gate(LibusbContext::Gate());
+        mHandle.reset();
+        mContext.reset();
+    }
+
+    LibusbDevice(const LibusbDevice&) = delete;
+    LibusbDevice& operator=(const LibusbDevice&) = delete;
+
+    std::uint16_t VendorId() const override { return mDescriptor.idVendor; }
+    std::uint16_t ProductId() const override { return mDescriptor.idProduct; }
+
+    std::uint8_t EndPointCount() const override
+    {
+        return static_cast<std::uint8_t>(mEndPoints.size());
+    }
+
+    UsbEndPoint& EndPoint(std::uint8_t index) override { return mEndPoints.at(index); }
+
+private:
+    void AddEndPoints(const libusb_config_descriptor& configuration)
+    {
+        if (configuration.bNumInterfaces == 0 || configuration.interface->num_altsetting == 0)
+        {
+            return;
+        }
+        const libusb_interface_descriptor& setting = *configuration.interface->altsetting;
+        for (std::uint8_t i = 0; i < setting.bNumEndpoints; ++i)
+        {
+            const libusb_endpoint_descriptor& endPoint = setting.endpoint[i];
+            mEndPoints.emplace_back(mHandle.get(), endPoint.bEndpointAddress,
+                                    endPoint.bmAttributes);
+        }
+    }
+
+    std::shared_ptr<LibusbContext> mContext;
+    LibusbContext::Handle mHandle;
+    libusb_device_descriptor mDescriptor{};
+    std::vector<LibusbEndPoint> mEndPoints;
+};
+
+class LibusbHost final : public UsbHost
+{
+public:
+    std::unique_ptr<VendorUsbDevice> OpenFirst() override { return Open(0); }
+
+    std::uint32_t CountDevices() override
+    {
+        const Gate gate(LibusbContext::Gate());
+        const auto context = LibusbContext::Get();
+        return context == nullptr ? 0 : static_cast<std::uint32_t>(context->Find(VENDOR_ID).size());
+    }
+
+    std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index) override
+    {
+        const Gate gate(LibusbContext::Gate());
+        mError = LIBUSB_SUCCESS;
+        auto context = LibusbContext::Get();
+        if (context == nullptr)
+        {
+            return nullptr;
+        }
+        const auto devices = context->Find(VENDOR_ID);
+        if (index >= devices.size())
+        {
+            return nullptr;
+        }
+        auto handle = context->Open(devices[index], mError);
+        if (handle == nullptr)
+        {
+            return nullptr;
+        }
+        return std::make_unique<LibusbDevice>(std::move(context), std::move(handle));
+    }
+
+    std::string Name() const override
+    {
+        const libusb_version& version = *libusb_get_version();
+        return "libusb " + std::to_string(version.major) + '.' + std::to_string(version.minor) +
+               '.' + std::to_string(version.micro);
+    }
+
+    std::string Problem() const override
+    {
+        const Gate gate(LibusbContext::Gate());
+        switch (mError)
+        {
+        case LIBUSB_ERROR_ACCESS:
+            return "no permission to open the headset; install the udev rule "
+                   "70-quelta-orbel-ixo.rules";
+        case LIBUSB_ERROR_BUSY:
+            return "another program has the headset open";
+        default:
+            return {};
+        }
+    }
+
+private:
+    int mError = LIBUSB_SUCCESS; // of the last try to open, under the gate
+};
+
+} // namespace
+
+UsbHost& UsbHost::System()
+{
+    static UsbHost& host = *new LibusbHost; // for trackers that nobody destroys
+    return host;
+}
+
+} // namespace qlt
+
+#else
+
+namespace qlt
+{
+namespace
+{
+
 class EmptyUsbHost final : public UsbHost
 {
 public:
     std::unique_ptr<VendorUsbDevice> OpenFirst() override { return nullptr; }
+    std::uint32_t CountDevices() override { return 0; }
+    std::string Name() const override { return "built without libusb"; }
 };
 
 } // namespace
@@ -21,3 +217,5 @@ UsbHost& UsbHost::System()
 }
 
 } // namespace qlt
+
+#endif

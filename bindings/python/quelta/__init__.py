@@ -1,0 +1,386 @@
+"""The Quelta Orbel Ixo in Python: the flat interface of QueltaSDK, and three classes over it.
+
+The library is loaded at the first use, or by load(). Orientations are right-handed, y up, -z
+forward; metres, seconds, radians. Getters may be called from any thread. A failure of the system
+inside the library is a C++ exception, which ends the process.
+"""
+
+import ctypes
+import ctypes.util
+import math
+import os
+import pathlib
+import sys
+import weakref
+from ctypes import POINTER, c_bool, c_float, c_int32, c_uint32, c_void_p
+from typing import NamedTuple
+
+__all__ = ["Camera", "Mesh", "Params", "Quaternion", "QueltaError", "Tracker", "Vec3", "load",
+           "params"]
+
+
+class QueltaError(Exception):
+    """What went wrong, in one sentence."""
+
+
+# ---- The flat interface, as in qlt/qlt_c_api.h, without the prefix qlt_.
+
+
+class _Camera(ctypes.Structure):
+    """One class for each kind of handle, so that ctypes notices when they are mixed up."""
+
+
+class _Mesh(ctypes.Structure):
+    pass
+
+
+class _Tracker(ctypes.Structure):
+    pass
+
+
+_CAMERA, _MESH, _TRACKER = POINTER(_Camera), POINTER(_Mesh), POINTER(_Tracker)
+_VALUE = POINTER(c_float)  # a Quaternion, Vec2 or Vec3: four, two or three floats
+
+# The result, then the arguments.
+_FUNCTIONS = {
+    "Camera_New": (_CAMERA, c_uint32),
+    "Camera_Delete": (None, _CAMERA),
+    "Camera_Update": (None, _CAMERA),
+    "Camera_GetTextureId": (c_int32, _CAMERA),
+    "Camera_GetWidth": (c_int32, _CAMERA),
+    "Camera_GetHeight": (c_int32, _CAMERA),
+    "DistortionMeshBuilder_New": (_MESH, c_int32, c_int32, c_bool, c_bool),
+    "DistortionMeshBuilder_Delete": (None, _MESH),
+    "DistortionMeshBuilder_GetNumVertices": (c_int32, _MESH),
+    "DistortionMeshBuilder_GetNumIndices": (c_int32, _MESH),
+    "DistortionMeshBuilder_GetPosition": (c_void_p, _MESH),
+    "DistortionMeshBuilder_GetTextureR": (c_void_p, _MESH),
+    "DistortionMeshBuilder_GetTextureG": (c_void_p, _MESH),
+    "DistortionMeshBuilder_GetTextureB": (c_void_p, _MESH),
+    "DistortionMeshBuilder_GetIndices": (c_void_p, _MESH),
+    "DistortionMeshBuilder_BuildMesh": (None, _MESH),
+    "Hmd_New": (_TRACKER,),
+    "SimulationTracker_New": (_TRACKER,),
+    "Tracker_Delete": (None, _TRACKER),
+    "Tracker_IsConnected": (c_bool, _TRACKER),
+    "Tracker_IsTracking": (c_bool, _TRACKER),
+    "Tracker_GetOrientation": (None, _TRACKER, _VALUE),
+    "Tracker_GetPredictedOrientation": (None, _TRACKER, _VALUE, c_float),
+    "Tracker_GetPosition": (None, _TRACKER, _VALUE),
+    "Tracker_GetObjectPosition": (None, _TRACKER, _VALUE, c_int32),
+    "Tracker_GetObjectOrientation": (None, _TRACKER, _VALUE, c_int32),
+    "Tracker_ResetYawOrigin": (None, _TRACKER),
+    "Tracker_Start": (c_bool, _TRACKER),
+    "Tracker_Stop": (c_bool, _TRACKER),
+    "Quaternion_New": (_VALUE,),
+    "Quaternion_New4": (_VALUE, c_float, c_float, c_float, c_float),
+    "Quaternion_Delete": (None, _VALUE),
+    "Quaternion_w": (c_float, _VALUE),
+    "Quaternion_x": (c_float, _VALUE),
+    "Quaternion_y": (c_float, _VALUE),
+    "Quaternion_z": (c_float, _VALUE),
+    "Quaternion_set_w": (None, _VALUE, c_float),
+    "Quaternion_set_x": (None, _VALUE, c_float),
+    "Quaternion_set_y": (None, _VALUE, c_float),
+    "Quaternion_set_z": (None, _VALUE, c_float),
+    "Quaternion_ConvertToUnity": (None, _VALUE),
+    "Vec2_New": (_VALUE,),
+    "Vec2_Delete": (None, _VALUE),
+    "Vec2_x": (c_float, _VALUE),
+    "Vec2_y": (c_float, _VALUE),
+    "Vec3_New": (_VALUE,),
+    "Vec3_Delete": (None, _VALUE),
+    "Vec3_x": (c_float, _VALUE),
+    "Vec3_y": (c_float, _VALUE),
+    "Vec3_z": (c_float, _VALUE),
+    "Params_EYE_FOV_DEG": (c_float,),
+    "Params_EYE_RESOLUTION": (c_int32,),
+    "Params_EYE_STRETCH": (c_float,),
+    "Params_EYE_DISTORT": (c_bool,),
+    "Params_USER_IPD_M": (c_float,),
+    "Params_USER_NECK_EYE_H_M": (c_float,),
+    "Params_USER_NECK_EYE_V_M": (c_float,),
+}
+
+_FILE = "QueltaSDK.dll" if sys.platform == "win32" else "libQueltaSDK.so"
+_sdk = None
+
+
+def load(path=None):
+    """Loads the library and returns it with its functions declared: the file that is named here, or
+    else by the environment variable QUELTA_SDK, or else beside this module, or else where the system
+    finds it. Without a path it loads once. Raises QueltaError."""
+    global _sdk
+    if _sdk is None or path is not None:
+        _sdk = _declare(_open(path))
+    return _sdk
+
+
+def _open(path):
+    named = path or os.environ.get("QUELTA_SDK")
+    beside = pathlib.Path(__file__).resolve().with_name(_FILE)
+    if named or beside.exists():
+        file = os.path.abspath(named or beside)
+        if not os.path.isfile(file):
+            raise QueltaError(f"QueltaSDK is missing: there is no file {file}.")
+    elif sys.platform == "win32":  # where Python itself does not look along the PATH
+        file = ctypes.util.find_library("QueltaSDK") or _FILE
+    else:
+        file = _FILE
+    try:
+        return ctypes.CDLL(file)
+    except OSError as error:
+        if os.path.isfile(file):
+            bits = 64 if sys.maxsize > 2**32 else 32
+            raise QueltaError(f"{file} is no library for this {bits}-bit Python: {error}.") from None
+        raise QueltaError(f"QueltaSDK is missing: name {_FILE} by the variable QUELTA_SDK, or put it"
+                          f" beside {beside.parent} or where the system finds it ({error}).") from None
+
+
+def _declare(sdk):
+    for name, (result, *arguments) in _FUNCTIONS.items():
+        try:
+            function = getattr(sdk, "qlt_" + name)
+        except AttributeError:
+            raise QueltaError(f"{sdk._name} is not QueltaSDK, or another version of it: it has no"
+                              f" function qlt_{name}.") from None
+        function.restype = result
+        function.argtypes = arguments
+    return sdk
+
+
+# ---- Values.
+
+
+class Vec3(NamedTuple):
+    x: float
+    y: float
+    z: float
+
+
+class Quaternion(NamedTuple):
+    """The scalar part first."""
+    w: float
+    x: float
+    y: float
+    z: float
+
+    def to_unity(self):
+        """The same orientation in the axes of Unity."""
+        value = (c_float * 4)(*self)
+        load().qlt_Quaternion_ConvertToUnity(value)
+        return Quaternion(*value)
+
+
+class Params(NamedTuple):
+    """Constants of the headset and of a default user: degrees, pixels, metres."""
+    eye_fov_deg: float
+    eye_resolution: int
+    eye_stretch: float
+    eye_distort: bool
+    user_ipd_m: float
+    user_neck_eye_h_m: float
+    user_neck_eye_v_m: float
+
+
+def params():
+    return Params(*(getattr(load(), "qlt_Params_" + name.upper())() for name in Params._fields))
+
+
+# ---- Objects.
+
+
+class _Closing:
+    """What a with statement closes at its end."""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+
+class _Owned(_Closing):
+    """An object of the library: deleted by close, when Python collects it, or when the program
+    ends, whichever comes first."""
+
+    def __init__(self, new, delete, *arguments):
+        self._sdk = load()
+        pointer = getattr(self._sdk, new)(*arguments)
+        if not pointer:
+            raise QueltaError("There is no memory left for QueltaSDK.")
+        self._pointer = pointer
+        self._deleter = weakref.finalize(self, delete, self._sdk, pointer)
+
+    @property
+    def _handle(self):
+        if not self._deleter.alive:
+            raise QueltaError(f"This {type(self).__name__} is closed.")
+        return self._pointer
+
+    def close(self):
+        self._deleter()
+
+
+class Tracker(_Owned):
+    """Poses of the head, from Tracker.headset() or Tracker.simulator(). Closing stops it."""
+
+    def __init__(self, kind, new):
+        super().__init__(new, self._end)
+        self.kind = kind
+
+    @classmethod
+    def headset(cls):
+        """The headset, which may be plugged in at any time."""
+        return cls("headset", "qlt_Hmd_New")
+
+    @classmethod
+    def simulator(cls):
+        """Motion without hardware."""
+        return cls("simulator", "qlt_SimulationTracker_New")
+
+    @staticmethod
+    def _end(sdk, tracker):
+        if sdk.qlt_Tracker_IsTracking(tracker):
+            sdk.qlt_Tracker_Stop(tracker)
+        sdk.qlt_Tracker_Delete(tracker)
+
+    def start(self):
+        return self._sdk.qlt_Tracker_Start(self._handle)
+
+    def stop(self):
+        """Waits for the tracker's threads."""
+        return self._sdk.qlt_Tracker_Stop(self._handle)
+
+    @property
+    def is_connected(self):
+        return self._sdk.qlt_Tracker_IsConnected(self._handle)
+
+    @property
+    def is_tracking(self):
+        return self._sdk.qlt_Tracker_IsTracking(self._handle)
+
+    @property
+    def orientation(self):
+        return self._value(Quaternion, self._sdk.qlt_Tracker_GetOrientation)
+
+    def predicted_orientation(self, look_ahead):
+        """The one expected in look_ahead seconds."""
+        return self._value(Quaternion, self._sdk.qlt_Tracker_GetPredictedOrientation, look_ahead)
+
+    @property
+    def position(self):
+        return self._value(Vec3, self._sdk.qlt_Tracker_GetPosition)
+
+    def object_orientation(self, index):
+        """Of an object that the host service tracks; the identity for one that is not there."""
+        return self._value(Quaternion, self._sdk.qlt_Tracker_GetObjectOrientation, index)
+
+    def object_position(self, index):
+        """As object_orientation; zero for one that is not there."""
+        return self._value(Vec3, self._sdk.qlt_Tracker_GetObjectPosition, index)
+
+    def reset_yaw_origin(self):
+        """Makes the direction of now the one of yaw 0."""
+        self._sdk.qlt_Tracker_ResetYawOrigin(self._handle)
+
+    def _value(self, kind, getter, *arguments):
+        value = (c_float * len(kind._fields))()
+        getter(self._handle, value, *arguments)
+        return kind(*value)
+
+
+class _Builder(_Owned):
+    def __init__(self, *arguments):
+        super().__init__("qlt_DistortionMeshBuilder_New", self._end, *arguments)
+        self.get("BuildMesh")
+
+    @staticmethod
+    def _end(sdk, builder):
+        sdk.qlt_DistortionMeshBuilder_Delete(builder)
+
+    def get(self, name):
+        return getattr(self._sdk, "qlt_DistortionMeshBuilder_" + name)(self._handle)
+
+
+class Mesh(_Closing):
+    """The lens mesh of one eye: a grid to draw over the eye's viewport, without back-face culling.
+    Indices are those of a triangle list, or of one strip.
+
+    The arrays are memoryviews of the library's own, a row for each vertex; tolist() copies one into
+    lists. They keep that memory alive, also when the mesh is closed or gone.
+    """
+
+    def __init__(self, columns, rows, left_eye=True, triangle_list=True):
+        if columns < 1 or rows < 1:
+            raise QueltaError(f"A mesh of {columns} x {rows} cells has nothing to draw.")
+        self._builder = _Builder(columns, rows, left_eye, triangle_list)
+
+    @property
+    def positions(self):
+        """x and y in the viewport, -1 .. 1, and the depth: 0 inside the lens, -1.1 outside."""
+        return self._vertices("GetPosition", 3)
+
+    @property
+    def texture_r(self):
+        """Texture coordinates of a colour channel, 0 .. 1."""
+        return self._vertices("GetTextureR", 2)
+
+    @property
+    def texture_g(self):
+        return self._vertices("GetTextureG", 2)
+
+    @property
+    def texture_b(self):
+        return self._vertices("GetTextureB", 2)
+
+    @property
+    def indices(self):
+        return self._array("GetIndices", "i", [self._open_builder().get("GetNumIndices")])
+
+    def close(self):
+        self._builder = None
+
+    def _vertices(self, getter, columns):
+        return self._array(getter, "f", [self._open_builder().get("GetNumVertices"), columns])
+
+    def _array(self, getter, kind, shape):
+        builder = self._open_builder()
+        # Floats and indices have four bytes; of the arrays of ctypes a view can only cast bytes.
+        array = (ctypes.c_ubyte * (4 * math.prod(shape))).from_address(builder.get(getter))
+        array.builder = builder
+        return memoryview(array).cast("B").cast(kind, shape)
+
+    def _open_builder(self):
+        if self._builder is None:
+            raise QueltaError("This Mesh is closed.")
+        return self._builder
+
+
+class Camera(_Owned):
+    """The headset's passthrough image as an OpenGL texture. All of it, and its closing, on the
+    thread whose OpenGL context is current; one camera at a time."""
+
+    def __init__(self, headset, texture_id=0):
+        """With a texture_id of 0 it makes a texture name. headset is a tracker that is connected,
+        because without a headset the library would end the process."""
+        if headset.kind != "headset" or not headset.is_connected:
+            raise QueltaError("The camera needs a headset, and none is connected.")
+        super().__init__("qlt_Camera_New", self._end, texture_id)
+
+    @staticmethod
+    def _end(sdk, camera):
+        sdk.qlt_Camera_Delete(camera)
+
+    def update(self):
+        """Waits for the next frame, for ever if none comes, and uploads it."""
+        self._sdk.qlt_Camera_Update(self._handle)
+
+    @property
+    def texture_id(self):
+        return self._sdk.qlt_Camera_GetTextureId(self._handle)
+
+    @staticmethod
+    def size():
+        """Width and height of the image in pixels, of which the library needs no camera."""
+        return load().qlt_Camera_GetWidth(None), load().qlt_Camera_GetHeight(None)

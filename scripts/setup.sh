@@ -10,7 +10,7 @@ set -euo pipefail
 packages_of()
 {
     local demo="g++ cmake ninja-build libglew-dev libegl-dev libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
-    local linux="$demo python3 python3-pytest pkgconf googletest libbenchmark-dev"
+    local linux="$demo python3 python3-pytest mono-mcs mono-runtime pkgconf googletest libbenchmark-dev"
     case $1 in
     demo) echo "$demo" ;;
     linux) echo "$linux" ;;

@@ -17,7 +17,8 @@ import subprocess
 PROGRAM = pathlib.Path(__file__).resolve().parent / "program"
 FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/QueltaSDK.pc",
          "lib/cmake/QueltaSDK/QueltaSDKConfig.cmake",
-         "share/QueltaSDK/bindings/python/quelta/__init__.py"]
+         "share/QueltaSDK/bindings/python/quelta/__init__.py",
+         "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs"]
 SYSTEM_FILES = {
     "Linux": ["lib/libQueltaSDK.so", "lib/udev/rules.d/70-quelta-orbel-ixo.rules", "bin/qlt"],
     "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "bin/qlt.exe"],

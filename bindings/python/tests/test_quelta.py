@@ -78,7 +78,10 @@ def test_the_smallest_mesh():
         assert corners == [(-1.0, -1.0), (1.0, -1.0), (-1.0, 1.0), (1.0, 1.0)]
         for texture in (mesh.texture_r, mesh.texture_g, mesh.texture_b):
             assert texture.shape == (4, 2)
-    assert quelta.Mesh(2, 3, left_eye=False, triangle_list=False).positions.shape == (12, 3)
+    strip = quelta.Mesh(2, 3, left_eye=False, triangle_list=False)
+    assert strip.positions.shape == (12, 3)
+    red, green, blue = (t.tolist() for t in (strip.texture_r, strip.texture_g, strip.texture_b))
+    assert red != green != blue
 
 
 def test_the_arrays_of_a_mesh_outlive_it():

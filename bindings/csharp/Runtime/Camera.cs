@@ -1,0 +1,34 @@
+using System;
+
+namespace Quelta
+{
+    /// <summary>The headset's passthrough image as an OpenGL texture. All of it, and Dispose, on the
+    /// thread whose OpenGL context is current; one camera at a time.</summary>
+    public sealed class Camera : IDisposable
+    {
+        private readonly CameraHandle mHandle;
+
+        /// <summary>With a textureId of 0 it makes a texture name. The headset must be connected, because
+        /// without one the library would end the process.</summary>
+        public Camera(Tracker headset, uint textureId = 0)
+        {
+            if (!headset.IsHeadset || !headset.IsConnected)
+            {
+                throw new QueltaException("The camera needs a headset, and none is connected.");
+            }
+            mHandle = Library.New(() => Native.qlt_Camera_New(textureId));
+        }
+
+        /// <summary>Size of the image in pixels.</summary>
+        public static int Width => Library.Guard(() => Native.qlt_Camera_GetWidth(IntPtr.Zero));
+
+        public static int Height => Library.Guard(() => Native.qlt_Camera_GetHeight(IntPtr.Zero));
+
+        public int TextureId => Native.qlt_Camera_GetTextureId(mHandle);
+
+        /// <summary>Waits for the next frame, for ever if none comes, and uploads it.</summary>
+        public void Update() => Native.qlt_Camera_Update(mHandle);
+
+        public void Dispose() => mHandle.Dispose();
+    }
+}

@@ -1,0 +1,57 @@
+using System;
+using System.Runtime.InteropServices;
+using System.Text.RegularExpressions;
+
+namespace Quelta
+{
+    internal static class Library
+    {
+        /// <summary>Around every call that may be the first, where the runtime looks for the library.</summary>
+        internal static T Guard<T>(Func<T> call)
+        {
+            try
+            {
+                return call();
+            }
+            catch (Exception cause)
+            {
+                throw Explain(cause);
+            }
+        }
+
+        internal static T New<T>(Func<T> make)
+            where T : SafeHandle
+        {
+            T handle = Guard(make);
+            if (handle.IsInvalid)
+            {
+                throw new QueltaException("There is no memory left for QueltaSDK.");
+            }
+            return handle;
+        }
+
+        /// <summary>What the runtime means when it speaks of modules, images and entry points.</summary>
+        internal static Exception Explain(Exception cause)
+        {
+            if (cause is DllNotFoundException)
+            {
+                return new QueltaException(
+                    "QueltaSDK is missing or cannot be loaded: put QueltaSDK.dll (on Linux libQueltaSDK.so) " +
+                    "into Plugins/x86_64, or where the system looks for libraries.", cause);
+            }
+            if (cause is BadImageFormatException)
+            {
+                return new QueltaException(
+                    $"QueltaSDK is of the wrong kind: this is a {8 * IntPtr.Size}-bit program, which needs " +
+                    "the library of its own processor and system.", cause);
+            }
+            if (cause is EntryPointNotFoundException)
+            {
+                return new QueltaException(
+                    "QueltaSDK is another library, or another version of it, and lacks the function " +
+                    $"{Regex.Match(cause.Message, @"qlt_\w+")}.", cause);
+            }
+            return cause;
+        }
+    }
+}

@@ -1,0 +1,54 @@
+using System;
+using System.Runtime.InteropServices;
+
+namespace Quelta
+{
+    /// <summary>The lens mesh of one eye: a grid to draw over the eye's viewport, without back-face
+    /// culling. Indices are those of a triangle list, or of one strip. Each getter copies.</summary>
+    public sealed class Mesh : IDisposable
+    {
+        private readonly MeshHandle mHandle;
+
+        public Mesh(int columns, int rows, bool leftEye = true, bool triangleList = true)
+        {
+            if (columns < 1 || rows < 1)
+            {
+                throw new QueltaException($"A mesh of {columns} x {rows} cells has nothing to draw.");
+            }
+            mHandle = Library.New(
+                () => Native.qlt_DistortionMeshBuilder_New(columns, rows, leftEye, triangleList));
+            Native.qlt_DistortionMeshBuilder_BuildMesh(mHandle);
+        }
+
+        /// <summary>x and y in the viewport, -1 .. 1, and the depth: 0 inside the lens, -1.1 outside.</summary>
+        public Vec3[] Positions =>
+            Copy<Vec3>(Native.qlt_DistortionMeshBuilder_GetPosition(mHandle), VertexCount);
+
+        /// <summary>Texture coordinates of each colour channel, 0 .. 1.</summary>
+        public Vec2[] TextureR => Copy<Vec2>(Native.qlt_DistortionMeshBuilder_GetTextureR(mHandle), VertexCount);
+
+        public Vec2[] TextureG => Copy<Vec2>(Native.qlt_DistortionMeshBuilder_GetTextureG(mHandle), VertexCount);
+
+        public Vec2[] TextureB => Copy<Vec2>(Native.qlt_DistortionMeshBuilder_GetTextureB(mHandle), VertexCount);
+
+        public int[] Indices => Copy<int>(Native.qlt_DistortionMeshBuilder_GetIndices(mHandle),
+                                          Native.qlt_DistortionMeshBuilder_GetNumIndices(mHandle));
+
+        public void Dispose() => mHandle.Dispose();
+
+        private int VertexCount => Native.qlt_DistortionMeshBuilder_GetNumVertices(mHandle);
+
+        private T[] Copy<T>(IntPtr first, int count)
+            where T : struct
+        {
+            var copy = new T[count];
+            int size = Marshal.SizeOf(typeof(T));
+            for (int i = 0; i < count; i++)
+            {
+                copy[i] = (T)Marshal.PtrToStructure(IntPtr.Add(first, i * size), typeof(T));
+            }
+            GC.KeepAlive(mHandle); // the array goes with it
+            return copy;
+        }
+    }
+}

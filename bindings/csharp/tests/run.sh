@@ -1,0 +1,26 @@
+#!/bin/bash
+# run.sh SDK OTHER FOLDER: compiles the package, its sample and Tests.cs into FOLDER, and runs them with
+# the library SDK, without a library, with a file that is none, and with the library OTHER in its place.
+set -euo pipefail
+
+package=$(cd "$(dirname "$0")/.." && pwd)
+sdk=$1 other=$2 folder=$3
+
+# tests LIBRARY ARGUMENT...: with LIBRARY as the one that there is.
+tests()
+{
+    local place=$folder/library
+    rm -rf "$place"
+    mkdir -p "$place"
+    [[ -z $1 ]] || ln -s "$1" "$place/libQueltaSDK.so"
+    LD_LIBRARY_PATH=$place mono "$folder/Tests.exe" "${@:2}"
+}
+
+mkdir -p "$folder"
+# 7.2 is not more than Unity 2019 understands.
+mcs -nologo -langversion:7.2 -warn:4 -warnaserror+ "-out:$folder/Tests.exe" "$package"/Runtime/*.cs \
+    "$package"/Samples~/*/*.cs "$package"/tests/*.cs
+tests "$sdk" "$package/../../include/qlt/qlt_c_api.h"
+tests "" refused is missing or cannot be loaded
+tests "$package/package.json" refused is missing or cannot be loaded
+tests "$other" refused is another library, or another version of it, and lacks the function qlt_

@@ -18,12 +18,13 @@ import unittest
 # Lowest first: a room includes itself and what stands before it.
 ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
 
-# The trees with C++ in them, and the third parties that each may include.
+# The trees with C or C++ in them, and the third parties that each may include.
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
     "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h"),
     "bench": ("benchmark/",),
+    "examples": (),
     "tests": ("gtest/", "GL/glew.h"),
 }
 
@@ -39,7 +40,7 @@ STANDARD_LIBRARY = set("""
     random ratio regex scoped_allocator set shared_mutex sstream stack stdexcept streambuf string
     string_view strstream system_error thread tuple type_traits typeindex typeinfo unordered_map
     unordered_set utility valarray variant vector
-    stddef.h stdint.h stdbool.h
+    stddef.h stdint.h stdbool.h stdio.h
     emmintrin.h
 """.split())  # the C headers for the flat interface; SSE2, which is the processor's on every system
 
@@ -86,7 +87,7 @@ class House:
         self.root = pathlib.Path(root)
         self.files = sorted(
             file.relative_to(self.root).as_posix() for tree in TREES
-            for file in (self.root / tree).rglob("*") if file.suffix in (".h", ".cpp"))
+            for file in (self.root / tree).rglob("*") if file.suffix in (".h", ".c", ".cpp"))
         self.known = set(self.files)
         self.includes = {}  # file -> [(line, included file of the tree)]
         self.violations = []
@@ -151,8 +152,8 @@ class House:
     def check_target(self, file, number, quote, target):
         if wing_of(target) not in (None, wing_of(file)):
             self.report(file, number, f"includes {target} from a wing")
-        if file.startswith("include/") and (quote == '"' or not target.startswith("include/")):
-            self.report(file, number, "is public and includes other than <qlt/...>")
+        if file.startswith(("include/", "examples/")) and (quote == '"' or not target.startswith("include/")):
+            self.report(file, number, "is for users and includes other than <qlt/...>")
         room, below = room_of(file), room_of(target)
         if room is None:
             return
@@ -273,10 +274,16 @@ class SelfTest(unittest.TestCase):
                            "#include <windows.h>\n")
 
     def test_public_headers_include_public_headers_only(self):
-        self.assert_broken("is public", src__qlt__Math__M_h="",
+        self.assert_broken("is for users", src__qlt__Math__M_h="",
                            include__qlt__Math__P_h='#include "Math/M.h"\n')
-        self.assert_broken("is public", include__qlt__Math__P_h="",
+        self.assert_broken("is for users", include__qlt__Math__P_h="",
                            include__qlt__Math__Q_h='#include "P.h"\n')
+
+    def test_examples_include_public_headers_only(self):
+        self.assert_kept(include__qlt__Math__P_h="",
+                         examples__E_c="#include <qlt/Math/P.h>\n#include <stdio.h>\n")
+        self.assert_broken("is for users", src__qlt__Math__M_h="",
+                           examples__E_cpp='#include "Math/M.h"\n')
 
     def test_the_own_header_comes_first(self):
         swapped = '#include <vector>\n#include "Math/M.h"\n'

@@ -1,5 +1,5 @@
 #!/bin/bash
-# format.sh [--check]: formats every C++ file of the tree in place; with --check it changes nothing,
+# format.sh [--check]: formats every C and C++ file of the tree in place; with --check it changes nothing,
 # names what is out of shape and fails.
 set -euo pipefail
 
@@ -13,5 +13,5 @@ case ${1-} in
     exit 2
     ;;
 esac
-find . -path ./build -prune -o -type f \( -name '*.h' -o -name '*.cpp' \) -print0 |
+find . -path ./build -prune -o -type f \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --style=file "${mode[@]}"

@@ -1,0 +1,31 @@
+// Prints the head's orientation for a second.
+#include <qlt/qlt.h>
+
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+class Printer : public qlt::TrackerListener
+{
+    // On the tracker's own thread, a thousand times a second.
+    void OnOrientationEvent(const qlt::Quaternion& q, float time) override
+    {
+        if (mEvents++ % 100 == 0)
+        {
+            std::printf("%.3f s: %.4f %.4f %.4f %.4f\n", time, q.w(), q.x(), q.y(), q.z());
+        }
+    }
+
+    int mEvents = 0;
+};
+
+int main()
+{
+    qlt::SimulatorTracker tracker; // or qlt::Hmd, which waits for the headset
+    Printer printer;
+    tracker.AddListener(printer);
+    tracker.Start();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    tracker.Stop();
+    tracker.RemoveListener(printer);
+}

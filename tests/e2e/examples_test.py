@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""The examples as a reader runs them, and as the README shows them.
+
+    examples_test.py [--emulator "COMMAND"] FOLDER CASE
+
+FOLDER has the programs. CASE is one of them, or "readme".
+"""
+
+import argparse
+import math
+import pathlib
+import shlex
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def lines_of(program, arguments):
+    done = subprocess.run([*shlex.split(arguments.emulator), pathlib.Path(arguments.folder, program)],
+                          capture_output=True, text=True, timeout=60, check=False,
+                          stdin=subprocess.DEVNULL)
+    assert done.returncode == 0 and not done.stderr, f"{done.returncode}: {done.stderr}"
+    return done.stdout.splitlines()
+
+
+def hello_tracker(arguments):
+    """A line each tenth of a second of the simulator, which turns about x by a radian per second."""
+    lines = lines_of("hello_tracker", arguments)
+    assert 2 <= len(lines) <= 11, lines  # fewer where a sleep of a millisecond takes longer
+    for tenth, line in enumerate(lines):
+        half = tenth / 20.0
+        expected = f"{tenth / 10:.3f} s: {math.cos(half):.4f} {math.sin(half):.4f} 0.0000 0.0000"
+        assert line == expected, f"{line}, and not {expected}"
+
+
+def hello_flat(arguments):
+    lines = lines_of("hello_flat", arguments)
+    assert len(lines) == 16, lines
+    for step, line in enumerate(lines[:10]):
+        w, x, y, z = map(float, line.split())
+        assert abs(w * w + x * x - 1.0) < 1e-3 and x > 0.05 * step - 1e-4 and y == z == 0.0, line
+    corners = ["-1.0 -1.0", "1.0 -1.0", "-1.0 1.0", "1.0 1.0"]
+    for index, line in zip([0, 2, 1, 2, 1, 3], lines[10:]):
+        assert line.startswith(f"{index}: {corners[index]} "), line
+
+
+def readme(_):
+    program = (ROOT / "examples/hello_tracker.cpp").read_text(encoding="utf-8")
+    shown = (ROOT / "README.md").read_text(encoding="utf-8")
+    assert f"```cpp\n{program}```\n" in shown, "the README shows another hello_tracker.cpp"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--emulator", default="")
+    parser.add_argument("folder")
+    cases = {case.__name__: case for case in (hello_tracker, hello_flat, readme)}
+    parser.add_argument("case", choices=cases)
+    arguments = parser.parse_args()
+    cases[arguments.case](arguments)
+
+
+if __name__ == "__main__":
+    main()

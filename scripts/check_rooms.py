@@ -152,7 +152,8 @@ class House:
     def check_target(self, file, number, quote, target):
         if wing_of(target) not in (None, wing_of(file)):
             self.report(file, number, f"includes {target} from a wing")
-        if file.startswith(("include/", "examples/")) and (quote == '"' or not target.startswith("include/")):
+        for_users = file.startswith(("include/", "examples/"))
+        if for_users and (quote == '"' or not target.startswith("include/")):
             self.report(file, number, "is for users and includes other than <qlt/...>")
         room, below = room_of(file), room_of(target)
         if room is None:

@@ -307,8 +307,8 @@ class Mesh(_Closing):
     """The lens mesh of one eye: a grid to draw over the eye's viewport, without back-face culling.
     Indices are those of a triangle list, or of one strip.
 
-    The arrays are memoryviews of the library's own, a row for each vertex; tolist() copies one into
-    lists. They keep that memory alive, also when the mesh is closed or gone.
+    The arrays are read-only memoryviews of the library's own, a row for each vertex; tolist() copies
+    into lists. They keep that memory alive, also when the mesh is closed or gone.
     """
 
     def __init__(self, columns, rows, left_eye=True, triangle_list=True):
@@ -349,7 +349,7 @@ class Mesh(_Closing):
         # Floats and indices have four bytes; of the arrays of ctypes a view can only cast bytes.
         array = (ctypes.c_ubyte * (4 * math.prod(shape))).from_address(builder.get(getter))
         array.builder = builder
-        return memoryview(array).cast("B").cast(kind, shape)
+        return memoryview(array).cast("B").cast(kind, shape).toreadonly()
 
     def _open_builder(self):
         if self._builder is None:

@@ -79,6 +79,9 @@ class QltTest(unittest.TestCase):
         self.assertIn("Quelta Orbel Ixo", done.stdout)
         self.assertRegex(done.stdout, r"EYE_FOV_Y_DEG +131\.731\d+\n")
         self.assertIn("no headset is connected", done.stdout)
+        if not ARGUMENTS.emulator:
+            access = r"\nUSB access: (libusb \d+\.\d+\.\d+|built without libusb)\n"
+            self.assertRegex(done.stdout, access)
 
     def test_an_unknown_option_is_not_understood(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],

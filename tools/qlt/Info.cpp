@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string>
 
 namespace
 {
@@ -43,20 +44,30 @@ void PrintConstants()
     PrintVector("MAGNETOMETER_MAGNITUDE_OFFSET", Params::MAGNETOMETER_MAGNITUDE_OFFSET);
 }
 
+void PrintUsb(qlt::UsbHost& host)
+{
+    if (!host.Name().empty())
+    {
+        std::printf("USB access: %s\n", host.Name().c_str());
+    }
+    const std::unique_ptr<qlt::VendorUsbDevice> device = host.OpenFirst();
+    const std::string problem = host.Problem();
+    if (device != nullptr)
+    {
+        std::printf("connected: USB device %04X:%04X\n", device->VendorId(), device->ProductId());
+    }
+    else
+    {
+        std::printf("%s\n", problem.empty() ? "no headset is connected" : problem.c_str());
+    }
+}
+
 } // namespace
 
 int RunInfo()
 {
     std::printf("QueltaSDK %s\n%s\n", QLT_VERSION, qlt::Params::HMD_NAME);
     PrintConstants();
-    const std::unique_ptr<qlt::VendorUsbDevice> device = qlt::UsbHost::System().OpenFirst();
-    if (device == nullptr)
-    {
-        std::printf("no headset is connected\n");
-    }
-    else
-    {
-        std::printf("connected: USB device %04X:%04X\n", device->VendorId(), device->ProductId());
-    }
+    PrintUsb(qlt::UsbHost::System());
     return 0;
 }

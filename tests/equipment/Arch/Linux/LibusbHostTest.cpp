@@ -36,7 +36,7 @@ constexpr std::uint32_t LONG_MS = 20000;       // never to be waited for
 
 Bytes Report(std::uint32_t sequence)
 {
-    const ReportWriter::Report report = ReportWriter(sequence);
+    const ReportWriter report(sequence);
     return {report.begin(), report.end()};
 }
 
@@ -380,7 +380,7 @@ TEST_F(LibusbHostTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
         const auto camera = host.OpenFirst();
         ASSERT_NE(camera, nullptr);
         const Frame frame(camera->EndPoint(2));
-        clock.Wake(); // now the tracker opens it, too
+        clock.Cycle(); // now the tracker opens it, too
         for (int i = 0; i < 5; ++i)
         {
             wait();

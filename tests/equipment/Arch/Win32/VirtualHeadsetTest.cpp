@@ -112,7 +112,7 @@ protected:
 
     void PushReport(std::size_t length = 64, std::uint32_t status = 0)
     {
-        const ReportWriter::Report report = ReportWriter(++mSequence);
+        const ReportWriter report(++mSequence);
         mHeadset.Push(REPORTS, report.data(), length, status);
     }
 
@@ -302,7 +302,7 @@ TEST_F(VirtualHeadsetTest, ABlockingReadWaitsForItsReport)
     EXPECT_TRUE(device->EndPoint(INTERRUPT).TransferData(buffer.data(), length));
     pusher.join();
     EXPECT_EQ(length, 64U);
-    EXPECT_EQ(buffer, ReportWriter::Report(ReportWriter(mSequence)));
+    EXPECT_EQ(buffer, ReportWriter(mSequence));
 
     PushReport(63);
     EXPECT_TRUE(device->EndPoint(INTERRUPT).TransferData(buffer.data(), length));

@@ -400,8 +400,15 @@ TEST_F(LibusbHostTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
     {
         cycle();
     }
-    EXPECT_EQ(CountOpenHandles(), handles);
-    EXPECT_EQ(CountThreads(), threads);
+    // The emulator closes its own ends, and the system forgets a thread, a little later.
+    const auto isAsBefore = [=]
+    { return CountOpenHandles() <= handles && CountThreads() <= threads; };
+    for (const auto start = steady_clock::now(); !isAsBefore() && SecondsSince(start) < 5.0;)
+    {
+        std::this_thread::yield();
+    }
+    EXPECT_LE(CountOpenHandles(), handles);
+    EXPECT_LE(CountThreads(), threads);
 }
 
 } // namespace

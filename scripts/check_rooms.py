@@ -40,7 +40,7 @@ STANDARD_LIBRARY = set("""
     random ratio regex scoped_allocator set shared_mutex sstream stack stdexcept streambuf string
     string_view strstream system_error thread tuple type_traits typeindex typeinfo unordered_map
     unordered_set utility valarray variant vector
-    stddef.h stdint.h stdbool.h stdio.h
+    math.h stdbool.h stddef.h stdint.h stdio.h
     emmintrin.h
 """.split())  # the C headers for the flat interface; SSE2, which is the processor's on every system
 

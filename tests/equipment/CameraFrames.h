@@ -1,0 +1,54 @@
+// The camera on a device that a test plays, into real OpenGL.
+#pragma once
+
+#include <qlt/Sensors/Camera.h>
+
+#include "GlContext.h"
+
+#include "fakes/ScriptedStream.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include <GL/glew.h>
+
+/// What `push` sends as a frame is what the texture shows. A frame that ends before the stream has
+/// come to its read is zeroed by it, and sent again.
+template <typename Push>
+void ExpectCameraShowsFrames(const Push& push)
+{
+    constexpr std::size_t FRAME = 0x388000;
+    constexpr std::size_t IMAGE = 2560 * 1440;
+    const GlContext context;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    push(ScriptedStream::Frame(FRAME, 0)); // the one that synchronises
+    {
+        qlt::Camera camera;
+        std::vector<std::uint8_t> pixels(IMAGE);
+        std::uint32_t shown = 0;
+        for (int sent = 0; shown < 5 && sent < 50; ++sent)
+        {
+            std::vector<std::uint8_t> frame = ScriptedStream::Frame(FRAME, shown + 1);
+            for (std::size_t i = 24; i < FRAME; i += 977)
+            {
+                frame[i] = static_cast<std::uint8_t>(i + shown);
+            }
+            push(frame);
+            camera.Update();
+            glPixelStorei(GL_PACK_ALIGNMENT, 1);
+            glGetTexImage(GL_TEXTURE_2D, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, pixels.data());
+            if (std::any_of(pixels.begin(), pixels.end(), [](std::uint8_t p) { return p != 0; }))
+            {
+                EXPECT_EQ(std::memcmp(pixels.data(), &frame[24], IMAGE), 0) << shown;
+                ++shown;
+            }
+        }
+        EXPECT_EQ(shown, 5u);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "validating 3702784\n");
+    testing::internal::GetCapturedStderr();
+}

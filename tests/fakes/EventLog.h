@@ -8,7 +8,6 @@
 #include <functional>
 #include <mutex>
 #include <sstream>
-#include <string>
 #include <vector>
 
 /// Calls back with every orientation, the last event of a report.

@@ -6,6 +6,8 @@
 
 namespace plain
 {
+namespace // not inline, which would tell the compiler more than the library tells it
+{
 
 struct Vector
 {
@@ -17,9 +19,9 @@ struct Rotation
     float w = 1, x = 0, y = 0, z = 0;
 };
 
-inline float Length(const Vector& v) { return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z); }
+float Length(const Vector& v) { return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z); }
 
-inline Rotation Product(const Rotation& a, const Rotation& b)
+Rotation Product(const Rotation& a, const Rotation& b)
 {
     return {a.w * b.w - a.x * b.x - a.y * b.y - a.z * b.z,
             a.w * b.x + a.x * b.w + a.y * b.z - a.z * b.y,
@@ -27,19 +29,19 @@ inline Rotation Product(const Rotation& a, const Rotation& b)
             a.w * b.z + a.z * b.w + a.x * b.y - a.y * b.x};
 }
 
-inline Rotation Normalized(const Rotation& q)
+Rotation Normalized(const Rotation& q)
 {
     const float r = 1 / std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
     return {q.w * r, q.x * r, q.y * r, q.z * r};
 }
 
-inline Rotation Inverse(const Rotation& q)
+Rotation Inverse(const Rotation& q)
 {
     const float r = 1 / (q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
     return {q.w * r, -q.x * r, -q.y * r, -q.z * r};
 }
 
-inline Rotation Turn(float angle, const Vector& axis)
+Rotation Turn(float angle, const Vector& axis)
 {
     const float r = 1 / Length(axis);
     const auto half = static_cast<double>(angle / 2);
@@ -48,7 +50,7 @@ inline Rotation Turn(float angle, const Vector& axis)
         {static_cast<float>(std::cos(half)), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
 }
 
-inline Vector Rotated(const Rotation& q, const Vector& p)
+Vector Rotated(const Rotation& q, const Vector& p)
 {
     const Rotation result = Product(Product(q, {0, p.x, p.y, p.z}), Inverse(q));
     return {result.x, result.y, result.z};
@@ -84,4 +86,5 @@ struct Fusion
     }
 };
 
+} // namespace
 } // namespace plain

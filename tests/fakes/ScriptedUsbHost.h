@@ -1,11 +1,9 @@
-// A USB host of which the test is the hardware: what is plugged in, what each read returns; and a
-// headset tracker with it.
+// A USB host of which the test is the hardware, and a headset tracker with it.
 #pragma once
 
 #include <qlt/Sensors/Hmd.h>
 
 #include "fakes/EventLog.h"
-#include "fakes/ManualClock.h"
 
 #include <gtest/gtest.h>
 

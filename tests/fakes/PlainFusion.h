@@ -1,4 +1,5 @@
-// The orientation filter written down plainly, step by step and without the library.
+// The orientation filter written down plainly, step by step and without the library: what the
+// library is compared with, to the last bit in single precision and within rounding in double.
 #pragma once
 
 #include <cmath>
@@ -6,22 +7,50 @@
 
 namespace plain
 {
-namespace // not inline, which would tell the compiler more than the library tells it
-{
 
+template <typename Real>
 struct Vector
 {
-    float x = 0, y = 0, z = 0;
+    Real x = 0;
+    Real y = 0;
+    Real z = 0;
 };
 
+template <typename Real>
 struct Rotation
 {
-    float w = 1, x = 0, y = 0, z = 0;
+    Real w = 1;
+    Real x = 0;
+    Real y = 0;
+    Real z = 0;
 };
 
-float Length(const Vector& v) { return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z); }
+template <typename Real>
+Real Cosine(Real x)
+{
+    return static_cast<Real>(std::cos(static_cast<double>(x)));
+}
 
-Rotation Product(const Rotation& a, const Rotation& b)
+template <typename Real>
+Real Sine(Real x)
+{
+    return static_cast<Real>(std::sin(static_cast<double>(x)));
+}
+
+template <typename Real>
+Real Arccosine(Real x)
+{
+    return static_cast<Real>(std::acos(static_cast<double>(x)));
+}
+
+template <typename Real>
+Real Length(const Vector<Real>& v)
+{
+    return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
+}
+
+template <typename Real>
+Rotation<Real> Product(const Rotation<Real>& a, const Rotation<Real>& b)
 {
     return {a.w * b.w - a.x * b.x - a.y * b.y - a.z * b.z,
             a.w * b.x + a.x * b.w + a.y * b.z - a.z * b.y,
@@ -29,62 +58,67 @@ Rotation Product(const Rotation& a, const Rotation& b)
             a.w * b.z + a.z * b.w + a.x * b.y - a.y * b.x};
 }
 
-Rotation Normalized(const Rotation& q)
+template <typename Real>
+Rotation<Real> Normalized(const Rotation<Real>& q)
 {
-    const float r = 1 / std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+    const Real norm = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+    const Real r = 1 / norm;
     return {q.w * r, q.x * r, q.y * r, q.z * r};
 }
 
-Rotation Inverse(const Rotation& q)
+template <typename Real>
+Rotation<Real> Turn(Real angle, const Vector<Real>& axis)
 {
-    const float r = 1 / (q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
-    return {q.w * r, -q.x * r, -q.y * r, -q.z * r};
-}
-
-Rotation Turn(float angle, const Vector& axis)
-{
-    const float r = 1 / Length(axis);
-    const auto half = static_cast<double>(angle / 2);
-    const auto s = static_cast<float>(std::sin(half));
+    const Real r = 1 / Length(axis);
+    const Real half = angle * static_cast<Real>(0.5);
+    const Real s = Sine(half);
     return Normalized(
-        {static_cast<float>(std::cos(half)), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
+        Rotation<Real>{Cosine(half), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
 }
 
-Vector Rotated(const Rotation& q, const Vector& p)
+template <typename Real>
+Vector<Real> Rotated(const Rotation<Real>& q, const Vector<Real>& p)
 {
-    const Rotation result = Product(Product(q, {0, p.x, p.y, p.z}), Inverse(q));
+    const Real r = 1 / (q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+    const Rotation<Real> inverse{q.w * r, -q.x * r, -q.y * r, -q.z * r};
+    const Rotation<Real> result = Product(Product(q, Rotation<Real>{0, p.x, p.y, p.z}), inverse);
     return {result.x, result.y, result.z};
 }
 
 /// No axis may be exactly zero.
+template <typename Real>
 struct Fusion
 {
-    Rotation orientation;
-    Vector last; // angular velocity
+    Rotation<Real> orientation;
+    Vector<Real> lastAngularVelocity;
     std::int64_t lastTimeNs = 0;
 
-    void Step(const Vector& accelerometer, const Vector& gyroscope, std::int64_t nowNs)
+    void Step(const Vector<Real>& accelerometer, const Vector<Real>& gyroscope, std::int64_t nowNs)
     {
-        const Vector omega{(gyroscope.x + last.x) / 2, (gyroscope.y + last.y) / 2,
-                           (gyroscope.z + last.z) / 2};
+        const Real half = static_cast<Real>(0.5);
+        const Vector<Real> omega{(gyroscope.x + lastAngularVelocity.x) * half,
+                                 (gyroscope.y + lastAngularVelocity.y) * half,
+                                 (gyroscope.z + lastAngularVelocity.z) * half};
         const auto elapsed =
-            static_cast<float>(static_cast<double>(nowNs - lastTimeNs) / 1000000000.0);
-        const Rotation predicted =
+            static_cast<Real>(static_cast<double>(nowNs - lastTimeNs) / 1000000000.0);
+        const Rotation<Real> predicted =
             Normalized(Product(orientation, Turn(elapsed * Length(omega), omega)));
-        const Vector g = Rotated(predicted, accelerometer);
-        const auto tilt = static_cast<float>(std::acos(static_cast<double>(g.y / Length(g))));
-        orientation = Normalized(Product(Turn(tilt * -0.001f, {g.z, 0, -g.x}), predicted));
-        last = gyroscope;
+        const Vector<Real> g = Rotated(predicted, accelerometer);
+        const Real tilt = Arccosine(g.y / Length(g));
+        const Vector<Real> axis{g.z, 0, -g.x};
+        const Real angle = tilt * static_cast<Real>(-0.001);
+        orientation = Normalized(Product(Turn(angle, axis), predicted));
+        lastAngularVelocity = gyroscope;
         lastTimeNs = nowNs;
     }
 
-    Rotation Predicted(std::int64_t nowNs) const
+    Rotation<Real> Predicted(std::int64_t nowNs) const
     {
+        const auto speed = static_cast<double>(Length(lastAngularVelocity));
         const double ms = static_cast<double>(nowNs - lastTimeNs) / 1000000.0;
-        const double angle = ms / 1000.0 * static_cast<double>(Length(last));
-        return Normalized(Product(orientation, Turn(static_cast<float>(angle), last)));
+        const auto angle = static_cast<Real>(ms / 1000.0 * speed);
+        return Normalized(Product(orientation, Turn(angle, lastAngularVelocity)));
     }
 };
 
-} // namespace
 } // namespace plain

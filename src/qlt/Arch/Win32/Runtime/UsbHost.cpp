@@ -5,7 +5,7 @@
 #include "Runtime/UsbDescriptors.h"
 #include "UsbDriver.h"
 
-#include <mutex>
+#include <atomic>
 
 #define QLT_SOURCE_FILE L"Arch/Win32/Runtime/UsbHost"
 
@@ -216,45 +216,46 @@ public:
 
     std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index) override
     {
+        mProblem = ERROR_SUCCESS;
         const std::vector<std::wstring> paths = FindDriverDevices();
         if (index >= paths.size())
         {
-            return Answer(nullptr);
+            return nullptr;
         }
         const std::shared_ptr<DriverFile> file = DriverFile::Open(paths[index]);
         if (file == nullptr)
         {
-            return Answer(nullptr,
-                          "it does not open, Windows error " + std::to_string(GetLastError()));
+            mProblem = GetLastError();
+            return nullptr;
         }
         const std::optional<UsbIds> ids =
             ParseDeviceDescriptor(file->ReadDescriptor(DEVICE_DESCRIPTOR, DEVICE_DESCRIPTOR_SIZE));
         if (!ids)
         {
-            return Answer(nullptr, "it does not say what it is");
+            mProblem = NO_DESCRIPTOR;
+            return nullptr;
         }
-        return Answer(std::make_unique<DriverDevice>(file, *ids));
+        return std::make_unique<DriverDevice>(file, *ids);
     }
 
     std::string Name() const override { return "the vendor's USB driver"; }
 
     std::string Problem() const override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mProblem;
+        const DWORD problem = mProblem;
+        if (problem == ERROR_SUCCESS)
+        {
+            return {};
+        }
+        return problem == NO_DESCRIPTOR
+                   ? "the device does not say what it is"
+                   : "the device does not open, Windows error " + std::to_string(problem);
     }
 
 private:
-    std::unique_ptr<VendorUsbDevice> Answer(std::unique_ptr<VendorUsbDevice> device,
-                                            const std::string& problem = {})
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mProblem = problem;
-        return device;
-    }
+    static constexpr DWORD NO_DESCRIPTOR = 0xFFFFFFFF; // no error of the system's
 
-    mutable std::mutex mMutex; // of several trackers, each opens on its own thread
-    std::string mProblem;
+    std::atomic<DWORD> mProblem{ERROR_SUCCESS}; // several trackers open on threads of their own
 };
 
 } // namespace

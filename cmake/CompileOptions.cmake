@@ -26,7 +26,8 @@ if(QLT_SANITIZE)
   add_link_options(-fsanitize=${QLT_SANITIZE})
 endif()
 if(MINGW)
-  # No compiler DLLs to ship; exceptions still cross the DLL boundary.
-  add_link_options(-static -fstack-protector-strong)
+  # No compiler DLLs to ship; exceptions still cross the DLL boundary. Symbols would be most of a
+  # release.
+  add_link_options(-static -fstack-protector-strong $<$<CONFIG:Release>:-s>)
   add_compile_options(-fstack-protector-strong)
 endif()

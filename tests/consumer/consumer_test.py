@@ -5,7 +5,8 @@
                      [--toolchain FILE] [--emulator COMMAND] CASE
 
 CASE "install" makes the installation that the others look at: "layout" its files, and
-"find_package", "pkg_config" and "compiler_line" build and run the program in that way.
+"find_package", "pkg_config" and "compiler_line" build and run the program in that way; "package"
+does the last with what cpack has packed.
 """
 
 import argparse
@@ -21,8 +22,10 @@ FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/Qu
          "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs"]
 SYSTEM_FILES = {
     "Linux": ["lib/libQueltaSDK.so", "lib/udev/rules.d/70-quelta-orbel-ixo.rules", "bin/qlt"],
-    "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "bin/qlt.exe"],
+    "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "lib/QueltaSDK.lib",
+                "bin/qlt.exe"],
 }
+PACKAGE_FILES = ["share/doc/QueltaSDK/LICENSE", "share/doc/QueltaSDK/README.txt"]
 
 
 class Consumer:
@@ -58,6 +61,21 @@ class Consumer:
         flags = subprocess.run(["pkg-config", "--cflags", "--libs", "QueltaSDK"], env=place,
                                check=True, capture_output=True, text=True).stdout.split()
         self.compile("pkg_config", flags)
+
+    def package(self):
+        """The archive alone, unpacked where somebody downloads to."""
+        shutil.rmtree(self.folder / "package", ignore_errors=True)
+        generator = "ZIP" if self.windows else "TGZ"
+        run([pathlib.Path(self.arguments.cmake).with_name("cpack"), "-G", generator, "-B",
+             self.folder / "package"], cwd=self.arguments.build, stdout=subprocess.DEVNULL)
+        archive, = (self.folder / "package").glob("*." + ("zip" if self.windows else "tar.gz"))
+        shutil.unpack_archive(archive, self.folder / "package")
+        header, = (self.folder / "package").glob("QueltaSDK-*/**/include/qlt/qlt.h")
+        self.prefix = header.parents[2]
+        files = FILES + SYSTEM_FILES[self.arguments.system] + PACKAGE_FILES
+        missing = [file for file in files if not (self.prefix / file).is_file()]
+        assert not missing, f"not in the package: {missing}"
+        self.compiler_line()
 
     def compiler_line(self):
         self.compile("compiler_line", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib",
@@ -95,7 +113,7 @@ def main():
         parser.add_argument("--" + option, required=True)
     parser.add_argument("--toolchain", default="")
     parser.add_argument("--emulator", default="")
-    cases = ("install", "layout", "find_package", "pkg_config", "compiler_line")
+    cases = ("install", "layout", "find_package", "pkg_config", "compiler_line", "package")
     parser.add_argument("case", choices=cases)
     arguments = parser.parse_args()
     getattr(Consumer(arguments), arguments.case)()

@@ -61,7 +61,7 @@ public:
     }
 
     std::vector<Triangle> triangles;
-    std::array<Channel, 3> channels;
+    std::array<Channel, 3> channels{};
 
 private:
     qlt::DistortionMeshBuilder mBuilder;

@@ -24,7 +24,7 @@ std::vector<std::uint32_t> MakeBuffer(std::uint32_t bytes)
 /// hour changes; the rate starts anew with it.
 struct Statistics
 {
-    std::uint32_t startMs;
+    std::uint32_t startMs = 0;
     std::uint32_t count = 0;
     std::uint32_t bytes = 0; // wraps
 
@@ -161,7 +161,8 @@ void VRUsbStreamAsync::Run()
     }
     mStartedEvent.Set();
     mEndPoint->SetTransferSize(mFrameSize);
-    Statistics statistics{mClock()};
+    Statistics statistics;
+    statistics.startMs = mClock();
     while (qlt::WaitNativeEvent(mStopEvent.Handle(), STOP_WAIT_MS) != qlt::WAIT_SIGNALLED)
     {
         Transfer& transfer = *mPending.front();

@@ -36,7 +36,7 @@ public:
                      HourClock clock = SystemHourClock);
 
     /// Stops, if the owner has not.
-    ~VRUsbStreamAsync();
+    virtual ~VRUsbStreamAsync();
 
     /// Whether to find the beginning of a frame before the first one is delivered.
     void SetTrashEnabled(bool enabled);

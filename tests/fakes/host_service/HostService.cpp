@@ -3,11 +3,11 @@
 #include "fakes/host_service/HostServiceScript.h"
 #include "fakes/host_service/Signal.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <deque>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -20,8 +20,8 @@ using Status = std::int32_t;
 using Handle = std::uint64_t;
 
 constexpr Status OK = 0;
-constexpr Status NONE_PENDING = 12;
 constexpr Status WRONG_ARGUMENT = 1;
+constexpr Status NONE_PENDING = 12;
 constexpr std::uint32_t CONNECT_MODE = 3;
 
 enum Kind
@@ -46,22 +46,22 @@ static_assert(sizeof(Record) == 24);
 class Service final : public HostServiceScript
 {
 public:
+    /// For the entry points: the service, locked until the end of the expression.
+    struct Locked
+    {
+        Service* operator->() const { return &service; }
+
+        Service& service;
+        std::lock_guard<std::mutex> lock{service.mMutex};
+    };
+
     Service()
     {
-        for (Handle& signal : mSignals)
-        {
-            signal = CreateSignal();
-        }
-        SetTwoObjects();
+        std::generate(mSignals.begin(), mSignals.end(), CreateSignal);
+        Reset();
     }
 
     // The script.
-
-    void TakeControl()
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mAutomatic = false;
-    }
 
     void Reset() override
     {
@@ -69,58 +69,36 @@ public:
         mFailures.clear();
         mZeros.clear();
         mCalls.clear();
-        mMistakes = 0;
-        SetTwoObjects();
+        mMistakes.clear();
+        const HostObject objects[] = {{0, {0.5f, 1.5f, -2.0f}, {1, 0, 0, 0}, 1.0f},
+                                      {0, {0.25f, 0.75f, -1.0f}, {0, 1, 0, 0}, 0.5f}};
+        Describe(objects, 2, 2);
     }
 
     void Notify(HostSource source, std::uint32_t type, bool quiet) override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        Queue(static_cast<Kind>(source), type, quiet);
+        Locked { *this } -> Queue(static_cast<Kind>(source), type, quiet);
     }
-
-    void Fail(const char* function, std::int32_t status) override
+    void Fail(const char* f, Status status) override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mFailures[function] = status;
+        Locked { *this } -> mFailures[f] = status;
     }
-
     void GiveZero(const char* function) override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mZeros.insert(function);
+        Locked { *this } -> mZeros.insert(function);
     }
-
     void SetObjects(const HostObject* objects, std::size_t count, std::uint64_t claimed) override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        Describe(objects, count, claimed);
+        Locked { *this } -> Describe(objects, count, claimed);
     }
 
     std::size_t Pending() const override
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mQueues[MANAGER].size() + mQueues[CLIENT].size() + mQueues[DEVICE].size();
+        return Size(mQueues[MANAGER]) + Size(mQueues[CLIENT]) + Size(mQueues[DEVICE]);
     }
-
-    std::size_t Lent() const override
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mLent.size();
-    }
-
-    std::size_t Connected() const override
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mConnections.size();
-    }
-
-    std::size_t Mistakes() const override
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mMistakes;
-    }
-
+    std::size_t Lent() const override { return Size(mLent); }
+    std::size_t Connected() const override { return Size(mConnections); }
+    std::size_t Mistakes() const override { return Size(mMistakes); }
     void VisitCalls(void (*visit)(void*, const char*), void* context) const override
     {
         const std::lock_guard<std::mutex> lock(mMutex);
@@ -132,51 +110,42 @@ public:
 
     // The entry points, with their names.
 
-    Status CreateManager(const char* function, Handle* created)
+    HostServiceScript* TakeControl()
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        return Failure(function) != OK ? Failure(function) : Add(function, MANAGER, created);
+        mAutomatic = false;
+        return this;
     }
 
-    Status StartManager(const char* function, Handle manager, Handle* event)
+    Status Create(const char* function, Handle* created)
     {
-        const Status status = LendSignal(function, MANAGER, manager, event);
-        const std::lock_guard<std::mutex> lock(mMutex);
-        Announce(MANAGER, 4);
-        return status;
+        mCalls.emplace_back(function);
+        return Add(function, Answer(function, true), MANAGER, created);
     }
 
     Status LendSignal(const char* function, Kind kind, Handle handle, Handle* event)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        if (!Is(handle, kind))
-        {
-            return WRONG_ARGUMENT;
-        }
         *event = mZeros.count(function) != 0 ? 0 : mSignals[kind];
-        return Failure(function);
+        for (std::size_t i = 0; mAutomatic && i < mFirstNews[kind].size(); ++i)
+        {
+            Queue(kind, mFirstNews[kind][i], false);
+        }
+        return Enter(function, kind, handle);
     }
 
     Status Read(const char* function, Kind kind, Handle handle, Record* record)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        if (!Is(handle, kind))
-        {
-            return WRONG_ARGUMENT;
-        }
-        if (Failure(function) != OK || mQueues[kind].empty())
+        const Status status = Answer(function, Has(mConnections, handle, kind));
+        if (status != OK || mQueues[kind].empty())
         {
             ClearSignal(mSignals[kind]);
-            return Failure(function) != OK ? Failure(function) : NONE_PENDING;
+            return status != OK ? status : NONE_PENDING;
         }
         const Handle lent = mZeros.count(function) != 0 ? 0 : ++mLastHandle;
         *record = {mQueues[kind].front(), 0, lent, 0xE0E0E0E0E0E0E0E0};
         mQueues[kind].pop_front();
         if (lent != 0)
         {
-            mLent[lent] = {handle, nullptr};
+            mLent[lent] = handle;
         }
         return OK;
     }
@@ -184,135 +153,66 @@ public:
     Status Connect(const char* function, Kind from, Handle handle, Handle info, Handle* connected,
                    std::uint32_t mode, Kind to)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        if (!Is(handle, from) || !IsLent(handle, info) || Wrong(mode != CONNECT_MODE))
-        {
-            return WRONG_ARGUMENT;
-        }
-        if (Failure(function) != OK)
-        {
-            return Failure(function);
-        }
         // A new connection has no news from before.
         mQueues[to].clear();
         ClearSignal(mSignals[to]);
-        const Status status = Add(function, to, connected);
-        switch (to)
-        {
-        case CLIENT:
-            Announce(CLIENT, 1);
-            break;
-        case DEVICE:
-            Announce(DEVICE, 7);
-            Announce(DEVICE, 12);
-            break;
-        default:
-            break;
-        }
-        return status;
+        const bool isRight = Has(mLent, info, handle) && !Wrong(mode != CONNECT_MODE);
+        return Add(function, Enter(function, from, handle, isRight), to, connected);
     }
 
-    // What is given back is gone, whatever the answer.
+    // What is given back or destroyed is gone, whatever the answer.
+
     Status TakeBack(const char* function, Kind kind, Handle owner, Handle lent)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        if (!Is(owner, kind) || !IsLent(owner, lent))
-        {
-            return WRONG_ARGUMENT;
-        }
-        mLent.erase(lent);
-        return Failure(function);
-    }
-
-    Status Stop(const char* function, Handle manager)
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        return Is(manager, MANAGER) ? Failure(function) : WRONG_ARGUMENT;
+        return Enter(function, kind, owner, Has(mLent, lent, owner) && mLent.erase(lent) == 1);
     }
 
     Status Destroy(const char* function, Kind kind, Handle handle)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        if (!Is(handle, kind))
-        {
-            return WRONG_ARGUMENT;
-        }
+        const Status status = Enter(function, kind, handle);
         mConnections.erase(handle);
-        for (const auto& entry : mLent)
-        {
-            Wrong(entry.second.owner == handle); // its owner went before it
-        }
-        return Failure(function);
+        return status;
+    }
+
+    /// Of a call that only returns.
+    Status Enter(const char* function, Kind kind, Handle handle, bool isRight = true)
+    {
+        mCalls.emplace_back(function);
+        return Answer(function, Has(mConnections, handle, kind) && isRight);
     }
 
     Status GetDescriptor(const char* function, Handle scene, Handle* handle, const void** data)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.emplace_back(function);
-        if (!Is(scene, SCENE))
+        const Status status = Enter(function, SCENE, scene);
+        if (status == OK)
         {
-            return WRONG_ARGUMENT;
+            *handle = ++mLastHandle;
+            *data = mZeros.count(function) != 0 ? nullptr : mDescriptors.back().data();
+            mLent[*handle] = scene;
         }
-        if (Failure(function) != OK)
-        {
-            return Failure(function);
-        }
-        *handle = ++mLastHandle;
-        *data = mZeros.count(function) != 0 ? nullptr : mDescriptor->data();
-        mLent[*handle] = {scene, mDescriptor};
-        return OK;
+        return status;
     }
 
     Status GetPointer(const char* function, Handle handle, void** pointer)
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        if (Wrong(handle != 0 && mLent.count(handle) == 0))
-        {
-            return WRONG_ARGUMENT;
-        }
         *pointer = &mSignals;
-        return Failure(function);
+        return Answer(function, !Wrong(handle != 0 && mLent.count(handle) == 0));
     }
 
 private:
-    using Descriptor = std::vector<unsigned char>;
-
-    struct Loan
+    template <typename Container>
+    std::size_t Size(const Container& container) const
     {
-        Handle owner;
-        std::shared_ptr<const Descriptor> descriptor; // kept while it is lent
-    };
-
-    void SetTwoObjects()
-    {
-        const HostObject objects[] = {{0, {0.5f, 1.5f, -2.0f}, {1, 0, 0, 0}, 1.0f},
-                                      {0, {0.25f, 0.75f, -1.0f}, {0, 1, 0, 0}, 0.5f}};
-        Describe(objects, 2, 2);
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return container.size();
     }
 
     void Describe(const HostObject* objects, std::size_t count, std::uint64_t claimed)
     {
         static_assert(sizeof(HostObject) == 40);
-        const auto descriptor = std::make_shared<Descriptor>(32 + sizeof(HostObject) * count);
-        std::memset(descriptor->data(), 0xDD, 24);
-        std::memcpy(descriptor->data() + 24, &claimed, sizeof claimed);
-        if (count != 0)
-        {
-            std::memcpy(descriptor->data() + 32, objects, sizeof(HostObject) * count);
-        }
-        mDescriptor = descriptor;
-    }
-
-    void Announce(Kind kind, std::uint32_t type)
-    {
-        if (mAutomatic)
-        {
-            Queue(kind, type, false);
-        }
+        std::string& descriptor = mDescriptors.emplace_back(24, '\xDD');
+        descriptor.append(reinterpret_cast<const char*>(&claimed), sizeof claimed);
+        descriptor.append(reinterpret_cast<const char*>(objects), sizeof(HostObject) * count);
     }
 
     void Queue(Kind kind, std::uint32_t type, bool quiet)
@@ -324,176 +224,105 @@ private:
         }
     }
 
-    Status Failure(const std::string& function) const
+    /// What a call with these arguments returns.
+    Status Answer(const std::string& function, bool isRight) const
     {
         const auto found = mFailures.find(function);
-        return found == mFailures.end() ? OK : found->second;
+        return !isRight ? WRONG_ARGUMENT : found == mFailures.end() ? OK : found->second;
     }
 
-    Status Add(const char* function, Kind kind, Handle* created)
+    Status Add(const char* function, Status status, Kind kind, Handle* created)
     {
         *created = 0;
-        if (mZeros.count(function) == 0)
+        if (status == OK && mZeros.count(function) == 0)
         {
             *created = ++mLastHandle;
             mConnections[*created] = kind;
         }
-        return OK;
+        return status;
     }
 
     bool Wrong(bool condition)
     {
-        mMistakes += condition ? 1 : 0;
+        mMistakes.append(condition ? 1 : 0, '!');
         return condition;
     }
 
-    bool Is(Handle handle, Kind kind)
+    bool Has(const std::map<Handle, Handle>& ledger, Handle handle, Handle value)
     {
-        const auto found = mConnections.find(handle);
-        return !Wrong(found == mConnections.end() || found->second != kind);
-    }
-
-    bool IsLent(Handle owner, Handle lent)
-    {
-        const auto found = mLent.find(lent);
-        return !Wrong(found == mLent.end() || found->second.owner != owner);
+        const auto found = ledger.find(handle);
+        return !Wrong(found == ledger.end() || found->second != value);
     }
 
     mutable std::mutex mMutex;
     bool mAutomatic = true;
+    const std::vector<std::uint32_t> mFirstNews[KINDS] = {{4}, {1}, {7, 12}}; // by itself
     Handle mLastHandle = 0x100000000; // more than 32 bits, so that none are lost on the way
     std::array<Handle, KINDS> mSignals{};
     std::array<std::deque<std::uint32_t>, KINDS> mQueues;
-    std::map<Handle, Kind> mConnections;
-    std::map<Handle, Loan> mLent;
-    std::shared_ptr<const Descriptor> mDescriptor;
+    std::map<Handle, Handle> mConnections; // with their kinds
+    std::map<Handle, Handle> mLent;        // with the connections that lent them
+    std::deque<std::string> mDescriptors;  // all that may still be lent
     std::map<std::string, Status> mFailures;
     std::set<std::string> mZeros;
     std::vector<std::string> mCalls;
-    std::size_t mMistakes = 0;
+    std::string mMistakes; // a mark for each
 };
 
 /// Never destroyed: the worker of an unstopped tracker may still call.
-Service& TheService()
+Service::Locked Host()
 {
     static Service& service = *new Service;
-    return service;
+    return {service};
 }
 
 } // namespace
 
+// The entry points of the same shape.
+#define LENDS_SIGNAL(name, kind)                                                                   \
+    Status name(Handle h, Handle* e) { return Host()->LendSignal(__func__, kind, h, e); }
+#define READS(name, kind)                                                                          \
+    Status name(Handle h, Record* r) { return Host()->Read(__func__, kind, h, r); }
+#define CONNECTS(name, from, to)                                                                   \
+    Status name(Handle h, Handle info, Handle* connected, std::uint32_t mode)                      \
+    {                                                                                              \
+        return Host()->Connect(__func__, from, h, info, connected, mode, to);                      \
+    }
+#define TAKES_BACK(name, kind)                                                                     \
+    Status name(Handle h, Handle lent) { return Host()->TakeBack(__func__, kind, h, lent); }
+#define DESTROYS(name, kind)                                                                       \
+    Status name(Handle h) { return Host()->Destroy(__func__, kind, h); }
+
 extern "C"
 {
-    HostServiceScript* vr_host_client_lib_script()
-    {
-        TheService().TakeControl();
-        return &TheService();
-    }
+    HostServiceScript* vr_host_client_lib_script() { return Host()->TakeControl(); }
 
-    Status VRHostClientManager_create(Handle* created)
+    Status VRHostClientManager_create(Handle* h) { return Host()->Create(__func__, h); }
+    LENDS_SIGNAL(VRHostClientManager_start, MANAGER)
+    READS(VRHostClientManager_readNotification, MANAGER)
+    CONNECTS(VRHostClientManager_connectClient, MANAGER, CLIENT)
+    TAKES_BACK(VRHostClientManager_deleteHandle, MANAGER)
+    Status VRHostClientManager_stop(Handle h) { return Host()->Enter(__func__, MANAGER, h); }
+    DESTROYS(VRHostClientManager_destroy, MANAGER)
+    LENDS_SIGNAL(VRHostClient_getNotificationHandle, CLIENT)
+    READS(VRHostClient_readNotification, CLIENT)
+    CONNECTS(VRHostClient_connectDevice, CLIENT, DEVICE)
+    TAKES_BACK(VRHostClient_deleteHandle, CLIENT)
+    DESTROYS(VRHostClient_destroy, CLIENT)
+    LENDS_SIGNAL(VRHostDevice_getNotificationHandle, DEVICE)
+    READS(VRHostDevice_readNotification, DEVICE)
+    CONNECTS(VRHostDevice_connectCamera, DEVICE, CAMERA)
+    CONNECTS(VRHostDevice_connectScene, DEVICE, SCENE)
+    TAKES_BACK(VRHostDevice_deleteHandle, DEVICE)
+    DESTROYS(VRHostDevice_destroy, DEVICE)
+    LENDS_SIGNAL(VRHostDeviceCamera_getNotificationHandle, CAMERA)
+    DESTROYS(VRHostDeviceCamera_destroy, CAMERA)
+    LENDS_SIGNAL(VRHostDeviceScene_getNotificationHandle, SCENE)
+    Status VRHostDeviceScene_getCurrentDescriptor(Handle h, Handle* lent, const void** data)
     {
-        return TheService().CreateManager(__func__, created);
+        return Host()->GetDescriptor(__func__, h, lent, data);
     }
-    Status VRHostClientManager_start(Handle manager, Handle* event)
-    {
-        return TheService().StartManager(__func__, manager, event);
-    }
-    Status VRHostClientManager_readNotification(Handle manager, Record* record)
-    {
-        return TheService().Read(__func__, MANAGER, manager, record);
-    }
-    Status VRHostClientManager_connectClient(Handle manager, Handle info, Handle* client,
-                                             std::uint32_t mode)
-    {
-        return TheService().Connect(__func__, MANAGER, manager, info, client, mode, CLIENT);
-    }
-    Status VRHostClientManager_deleteHandle(Handle manager, Handle lent)
-    {
-        return TheService().TakeBack(__func__, MANAGER, manager, lent);
-    }
-    Status VRHostClientManager_stop(Handle manager) { return TheService().Stop(__func__, manager); }
-    Status VRHostClientManager_destroy(Handle manager)
-    {
-        return TheService().Destroy(__func__, MANAGER, manager);
-    }
-
-    Status VRHostClient_getNotificationHandle(Handle client, Handle* event)
-    {
-        return TheService().LendSignal(__func__, CLIENT, client, event);
-    }
-    Status VRHostClient_readNotification(Handle client, Record* record)
-    {
-        return TheService().Read(__func__, CLIENT, client, record);
-    }
-    Status VRHostClient_connectDevice(Handle client, Handle info, Handle* device,
-                                      std::uint32_t mode)
-    {
-        return TheService().Connect(__func__, CLIENT, client, info, device, mode, DEVICE);
-    }
-    Status VRHostClient_deleteHandle(Handle client, Handle lent)
-    {
-        return TheService().TakeBack(__func__, CLIENT, client, lent);
-    }
-    Status VRHostClient_destroy(Handle client)
-    {
-        return TheService().Destroy(__func__, CLIENT, client);
-    }
-
-    Status VRHostDevice_getNotificationHandle(Handle device, Handle* event)
-    {
-        return TheService().LendSignal(__func__, DEVICE, device, event);
-    }
-    Status VRHostDevice_readNotification(Handle device, Record* record)
-    {
-        return TheService().Read(__func__, DEVICE, device, record);
-    }
-    Status VRHostDevice_connectCamera(Handle device, Handle info, Handle* camera,
-                                      std::uint32_t mode)
-    {
-        return TheService().Connect(__func__, DEVICE, device, info, camera, mode, CAMERA);
-    }
-    Status VRHostDevice_connectScene(Handle device, Handle info, Handle* scene, std::uint32_t mode)
-    {
-        return TheService().Connect(__func__, DEVICE, device, info, scene, mode, SCENE);
-    }
-    Status VRHostDevice_deleteHandle(Handle device, Handle lent)
-    {
-        return TheService().TakeBack(__func__, DEVICE, device, lent);
-    }
-    Status VRHostDevice_destroy(Handle device)
-    {
-        return TheService().Destroy(__func__, DEVICE, device);
-    }
-
-    Status VRHostDeviceCamera_getNotificationHandle(Handle camera, Handle* event)
-    {
-        return TheService().LendSignal(__func__, CAMERA, camera, event);
-    }
-    Status VRHostDeviceCamera_destroy(Handle camera)
-    {
-        return TheService().Destroy(__func__, CAMERA, camera);
-    }
-
-    Status VRHostDeviceScene_getNotificationHandle(Handle scene, Handle* event)
-    {
-        return TheService().LendSignal(__func__, SCENE, scene, event);
-    }
-    Status VRHostDeviceScene_getCurrentDescriptor(Handle scene, Handle* descriptor,
-                                                  const void** data)
-    {
-        return TheService().GetDescriptor(__func__, scene, descriptor, data);
-    }
-    Status VRHostDeviceScene_returnDescriptor(Handle scene, Handle descriptor)
-    {
-        return TheService().TakeBack(__func__, SCENE, scene, descriptor);
-    }
-    Status VRHostDeviceScene_destroy(Handle scene)
-    {
-        return TheService().Destroy(__func__, SCENE, scene);
-    }
-
-    Status VRHost_getHandlePtr(Handle handle, void** pointer)
-    {
-        return TheService().GetPointer(__func__, handle, pointer);
-    }
+    TAKES_BACK(VRHostDeviceScene_returnDescriptor, SCENE)
+    DESTROYS(VRHostDeviceScene_destroy, SCENE)
+    Status VRHost_getHandlePtr(Handle h, void** p) { return Host()->GetPointer(__func__, h, p); }
 }

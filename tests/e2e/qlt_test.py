@@ -243,6 +243,13 @@ class QltTest(unittest.TestCase):
                 self.assertEqual(drawn, (documents / name).read_bytes())
                 xml.etree.ElementTree.fromstring(drawn)
 
+    def test_record_and_camera_say_that_there_is_no_headset(self):
+        done = self.qlt("record", self.path("r.bin"), "--seconds", "0.2")
+        self.assertIn("no headset is connected", done.stderr)
+        self.assertIn("0 reports", done.stdout)
+        self.assertEqual(pathlib.Path(self.path("r.bin")).read_bytes(), b"")
+        self.assertIn("no headset is connected", self.qlt("camera", code=1).stderr)
+
     def test_real_recordings_meet_their_truth(self):
         folder = pathlib.Path(ARGUMENTS.recordings)
         if not folder.is_dir():

@@ -5,7 +5,6 @@
 #include "OutputFile.h"
 #include "ReportRecorder.h"
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -24,6 +23,10 @@ int RunRecord(const RecordOptions& options)
 {
     std::signal(SIGINT, Interrupt);
     ReportRecorder recorder(qlt::UsbHost::System(), options.recording);
+    if (qlt::UsbHost::System().OpenFirst() == nullptr)
+    {
+        std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
+    }
     {
         qlt::Hmd hmd(recorder);
         hmd.Start();

@@ -1,6 +1,8 @@
 // Tests with the fake host service, which the real loader finds beside their program.
 #pragma once
 
+#include <qlt/Runtime/VRException.h>
+
 #include "Runtime/DynamicLibrary.h"
 
 #include "fakes/host_service/HostServiceScript.h"
@@ -8,22 +10,25 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <regex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 class HostServiceFixture : public testing::Test
 {
 protected:
-    // The notification types, as the service numbers them.
-    static constexpr std::uint32_t DEVICE_AVAILABLE = 1;
-    static constexpr std::uint32_t DEVICE_WITHDRAWN = 2;
-    static constexpr std::uint32_t CLIENT_AVAILABLE = 4;
-    static constexpr std::uint32_t CLIENT_WITHDRAWN = 5;
-    static constexpr std::uint32_t CAMERA_AVAILABLE = 7;
-    static constexpr std::uint32_t CAMERA_WITHDRAWN = 8;
-    static constexpr std::uint32_t SCENE_AVAILABLE = 12;
-    static constexpr std::uint32_t SCENE_WITHDRAWN = 13;
+    /// A notification: who announces, and which type, as the service numbers them.
+    using News = std::pair<HostSource, std::uint32_t>;
+    static constexpr News CLIENT_AVAILABLE{HostSource::MANAGER, 4};
+    static constexpr News CLIENT_WITHDRAWN{HostSource::MANAGER, 5};
+    static constexpr News DEVICE_AVAILABLE{HostSource::CLIENT, 1};
+    static constexpr News DEVICE_WITHDRAWN{HostSource::CLIENT, 2};
+    static constexpr News CAMERA_AVAILABLE{HostSource::DEVICE, 7};
+    static constexpr News CAMERA_WITHDRAWN{HostSource::DEVICE, 8};
+    static constexpr News SCENE_AVAILABLE{HostSource::DEVICE, 12};
+    static constexpr News SCENE_WITHDRAWN{HostSource::DEVICE, 13};
 
     HostServiceFixture() { script.Reset(); }
 
@@ -47,23 +52,26 @@ protected:
     template <typename Condition>
     static bool Eventually(const Condition& condition)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!condition())
+        for (int i = 0; i < 100000 && !condition(); ++i)
         {
-            if (std::chrono::steady_clock::now() > deadline)
-            {
-                return false;
-            }
             std::this_thread::sleep_for(std::chrono::microseconds(200));
         }
-        return true;
+        return condition();
     }
 
-    /// Notifies, and waits until it has been read and given back.
-    void Tell(HostSource source, std::uint32_t type)
+    void Notify(const News& news, bool quiet = false)
     {
-        script.Notify(source, type);
-        ASSERT_TRUE(Eventually([&] { return script.Pending() == 0 && script.Lent() == 0; }));
+        script.Notify(news.first, news.second, quiet);
+    }
+
+    /// Notifies of each, and waits until it has been read and given back.
+    void Tell(const std::vector<News>& all)
+    {
+        for (const News& news : all)
+        {
+            Notify(news);
+            ASSERT_TRUE(Eventually([&] { return script.Pending() + script.Lent() == 0; }));
+        }
     }
 
     bool HasConnections(std::size_t count)
@@ -74,35 +82,34 @@ protected:
     /// Announces everything: manager, client, device, camera and scene are then connected.
     void ConnectAll()
     {
-        Tell(HostSource::MANAGER, CLIENT_AVAILABLE);
-        Tell(HostSource::CLIENT, DEVICE_AVAILABLE);
-        Tell(HostSource::DEVICE, CAMERA_AVAILABLE);
-        Tell(HostSource::DEVICE, SCENE_AVAILABLE);
+        Tell({CLIENT_AVAILABLE, DEVICE_AVAILABLE, CAMERA_AVAILABLE, SCENE_AVAILABLE});
         ASSERT_TRUE(HasConnections(5));
     }
 
-    /// The calls whose names end with one of `endings`, in their order.
-    std::vector<std::string> Calls(const std::vector<std::string>& endings)
+    /// The calls whose names hold a match of `pattern`, in their order, each with a space.
+    std::string Calls(const std::string& pattern)
     {
-        std::vector<std::string> calls;
-        script.VisitCalls([](void* context, const char* function)
-                          { static_cast<std::vector<std::string>*>(context)->push_back(function); },
-                          &calls);
-        std::vector<std::string> matching;
-        for (const std::string& call : calls)
+        std::string all;
+        script.VisitCalls([](void* calls, const char* function)
+                          { static_cast<std::string*>(calls)->append(function + 6).append(" "); },
+                          &all);
+        return std::regex_replace(all, std::regex("\\S*(" + pattern + ")\\S* "), "$&",
+                                  std::regex_constants::format_no_copy);
+    }
+
+    /// How `call` fails: the status and the text of its exception.
+    template <typename Call>
+    static std::string FailureOf(const Call& call)
+    {
+        try
         {
-            for (const std::string& ending : endings)
-            {
-                const bool ends =
-                    call.size() >= ending.size() &&
-                    call.compare(call.size() - ending.size(), ending.size(), ending) == 0;
-                if (ends)
-                {
-                    matching.push_back(call);
-                }
-            }
+            call();
         }
-        return matching;
+        catch (const VRException& e)
+        {
+            return std::to_string(e.status) + " " + e.what();
+        }
+        return "";
     }
 
     HostServiceScript& script = Script();

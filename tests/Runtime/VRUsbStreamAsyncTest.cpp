@@ -15,9 +15,9 @@ namespace
 {
 
 using Bytes = ScriptedStream::Bytes;
-using Read = ScriptedStream::Read;
-
 constexpr std::uint32_t FRAME = 8192;
+
+Bytes Frame(std::uint32_t number) { return ScriptedStream::Frame(FRAME, number); }
 
 /// `bytes` of anything but a header.
 Bytes Noise(std::size_t bytes) { return Bytes(bytes, 0x5A); }
@@ -26,7 +26,7 @@ Bytes Noise(std::size_t bytes) { return Bytes(bytes, 0x5A); }
 Bytes CutFrame(std::uint32_t offset)
 {
     Bytes bytes = Noise(offset);
-    const Bytes frame = ScriptedStream::Frame(FRAME, 1);
+    const Bytes frame = Frame(1);
     bytes.insert(bytes.end(), frame.begin(), frame.end() - offset);
     return bytes;
 }
@@ -40,25 +40,29 @@ int Occurrences(const std::string& text, const std::string& part)
 
 std::uint32_t gHourMs = 0;
 
-std::uint32_t HourClock() { return gHourMs; }
-
 class VRUsbStreamAsyncTest : public testing::Test
 {
 protected:
-    VRUsbStreamAsyncTest()
+    void Start(bool trash) { Start(trash, host); }
+
+    void Start(bool trash, qlt::UsbHost& from)
     {
         std::cerr << std::dec; // which the stream may have left otherwise
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-    }
-
-    void Start(bool trash)
-    {
-        stream = std::make_unique<VRUsbStreamAsync>(0x04B4, 0x00F1, 0x82, FRAME, host, HourClock);
+        stream = std::make_unique<VRUsbStreamAsync>(0x04B4, 0x00F1, 0x82, FRAME, from,
+                                                    [] { return gHourMs; });
         stream->Init();
         stream->SetTrashEnabled(trash);
         frameEvent = stream->CreateFrameConsumerEvent(L"");
         stream->Start(true, qlt::WAIT_FOREVER);
+    }
+
+    /// Whether the next frame that is delivered is this one.
+    bool Delivers(std::uint32_t number)
+    {
+        frameEvent.Wait(qlt::WAIT_FOREVER);
+        return std::memcmp(stream->GetCurrentFrame(), Frame(number).data(), FRAME) == 0;
     }
 
     void Stop()
@@ -81,11 +85,13 @@ protected:
     std::string err;
 };
 
+using VRUsbStreamAsyncDeathTest = VRUsbStreamAsyncTest;
+
 } // namespace
 
 TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
 {
-    const Bytes frame = ScriptedStream::Frame(FRAME, 7);
+    const Bytes frame = Frame(7);
     Bytes badSum = frame;
     badSum[4] ^= 1;
     Bytes badThenGood = CutFrame(4096);
@@ -94,13 +100,7 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
     const std::string signature = "error head_sig is not valid\n";
     const std::string checksum = "error head checksum is not valid\n";
     const std::string found = "found header offset (0xdeadbeef) at 0x";
-    const struct
-    {
-        Bytes bytes;
-        std::uint32_t length;
-        std::uint32_t offset;
-        std::string text;
-    } rows[] = {
+    const std::tuple<Bytes, std::uint32_t, std::uint32_t, std::string> rows[] = {
         {frame, FRAME, 0, ""},
         {frame, 3, 0, none},
         {frame, 4, 0, ""},
@@ -114,34 +114,28 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
         {badSum, FRAME, 0, checksum + checksum + none},
         {badThenGood, FRAME, 4096, signature + checksum + found + "1000\n"},
     };
-    for (const auto& row : rows)
+    for (const auto& [bytes, length, offset, text] : rows)
     {
         // The last words of a cut header lie behind the length.
-        std::vector<std::uint32_t> words(row.bytes.size() / 4 + 6);
-        std::memcpy(words.data(), row.bytes.data(), row.bytes.size());
-        if (row.offset > FRAME - 24)
+        std::vector<std::uint32_t> words(bytes.size() / 4 + 6);
+        std::memcpy(words.data(), bytes.data(), bytes.size());
+        if (offset > FRAME - 24)
         {
-            const Bytes header = ScriptedStream::Frame(FRAME, 1);
-            std::memcpy(&words[row.offset / 4], header.data(), 24);
+            std::memcpy(&words[offset / 4], Frame(1).data(), 24);
         }
         std::cerr << std::dec;
         testing::internal::CaptureStderr();
-        EXPECT_EQ(qlt::FindHeader(words.data(), row.length), row.offset);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), row.text);
+        EXPECT_EQ(qlt::FindHeader(words.data(), length), offset);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), text);
     }
 }
 
 TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
 {
-    host.Queue({CutFrame(4096)});
-    host.Queue({Noise(4096)});
-    host.Queue({ScriptedStream::Frame(FRAME, 2)});
-    host.Queue({ScriptedStream::Frame(FRAME, 3)});
+    host.Queue({{CutFrame(4096)}, {Noise(4096)}, {Frame(2)}, {Frame(3)}});
     Start(true);
-    frameEvent.Wait(qlt::WAIT_FOREVER);
-    const Bytes expected = ScriptedStream::Frame(FRAME, 3); // the first that is delivered
-    EXPECT_EQ(std::memcmp(stream->GetCurrentFrame(), expected.data(), FRAME), 0);
-    host.Queue({Noise(16)});
+    EXPECT_TRUE(Delivers(3));
+    host.Queue({{Noise(16)}});
     Stop();
     EXPECT_EQ(out, "validating 8192\ntrashing 4096\nvalidating 8192\n");
     EXPECT_EQ(host.TransferSizes(), (std::vector<std::uint32_t>{FRAME, 4096, FRAME, FRAME}));
@@ -153,43 +147,41 @@ TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
 
 TEST_F(VRUsbStreamAsyncTest, SynchronisesOverWhateverTheDeviceDoes)
 {
-    host.Queue({CutFrame(100)});
-    host.Queue({Noise(100), false, true}); // late
-    host.Queue({CutFrame(512)});
-    host.Queue({Noise(0), true, false}); // failed
-    host.Queue({{}}); // nothing came, and the buffer still holds the header at 512
-    host.Queue({Noise(512)});
-    host.Queue({ScriptedStream::Frame(FRAME, 1)});
+    host.Queue({{CutFrame(100)},
+                {Noise(100), false, true}, // late
+                {CutFrame(512)},
+                {{}, true, false}, // failed
+                {{}},              // nothing came, and the buffer still holds the header at 512
+                {Noise(512)},
+                {Frame(1)}});
     Start(true);
     Stop();
     EXPECT_EQ(out, "validating 8192\ntrashing 100\nwarning trash len not a multiple of 512\n"
                    "validating 8192\ntrashing 512\nvalidating 8192\ntrashing 512\n"
                    "validating 8192\n");
-    EXPECT_EQ(Occurrences(err, "error wait timeout trash_buffer\n"), 1);
-    EXPECT_EQ(Occurrences(err, "error while async transfer trash_buffer\n"), 1);
-    EXPECT_EQ(Occurrences(err, "error incomplete trash_buffer transfer of size 0 expected 2000\n"),
-              1);
+    for (const char* line :
+         {"error wait timeout trash_buffer\n", "error while async transfer trash_buffer\n",
+          "error incomplete trash_buffer transfer of size 0 expected 2000\n"})
+    {
+        EXPECT_EQ(Occurrences(err, line), 1) << line;
+    }
 }
 
 TEST_F(VRUsbStreamAsyncTest, DeliversWholeFramesOnlyAndGoesOn)
 {
     Start(false);
-    host.Queue({ScriptedStream::Frame(FRAME, 1)});
-    frameEvent.Wait(qlt::WAIT_FOREVER);
+    host.Queue({{Frame(1)}});
+    EXPECT_TRUE(Delivers(1));
     const std::uint8_t* first = stream->GetCurrentFrame();
-    host.Queue({Noise(8191)});
-    host.Queue({{}, true, false});
-    host.Queue({{}, false, false});
+    host.Queue({{Noise(8191)}, {{}, true, false}, {{}, false, false}});
     host.WaitForIdle();
     EXPECT_EQ(qlt::WaitNativeEvent(frameEvent.Handle(), 0), qlt::WAIT_TIMED_OUT);
     EXPECT_EQ(stream->GetCurrentFrame(), first);
     EXPECT_EQ(host.InFlight(), 10);
     for (std::uint32_t number = 2; number < 50; ++number)
     {
-        host.Queue({ScriptedStream::Frame(FRAME, number)});
-        frameEvent.Wait(qlt::WAIT_FOREVER);
-        const Bytes expected = ScriptedStream::Frame(FRAME, number);
-        ASSERT_EQ(std::memcmp(stream->GetCurrentFrame(), expected.data(), FRAME), 0) << number;
+        host.Queue({{Frame(number)}});
+        ASSERT_TRUE(Delivers(number)) << number;
     }
     Stop();
     EXPECT_EQ(out, "");
@@ -204,15 +196,10 @@ TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
 {
     gHourMs = 3599900;
     Start(false);
-    for (std::uint32_t i = 0; i < 60; ++i)
-    {
-        if (i == 59)
-        {
-            host.WaitForIdle();
-            gHourMs = 50;
-        }
-        host.Queue({ScriptedStream::Frame(FRAME, i)});
-    }
+    host.Queue(std::vector<ScriptedStream::Read>(59, {Frame(1)}));
+    host.WaitForIdle();
+    gHourMs = 50;
+    host.Queue({{Frame(1)}});
     Stop();
     EXPECT_EQ(out.substr(0, out.find('\n')),
               "Time: 4291367446, Count: 60, Bytes: 491520, Mb/s: 1.14537e-07");
@@ -221,36 +208,20 @@ TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
 // Ten for the reads and one for the search; nothing else, and none after a stop.
 TEST_F(VRUsbStreamAsyncTest, LeavesTheEventsOfItsReadsOpenAndNothingElse)
 {
-    for (const bool trash : {false, true})
-    {
-        const std::size_t before = CountOpenHandles();
-        {
-            ScriptedStream device;
-            VRUsbStreamAsync once(0x04B4, 0x00F1, 0x82, FRAME, device);
-            once.Init();
-            once.SetTrashEnabled(trash);
-            once.CreateFrameConsumerEvent(L"");
-            device.Queue({ScriptedStream::Frame(FRAME, 1)});
-            once.Start(true, qlt::WAIT_FOREVER);
-            device.End();
-            once.Stop(true);
-        }
-        EXPECT_EQ(CountOpenHandles() - before, trash ? 11u : 10u);
-    }
-    Start(false);
+    const std::size_t before = CountOpenHandles();
+    host.Queue({{Frame(1)}});
+    Start(true);
     Stop();
+    frameEvent = VREvent();
+    EXPECT_EQ(CountOpenHandles() - before, 11u);
 }
 
 // The first device's vendor is compared, and then products only.
-TEST(VRUsbStreamAsyncDeathTest, WithoutItsDeviceTheProcessEnds)
+TEST_F(VRUsbStreamAsyncDeathTest, WithoutItsDeviceTheProcessEnds)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     using Device = ScriptedStream::Device;
-    const struct
-    {
-        std::vector<Device> devices;
-        bool found;
-    } rows[] = {
+    const std::pair<std::vector<Device>, bool> rows[] = {
         {{}, false},
         {{Device{}}, true},
         {{Device{0x1234, 0x00F1}, Device{}}, false},
@@ -261,17 +232,14 @@ TEST(VRUsbStreamAsyncDeathTest, WithoutItsDeviceTheProcessEnds)
     };
     for (const auto& row : rows)
     {
-        const auto run = [&row]
+        const auto run = [&]
         {
-            ScriptedStream host(row.devices);
-            VRUsbStreamAsync stream(0x04B4, 0x00F1, 0x82, FRAME, host);
-            stream.Init();
-            stream.CreateFrameConsumerEvent(L"");
-            stream.Start(true, qlt::WAIT_FOREVER);
+            ScriptedStream other(row.first);
+            Start(false, other);
             std::_Exit(77);
         };
-        EXPECT_EXIT(
-            run(), [&row](int status) { return testing::ExitedWithCode(77)(status) == row.found; },
-            "");
+        const auto isAsExpected = [&row](int status)
+        { return testing::ExitedWithCode(77)(status) == row.second; };
+        EXPECT_EXIT(run(), isAsExpected, "");
     }
 }

@@ -4,6 +4,8 @@
 
 #include <qlt/Runtime/Usb.h>
 
+#include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <cstring>
@@ -13,10 +15,18 @@
 #include <numeric>
 #include <vector>
 
+struct ScriptedStreamDevice
+{
+    std::uint16_t vendorId = 0x04B4;
+    std::uint16_t productId = 0x00F1;
+    std::vector<std::uint8_t> addresses = {0x81, 0x82};
+};
+
 class ScriptedStream final : public qlt::UsbHost
 {
 public:
     using Bytes = std::vector<std::uint8_t>;
+    using Device = ScriptedStreamDevice;
 
     /// What one read gives: the bytes, or what fails of it.
     struct Read
@@ -26,19 +36,7 @@ public:
         bool succeeds = true;
     };
 
-    struct Device
-    {
-        std::uint16_t vendorId = 0x04B4;
-        std::uint16_t productId = 0x00F1;
-        std::vector<std::uint8_t> addresses = {0x81, 0x82};
-    };
-
-    ScriptedStream()
-        : mDevices(1)
-    {
-    }
-
-    explicit ScriptedStream(std::vector<Device> devices)
+    explicit ScriptedStream(std::vector<Device> devices = std::vector<Device>(1))
         : mDevices(std::move(devices))
     {
     }
@@ -56,10 +54,10 @@ public:
         return bytes;
     }
 
-    void Queue(const Read& read)
+    void Queue(const std::vector<Read>& reads)
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        mReads.push_back(read);
+        mReads.insert(mReads.end(), reads.begin(), reads.end());
         mChanged.notify_all();
     }
 
@@ -78,54 +76,30 @@ public:
         mChanged.wait(lock, [this] { return mReads.empty() && mWaiting; });
     }
 
-    std::vector<std::uint32_t> TransferSizes() const
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mSizes;
-    }
+    /// When the stream has been stopped.
+    const std::vector<std::uint32_t>& TransferSizes() const { return mSizes; }
 
-    int Aborts() const
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mAborts;
-    }
-
+    int Aborts() const { return mAborts; }
     /// Reads begun and not finished; devices open.
-    int InFlight() const
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mInFlight;
-    }
-
-    int OpenDevices() const
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        return mOpenDevices;
-    }
+    int InFlight() const { return mInFlight; }
+    int OpenDevices() const { return mOpenDevices; }
 
     std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override { return Open(0); }
-
     std::uint32_t CountDevices() override { return static_cast<std::uint32_t>(mDevices.size()); }
-
     std::unique_ptr<qlt::VendorUsbDevice> Open(std::uint32_t index) override
     {
-        if (index >= mDevices.size())
-        {
-            return nullptr;
-        }
-        return std::make_unique<OpenDevice>(*this, mDevices[index]);
+        return index < mDevices.size() ? std::make_unique<OpenDevice>(*this, mDevices[index])
+                                       : nullptr;
     }
 
 private:
-    class Transfer final : public qlt::UsbTransfer
+    struct Transfer final : qlt::UsbTransfer
     {
-    public:
         Transfer(ScriptedStream& host, std::uint8_t* buffer, std::uint32_t length)
             : mHost(host)
             , mBuffer(buffer)
             , mLength(length)
         {
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
             ++mHost.mInFlight;
         }
 
@@ -136,121 +110,76 @@ private:
             mHost.mChanged.notify_all();
             mHost.mChanged.wait(lock, [this] { return !mHost.mReads.empty() || mHost.mEnded; });
             mHost.mWaiting = false;
-            if (mHost.mReads.empty())
+            mRead = {{}, false, false};
+            if (!mHost.mReads.empty())
             {
-                mRead.inTime = mRead.succeeds = false;
-                return false;
+                mRead = mHost.mReads.front();
+                mHost.mReads.pop_front();
             }
-            mRead = mHost.mReads.front();
-            mHost.mReads.pop_front();
             return mRead.inTime;
         }
 
         bool Finish(std::uint32_t& length) override
         {
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
             --mHost.mInFlight;
             length = std::min(mLength, static_cast<std::uint32_t>(mRead.bytes.size()));
-            if (length != 0)
-            {
-                std::memcpy(mBuffer, mRead.bytes.data(), length);
-            }
+            std::copy_n(mRead.bytes.begin(), length, mBuffer);
             return mRead.succeeds;
         }
 
-    private:
         ScriptedStream& mHost;
         std::uint8_t* const mBuffer;
         const std::uint32_t mLength;
         Read mRead;
     };
 
-    class EndPoint final : public qlt::UsbEndPoint
+    /// Also the endpoint of it that was asked for last.
+    struct OpenDevice final : qlt::VendorUsbDevice, qlt::UsbEndPoint
     {
-    public:
-        EndPoint(ScriptedStream& host, std::uint8_t address)
+        OpenDevice(ScriptedStream& host, const Device& device)
             : mHost(host)
-            , mAddress(address)
+            , mDevice(device)
         {
+            ++mHost.mOpenDevices;
+        }
+        ~OpenDevice() override { --mHost.mOpenDevices; }
+
+        std::uint16_t VendorId() const override { return mDevice.vendorId; }
+        std::uint16_t ProductId() const override { return mDevice.productId; }
+        std::uint8_t EndPointCount() const override
+        {
+            return static_cast<std::uint8_t>(mDevice.addresses.size() + 1);
+        }
+        qlt::UsbEndPoint& EndPoint(std::uint8_t index) override
+        {
+            mAddress = mDevice.addresses[index - 1U];
+            return *this;
         }
 
         std::uint8_t Attributes() const override { return 2; }
         std::uint8_t Address() const override { return mAddress; }
-
-        bool TransferData(std::uint8_t*, std::uint32_t& length) override
-        {
-            length = 0;
-            return false;
-        }
-
-        void SetTransferSize(std::uint32_t bytes) override
-        {
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
-            mHost.mSizes.push_back(bytes);
-        }
-
+        bool TransferData(std::uint8_t*, std::uint32_t&) override { return false; }
+        void SetTransferSize(std::uint32_t bytes) override { mHost.mSizes.push_back(bytes); }
+        void AbortTransfers() override { ++mHost.mAborts; }
         std::unique_ptr<qlt::UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
                                                         void*) override
         {
             return std::make_unique<Transfer>(mHost, buffer, length);
         }
 
-        void AbortTransfers() override
-        {
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
-            ++mHost.mAborts;
-        }
-
-    private:
-        ScriptedStream& mHost;
-        const std::uint8_t mAddress;
-    };
-
-    class OpenDevice final : public qlt::VendorUsbDevice
-    {
-    public:
-        OpenDevice(ScriptedStream& host, const Device& device)
-            : mHost(host)
-            , mDevice(device)
-        {
-            for (const std::uint8_t address : device.addresses)
-            {
-                mEndPoints.emplace_back(host, address);
-            }
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
-            ++mHost.mOpenDevices;
-        }
-
-        ~OpenDevice() override
-        {
-            const std::lock_guard<std::mutex> lock(mHost.mMutex);
-            --mHost.mOpenDevices;
-        }
-
-        std::uint16_t VendorId() const override { return mDevice.vendorId; }
-        std::uint16_t ProductId() const override { return mDevice.productId; }
-
-        std::uint8_t EndPointCount() const override
-        {
-            return static_cast<std::uint8_t>(mEndPoints.size() + 1);
-        }
-
-        qlt::UsbEndPoint& EndPoint(std::uint8_t index) override { return mEndPoints[index - 1U]; }
-
-    private:
         ScriptedStream& mHost;
         const Device mDevice;
-        std::deque<ScriptedStream::EndPoint> mEndPoints;
+        std::uint8_t mAddress = 0;
     };
 
     const std::vector<Device> mDevices;
-    mutable std::mutex mMutex; // guards everything below
+    std::vector<std::uint32_t> mSizes; // the stream's, until it has been stopped
+    std::atomic<int> mAborts{0};
+    std::atomic<int> mInFlight{0};
+    std::atomic<int> mOpenDevices{0};
+    std::mutex mMutex; // guards everything below
     std::condition_variable mChanged;
     std::deque<Read> mReads;
-    std::vector<std::uint32_t> mSizes;
     bool mEnded = false;
     bool mWaiting = false;
-    int mAborts = 0;
-    int mInFlight = 0;
-    int mOpenDevices = 0;
 };

@@ -17,48 +17,36 @@ using qlt::DistortionMeshBuilder;
 using qlt::Params;
 using Reports = std::vector<std::string>;
 
-/// FNV-1a.
-class Hash
+/// FNV-1a, over what is at each place.
+template <typename... Elements>
+std::uint64_t Hash(std::pair<const Elements*, std::size_t>... arrays)
 {
-public:
-    template <typename Element>
-    Hash& Add(const Element* values, std::size_t count)
+    std::uint64_t value = 0xCBF29CE484222325;
+    const auto add = [&value](const auto& array)
     {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(values);
-        for (std::size_t i = 0; i < count * sizeof(Element); ++i)
+        const auto* bytes = reinterpret_cast<const unsigned char*>(array.first);
+        for (std::size_t i = 0; i < array.second * sizeof *array.first; ++i)
         {
-            mValue = (mValue ^ bytes[i]) * 0x100000001B3;
+            value = (value ^ bytes[i]) * 0x100000001B3;
         }
-        return *this;
-    }
-
-    std::uint64_t Value() const { return mValue; }
-
-private:
-    std::uint64_t mValue = 0xCBF29CE484222325;
-};
+    };
+    (add(arrays), ...);
+    return value;
+}
 
 std::uint64_t HashOf(const DistortionMeshBuilder& mesh)
 {
-    const auto vertices = static_cast<std::size_t>(mesh.GetNumVertices());
-    return Hash()
-        .Add(mesh.GetPosition(), vertices)
-        .Add(mesh.GetTextureR(), vertices)
-        .Add(mesh.GetTextureG(), vertices)
-        .Add(mesh.GetTextureB(), vertices)
-        .Add(mesh.GetIndices(), static_cast<std::size_t>(mesh.GetNumIndices()))
-        .Value();
+    const auto n = static_cast<std::size_t>(mesh.GetNumVertices());
+    return Hash(std::pair(mesh.GetPosition(), n), std::pair(mesh.GetTextureR(), n),
+                std::pair(mesh.GetTextureG(), n), std::pair(mesh.GetTextureB(), n),
+                std::pair(mesh.GetIndices(), static_cast<std::size_t>(mesh.GetNumIndices())));
 }
 
 std::uint64_t HashOf(const plain::Mesh& mesh)
 {
-    return Hash()
-        .Add(mesh.position.data(), mesh.position.size())
-        .Add(mesh.texture[0].data(), mesh.texture[0].size())
-        .Add(mesh.texture[1].data(), mesh.texture[1].size())
-        .Add(mesh.texture[2].data(), mesh.texture[2].size())
-        .Add(mesh.indices.data(), mesh.indices.size())
-        .Value();
+    const auto all = [](const auto& values) { return std::pair(values.data(), values.size()); };
+    return Hash(all(mesh.position), all(mesh.texture[0]), all(mesh.texture[1]),
+                all(mesh.texture[2]), all(mesh.indices));
 }
 
 std::vector<int> Indices(const DistortionMeshBuilder& mesh)
@@ -151,44 +139,32 @@ TEST(DistortionMeshBuilderTest, FollowsTheSharedConstantsWhenItIsBuiltAgain)
 
 TEST(DistortionMeshBuilderTest, OddResolutionsAreReportedAndSurvived)
 {
-    const struct
-    {
-        int resX;
-        int resY;
-        bool list;
-        int vertices;
-        int indices;
-    } rows[] = {
+    const std::tuple<int, int, bool, int, int> rows[] = {
         {0, 0, true, 1, 0},   {0, 0, false, 1, 0},        {0, 3, false, 4, 10},
         {3, 0, true, 4, 0},   {-1, 5, true, 0, 0},        {5, -1, false, 0, 0},
         {-1, -1, true, 0, 0}, {-2, -2, true, 1, 24},      {-3, -3, false, 4, 4},
         {-5, 2, false, 0, 0}, {2, INT32_MIN, true, 0, 0}, {INT32_MAX, INT32_MAX, true, 0, 0},
     };
-    for (const auto& row : rows)
+    for (const auto& [resX, resY, list, vertices, indices] : rows)
     {
-        SCOPED_TRACE(std::to_string(row.resX) + "x" + std::to_string(row.resY));
+        SCOPED_TRACE(std::to_string(resX) + "x" + std::to_string(resY));
         AssertionRecorder assertions;
         {
-            DistortionMeshBuilder mesh(row.resX, row.resY, Params::EYE_LEFT, row.list);
-            Reports expected;
-            if (row.resX <= 0)
-            {
-                expected.emplace_back("mResX > 0|Sensors/DistortionMeshBuilder");
-            }
-            if (row.resY <= 0)
-            {
-                expected.emplace_back("mResY > 0|Sensors/DistortionMeshBuilder");
-            }
+            DistortionMeshBuilder mesh(resX, resY, Params::EYE_LEFT, list);
+            Reports expected = {"mResX > 0|Sensors/DistortionMeshBuilder",
+                                "mResY > 0|Sensors/DistortionMeshBuilder"};
+            expected.resize(resY <= 0 ? 2 : 1);
+            expected.erase(expected.begin(), expected.begin() + (resX <= 0 ? 0 : 1));
             EXPECT_EQ(assertions.TakeTexts(), expected);
             mesh.BuildMesh();
             mesh.BuildMesh();
-            EXPECT_EQ(mesh.GetNumVertices(), row.vertices);
-            EXPECT_EQ(mesh.GetNumIndices(), row.indices);
-            EXPECT_EQ(mesh.GetPosition() != nullptr, row.vertices != 0);
-            EXPECT_EQ(mesh.GetIndices() != nullptr, row.vertices != 0);
+            EXPECT_EQ(mesh.GetNumVertices(), vertices);
+            EXPECT_EQ(mesh.GetNumIndices(), indices);
+            EXPECT_EQ(mesh.GetPosition() != nullptr, vertices != 0);
+            EXPECT_EQ(mesh.GetIndices() != nullptr, vertices != 0);
             for (int i = 0; i < mesh.GetNumIndices(); ++i)
             {
-                EXPECT_TRUE(mesh.GetIndices()[i] >= 0 && mesh.GetIndices()[i] < row.vertices);
+                EXPECT_TRUE(mesh.GetIndices()[i] >= 0 && mesh.GetIndices()[i] < vertices);
             }
         }
         EXPECT_EQ(assertions.Take(), Reports{}); // all arrays or none

@@ -35,18 +35,13 @@ constexpr const char* CONFIGURATION = "09022000010100807d"
 
 // Memory of the callers is read and written as the kernel does. Accesses of the program's own would
 // be races for the thread sanitizer, which does not see the way of a request to here and back.
-void Fetch(void* to, void* from, std::size_t bytes)
+// `copy` is process_vm_readv or process_vm_writev.
+template <typename Copy>
+void Transport(const Copy& copy, void* mine, void* theirs, std::size_t bytes)
 {
-    const iovec local{to, bytes};
-    const iovec theirs{from, bytes};
-    process_vm_readv(getpid(), &local, 1, &theirs, 1, 0);
-}
-
-void Store(void* to, void* from, std::size_t bytes)
-{
-    const iovec local{from, bytes};
-    const iovec theirs{to, bytes};
-    process_vm_writev(getpid(), &local, 1, &theirs, 1, 0);
+    const iovec local{mine, bytes};
+    const iovec remote{theirs, bytes};
+    copy(getpid(), &local, 1, &remote, 1, 0);
 }
 
 template <typename... Values>
@@ -55,11 +50,6 @@ std::string Format(const char* format, Values... values)
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), format, values...);
     return text.data();
-}
-
-std::string LittleEndian(std::uint16_t value)
-{
-    return Format("%02x%02x", value & 0xFFU, static_cast<unsigned>(value >> 8U));
 }
 
 /// As umockdev reads it.
@@ -71,7 +61,8 @@ std::string Describe(int number, std::uint16_t vendorId, std::uint16_t productId
            Format("E: DEVNUM=%03d\n", number) +
            "A: bConfigurationValue=1\\n\nA: busnum=1\\n\nA: speed=480\\n\n" +
            Format("A: devnum=%d\\n\n", number) + "H: descriptors=" + DEVICE_HEAD +
-           LittleEndian(vendorId) + LittleEndian(productId) + DEVICE_TAIL + CONFIGURATION + "\n";
+           Format("%04x%04x", __builtin_bswap16(vendorId), __builtin_bswap16(productId)) +
+           DEVICE_TAIL + CONFIGURATION + "\n";
 }
 
 } // namespace
@@ -121,9 +112,12 @@ void UsbEmulator::Unplug()
         plugged.swap(mPlugged);
         mClaims.clear();
         mAnswers.clear();
-        while (!mInFlight.empty())
+        for (Request& request : mRequests)
         {
-            End(mInFlight.begin(), -ESHUTDOWN, 0);
+            if (!request.hasEnded)
+            {
+                End(request, -ESHUTDOWN, 0);
+            }
         }
     }
     for (const auto& [node, sysPath] : plugged)
@@ -150,12 +144,6 @@ std::size_t UsbEmulator::InFlight(std::uint8_t endPoint)
 {
     const Lock lock(mMutex);
     return CountInFlight(endPoint);
-}
-
-void UsbEmulator::LimitBytes(std::size_t bytes)
-{
-    const Lock lock(mMutex);
-    mByteLimit = bytes;
 }
 
 void UsbEmulator::ClaimElsewhere()
@@ -200,9 +188,7 @@ gboolean UsbEmulator::OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, U
 void UsbEmulator::OnClosed(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self)
 {
     const Lock lock(self->mMutex);
-    const auto isClients = [client](const Request& request) { return request.client == client; };
-    self->mInFlight.remove_if(isClients);
-    self->mEnded.remove_if(isClients);
+    self->mRequests.remove_if([client](const Request& other) { return other.client == client; });
     const auto claim = self->mClaims.find(umockdev_ioctl_client_get_devnode(client));
     if (claim != self->mClaims.end() && claim->second == client)
     {
@@ -216,6 +202,7 @@ int UsbEmulator::Handle(UMockdevIoctlClient* client, unsigned long request, void
     {
         return Reap(client, argument);
     }
+    const std::string node = umockdev_ioctl_client_get_devnode(client);
     if (!IsPlugged(client))
     {
         return ENODEV;
@@ -225,46 +212,46 @@ int UsbEmulator::Handle(UMockdevIoctlClient* client, unsigned long request, void
     case USBDEVFS_GET_CAPABILITIES:
     {
         std::uint32_t capabilities = CAPABILITIES;
-        Store(argument, &capabilities, sizeof capabilities);
+        Transport(process_vm_writev, &capabilities, argument, sizeof capabilities);
         return 0;
     }
     case USBDEVFS_DISCONNECT_CLAIM:
-        return Claim(client);
+        mClaims.emplace(node, client);
+        return mClaims[node] == client ? 0 : EBUSY;
     case USBDEVFS_RELEASEINTERFACE:
-        mClaims.erase(umockdev_ioctl_client_get_devnode(client));
+        mClaims.erase(node);
         return 0;
     case USBDEVFS_SUBMITURB:
         return Submit(client, argument);
     case USBDEVFS_DISCARDURB:
-        return Discard(argument);
+        for (Request& other : mRequests)
+        {
+            if (other.address == argument && !other.hasEnded)
+            {
+                End(other, -ENOENT, 0);
+                return 0;
+            }
+        }
+        return EINVAL;
     default:
         return ENODATA; // no driver of the kernel's to disconnect or connect
     }
 }
 
-int UsbEmulator::Claim(UMockdevIoctlClient* client)
-{
-    const auto [claim, isNew] = mClaims.emplace(umockdev_ioctl_client_get_devnode(client), client);
-    return isNew || claim->second == client ? 0 : EBUSY;
-}
-
 int UsbEmulator::Submit(UMockdevIoctlClient* client, void* address)
 {
     usbdevfs_urb urb{};
-    Fetch(&urb, address, sizeof urb);
+    Transport(process_vm_readv, &urb, address, sizeof urb);
     auto bytes = static_cast<std::size_t>(urb.buffer_length);
-    for (const Requests* requests : {&mInFlight, &mEnded})
+    for (const Request& other : mRequests)
     {
-        for (const Request& other : *requests)
-        {
-            bytes += static_cast<std::size_t>(other.size);
-        }
+        bytes += static_cast<std::size_t>(other.size);
     }
     if (bytes > mByteLimit)
     {
         return ENOMEM;
     }
-    mInFlight.push_back({client, address, urb.endpoint, urb.buffer, urb.buffer_length, 0, 0});
+    mRequests.push_back({client, address, urb.endpoint, urb.buffer, urb.buffer_length});
     mChanged.notify_all();
     EndAnswered(urb.endpoint);
     return 0;
@@ -272,62 +259,46 @@ int UsbEmulator::Submit(UMockdevIoctlClient* client, void* address)
 
 int UsbEmulator::Reap(UMockdevIoctlClient* client, void* place)
 {
-    const auto ended =
-        std::find_if(mEnded.begin(), mEnded.end(),
-                     [client](const Request& request) { return request.client == client; });
-    if (ended == mEnded.end())
+    const auto ended = std::find_if(mRequests.begin(), mRequests.end(),
+                                    [client](const Request& other)
+                                    { return other.client == client && other.hasEnded; });
+    if (ended == mRequests.end())
     {
         return IsPlugged(client) ? EAGAIN : ENODEV;
     }
     usbdevfs_urb urb{};
-    Fetch(&urb, ended->address, sizeof urb);
+    Transport(process_vm_readv, &urb, ended->address, sizeof urb);
     urb.status = ended->status;
     urb.actual_length = ended->length;
-    Store(ended->address, &urb, sizeof urb);
-    Store(place, &ended->address, sizeof ended->address);
-    mEnded.erase(ended);
-    return 0;
-}
-
-int UsbEmulator::Discard(void* address)
-{
-    const auto request =
-        std::find_if(mInFlight.begin(), mInFlight.end(),
-                     [address](const Request& other) { return other.address == address; });
-    if (request == mInFlight.end())
-    {
-        return EINVAL;
-    }
-    End(request, -ENOENT, 0);
+    Transport(process_vm_writev, &urb, ended->address, sizeof urb);
+    Transport(process_vm_writev, &ended->address, place, sizeof ended->address);
+    mRequests.erase(ended);
     return 0;
 }
 
 void UsbEmulator::EndAnswered(std::uint8_t endPoint)
 {
     std::deque<Answer>& answers = mAnswers[endPoint];
-    for (auto request = mInFlight.begin(); request != mInFlight.end() && !answers.empty();)
+    for (Request& request : mRequests)
     {
-        if (request->endPoint != endPoint)
+        if (request.endPoint == endPoint && !request.hasEnded && !answers.empty())
         {
-            ++request;
-            continue;
+            Answer& answer = answers.front();
+            const int length = std::min(static_cast<int>(answer.data.size()), request.size);
+            Transport(process_vm_writev, answer.data.data(), request.buffer,
+                      static_cast<std::size_t>(length));
+            End(request, answer.status, length);
+            answers.pop_front();
         }
-        Answer& answer = answers.front();
-        const auto length = std::min(static_cast<int>(answer.data.size()), //
-                                     request->size);
-        Store(request->buffer, answer.data.data(), static_cast<std::size_t>(length));
-        request = End(request, answer.status, length);
-        answers.pop_front();
     }
 }
 
-UsbEmulator::Requests::iterator UsbEmulator::End(Requests::iterator request, int status, int length)
+void UsbEmulator::End(Request& request, int status, int length)
 {
-    request->status = status;
-    request->length = length;
-    mEnded.push_back(*request);
+    request.hasEnded = true;
+    request.status = status;
+    request.length = length;
     mChanged.notify_all();
-    return mInFlight.erase(request);
 }
 
 bool UsbEmulator::IsPlugged(UMockdevIoctlClient* client) const
@@ -337,7 +308,7 @@ bool UsbEmulator::IsPlugged(UMockdevIoctlClient* client) const
 
 std::size_t UsbEmulator::CountInFlight(std::uint8_t endPoint) const
 {
-    return static_cast<std::size_t>(std::count_if(mInFlight.begin(), mInFlight.end(),
-                                                  [endPoint](const Request& request)
-                                                  { return request.endPoint == endPoint; }));
+    const auto isInFlight = [endPoint](const Request& request)
+    { return request.endPoint == endPoint && !request.hasEnded; };
+    return static_cast<std::size_t>(std::count_if(mRequests.begin(), mRequests.end(), isInFlight));
 }

@@ -5,6 +5,7 @@
 // What is pushed goes to the oldest read of that endpoint, of whichever device it is.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -22,9 +23,6 @@ public:
     UsbEmulator();
     ~UsbEmulator();
 
-    UsbEmulator(const UsbEmulator&) = delete;
-    UsbEmulator& operator=(const UsbEmulator&) = delete;
-
     /// A device with the endpoints 0x81 (interrupt) and 0x82 (bulk), beside those already there.
     void Plug(std::uint16_t vendorId = 0x04B4, std::uint16_t productId = 0x00F1);
 
@@ -39,7 +37,7 @@ public:
     std::size_t InFlight(std::uint8_t endPoint);
 
     /// How much may be in flight; the kernel's usbfs_memory_mb.
-    void LimitBytes(std::size_t bytes);
+    void LimitBytes(std::size_t bytes) { mByteLimit = bytes; }
 
     /// For the calling thread: it may not open the devices, even as root.
     void ForbidOpening();
@@ -55,39 +53,36 @@ private:
         std::uint8_t endPoint;
         void* buffer;
         int size;
-        int status;
-        int length;
+        bool hasEnded = false;
+        int status = 0;
+        int length = 0;
     };
     struct Answer
     {
         std::vector<std::uint8_t> data;
         int status;
     };
-    using Requests = std::list<Request>;
 
     static gboolean OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self);
     static void OnClosed(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self);
 
     /// With the mutex locked; 0 or an errno.
     int Handle(UMockdevIoctlClient* client, unsigned long request, void* argument);
-    int Claim(UMockdevIoctlClient* client);
     int Submit(UMockdevIoctlClient* client, void* address);
     int Reap(UMockdevIoctlClient* client, void* place);
-    int Discard(void* address);
     void EndAnswered(std::uint8_t endPoint);
-    Requests::iterator End(Requests::iterator request, int status, int length);
+    void End(Request& request, int status, int length);
     bool IsPlugged(UMockdevIoctlClient* client) const;
     std::size_t CountInFlight(std::uint8_t endPoint) const;
 
     UMockdevTestbed* mTestbed;
     UMockdevIoctlBase* mIoctls;
+    std::atomic<std::size_t> mByteLimit{SIZE_MAX};
     std::mutex mMutex; // guards everything below
     std::condition_variable mChanged;
     int mPlugs = 1;                              // the root hub is number 1
     std::map<std::string, std::string> mPlugged; // the places in /sys by the nodes in /dev
     std::map<std::string, UMockdevIoctlClient*> mClaims;
-    Requests mInFlight;
-    Requests mEnded;
+    std::list<Request> mRequests; // until they are reaped
     std::map<std::uint8_t, std::deque<Answer>> mAnswers;
-    std::size_t mByteLimit = SIZE_MAX;
 };

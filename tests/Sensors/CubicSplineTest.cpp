@@ -69,17 +69,11 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
     EXPECT_EQ(assertions.TakeTexts(), (Reports{"dim>0|Sensors/Params", "n_u >= 0|Sensors/Params",
                                                "n_l >= 0|Sensors/Params"}));
     a.resize(3, 1, 1);
-    EXPECT_EQ(a.dim(), 3);
-    EXPECT_EQ(a.num_upper(), 1);
-    EXPECT_EQ(a.num_lower(), 1);
+    EXPECT_TRUE(a.dim() == 3 && a.num_upper() == 1 && a.num_lower() == 1);
     const std::string inside = "(i >= 0) && (i<dim()) && (j >= 0) && (j<dim())|Sensors/Params";
     const std::string inBand = "(-num_lower() <= k) && (k <= num_upper())|Sensors/Params";
-    a(0, 3) = 1.0;
-    EXPECT_EQ(assertions.TakeTexts(), (Reports{inside, inBand}));
-    a(-1, -1) = 1.0;
-    EXPECT_EQ(assertions.TakeTexts(), Reports{inside});
-    a(2, 0) = 1.0;
-    EXPECT_EQ(assertions.TakeTexts(), Reports{inBand});
+    a(0, 3) = a(-1, -1) = a(2, 0) = 1.0; // from the right
+    EXPECT_EQ(assertions.TakeTexts(), (Reports{inBand, inside, inside, inBand}));
     a.SavedDiagonal(3) = 1.0;
     EXPECT_EQ(assertions.TakeTexts(), Reports{"(i >= 0) && (i<dim())|Sensors/Params"});
     a.Solve({1.0}, true);
@@ -94,33 +88,13 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
 TEST(CubicSplineTest, BendsAsASmallSystemSolvedByHand)
 {
     const CubicSpline spline = Through({0, 1, 2}, {0, 1, 0});
-    // The slopes at both ends are 1.5 and -1.5, and go on.
-    for (const auto& [x, y] : {std::pair(0.5, 0.6875),
-                               {1.5, 0.6875},
-                               {0.0, 0.0},
-                               {1.0, 1.0},
-                               {2.0, 0.0},
-                               {-2.0, -3.0},
-                               {4.0, -3.0}})
+    const std::pair<double, double> points[] = {
+        {0.5, 0.6875}, {1.5, 0.6875}, {0, 0}, {1, 1},
+        {2, 0},        {-2, -3},      {4, -3}}; // straight outside
+    for (const auto& [x, y] : points)
     {
         EXPECT_NEAR(spline(x), y, 2e-15) << x;
     }
-    EXPECT_EQ(spline(0.0), 0.0);
-}
-
-TEST(CubicSplineTest, IsSmoothAtItsKnotsAndStraightAtItsEnds)
-{
-    const CubicSpline spline = Through({0.0, 0.4, 1.0, 1.3, 2.5}, {1.0, -0.5, 0.25, 2.0, 1.5});
-    const double h = 1e-4;
-    const auto slope = [&](double x) { return (spline(x + h / 2) - spline(x - h / 2)) / h; };
-    const auto curve = [&](double x) { return (slope(x + h / 2) - slope(x - h / 2)) / h; };
-    for (const double knot : {0.4, 1.0, 1.3})
-    {
-        EXPECT_NEAR(slope(knot - h / 2), slope(knot + h / 2), 1e-2);
-        EXPECT_NEAR(curve(knot - h), curve(knot + h), 2e-1);
-    }
-    EXPECT_NEAR(curve(0.0), 0.0, 2e-2);
-    EXPECT_NEAR(curve(2.5), 0.0, 2e-2);
 }
 
 TEST(CubicSplineTest, ALineStaysALine)
@@ -133,17 +107,14 @@ TEST(CubicSplineTest, ALineStaysALine)
             EXPECT_NEAR(line(x), 2 * x, 1e-13);
         }
     }
-    const CubicSpline corner = Through({0, 1, 2}, {0, 1, 0}, false);
-    EXPECT_DOUBLE_EQ(corner(0.75), 0.75);
-    EXPECT_DOUBLE_EQ(corner(1.75), 0.25);
+    EXPECT_DOUBLE_EQ(Through({0, 1, 2}, {0, 1, 0}, false)(1.75), 0.25);
 }
 
 TEST(CubicSplineTest, BrokenPreconditionsAreReportedAndSurvived)
 {
     AssertionRecorder assertions;
-    const std::string order = "m_x[i]<m_x[i + 1]|Sensors/Params";
     Through({0, 1, 1, 2}, {0, 1, 2, 3});
-    EXPECT_EQ(assertions.TakeTexts()[0], order);
+    EXPECT_EQ(assertions.TakeTexts()[0], "m_x[i]<m_x[i + 1]|Sensors/Params");
     Through({0, 1}, {0, 1, 2})(0.5);
     EXPECT_EQ(assertions.TakeTexts(), Reports{"x.size() == y.size()|Sensors/Params"});
     for (const Doubles& few : {Doubles{}, Doubles{1.0}})

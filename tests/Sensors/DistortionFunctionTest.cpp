@@ -74,17 +74,6 @@ TEST_F(DistortionFunctionTest, TheLensCentreIsTheMiddleOfTheTextureAndTheEyesAre
                 1e-5f);
 }
 
-TEST_F(DistortionFunctionTest, BlueIsScaledMostAndRedLeast)
-{
-    lens.Initialize();
-    for (float x = 0.05f; x < 0.9f; x += 0.05f)
-    {
-        const float green = At(x, 0, Params::EYE_RIGHT, Params::COLOR_GREEN).x();
-        EXPECT_LT(At(x, 0, Params::EYE_RIGHT, Params::COLOR_RED).x(), green);
-        EXPECT_LT(green, At(x, 0, Params::EYE_RIGHT, Params::COLOR_BLUE).x());
-    }
-}
-
 TEST_F(DistortionFunctionTest, TheDepthTellsInsideFromOutside)
 {
     lens.Initialize();

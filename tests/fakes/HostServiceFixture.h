@@ -70,7 +70,7 @@ protected:
         for (const News& news : all)
         {
             Notify(news);
-            ASSERT_TRUE(Eventually([&] { return script.Pending() + script.Lent() == 0; }));
+            ASSERT_TRUE(Eventually([&] { return script.Pending() == 0 && script.Lent() == 0; }));
         }
     }
 

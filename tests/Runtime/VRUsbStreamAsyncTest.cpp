@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <regex>
 
 namespace
 {
@@ -33,9 +32,12 @@ Bytes CutFrame(std::uint32_t offset)
 
 int Occurrences(const std::string& text, const std::string& part)
 {
-    const std::regex pattern(part);
-    return static_cast<int>(
-        std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), {}));
+    int count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+    {
+        ++count;
+    }
+    return count;
 }
 
 std::uint32_t gHourMs = 0;

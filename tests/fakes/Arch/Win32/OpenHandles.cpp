@@ -1,8 +1,10 @@
 #include "fakes/OpenHandles.h"
 
-#include <tlhelp32.h>
 #include <vector>
+
 #include <windows.h>
+
+#include <tlhelp32.h>
 #include <winternl.h>
 
 // Not GetProcessHandleCount, which is always 0 under Wine.

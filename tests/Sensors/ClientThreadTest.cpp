@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <tuple>
 
 namespace
 {
@@ -31,8 +32,13 @@ using ClientThreadDeathTest = ClientThreadTest;
 
 } // namespace
 
-TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEnd)
+TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEndStartedOrNot)
 {
+    {
+        const qlt::ClientThread neverStarted(scene);
+    }
+    EXPECT_EQ(Calls("_start|_stop|_destroy"), "ClientManager_stop ClientManager_destroy ");
+    script.Reset();
     Start();
     EXPECT_EQ(scene.Get(), nullptr);
     ConnectAll();
@@ -48,22 +54,10 @@ TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEnd)
               "ClientManager_stop ClientManager_destroy ");
 }
 
-TEST_F(ClientThreadTest, AThreadThatNeverStartedStopsItsManagerAllTheSame)
-{
-    thread = std::make_unique<qlt::ClientThread>(scene);
-    thread.reset();
-    EXPECT_EQ(Calls("_start|_stop|_destroy"), "ClientManager_stop ClientManager_destroy ");
-}
-
 // What goes, in which order, and what stays; and everything comes back when it is announced again.
 TEST_F(ClientThreadTest, EveryWithdrawalDropsWhatHangsOnIt)
 {
-    const struct
-    {
-        News news;
-        std::size_t left;
-        std::string dropped;
-    } rows[] = {
+    const std::tuple<News, std::size_t, std::string> rows[] = {
         {SCENE_WITHDRAWN, 3, "DeviceCamera_destroy DeviceScene_destroy "},
         {CAMERA_WITHDRAWN, 3, "DeviceCamera_destroy DeviceScene_destroy "},
         {DEVICE_WITHDRAWN, 2, "DeviceCamera_destroy DeviceScene_destroy Device_destroy "},
@@ -71,13 +65,13 @@ TEST_F(ClientThreadTest, EveryWithdrawalDropsWhatHangsOnIt)
          "DeviceCamera_destroy DeviceScene_destroy Device_destroy Client_destroy "},
     };
     Start();
-    for (const auto& row : rows)
+    for (const auto& [news, left, dropped] : rows)
     {
         ConnectAll(); // what is there ignores it
         script.Reset();
-        Tell({row.news});
-        EXPECT_TRUE(HasConnections(row.left));
-        EXPECT_EQ(Calls("_destroy"), row.dropped);
+        Tell({news});
+        EXPECT_TRUE(HasConnections(left));
+        EXPECT_EQ(Calls("_destroy"), dropped);
         EXPECT_EQ(scene.Get(), nullptr);
     }
 }
@@ -205,11 +199,7 @@ TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const std::string nullPointer = "Error VR_STATUS_ERROR_NULL_PTR \\(2\\)"; // of no handle
-    const struct
-    {
-        const char* function;
-        std::string text;
-    } rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"VRHostClientManager_start", "Cannot start the client manage"},
         {"VRHostClientManager_start", nullPointer},
         {"VRHostClientManager_connectClient", "Cannot connect to the servic"},
@@ -233,12 +223,13 @@ TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
     {
         const auto run = [&]
         {
-            row.text == nullPointer ? script.GiveZero(row.function) : script.Fail(row.function, 23);
+            const auto& [function, text] = row;
+            text == nullPointer ? script.GiveZero(function) : script.Fail(function, 23);
             Start();
             ConnectAll();
             Notify(CLIENT_WITHDRAWN);
             Eventually([] { return false; }); // the end comes while it waits
         };
-        EXPECT_DEATH(run(), row.text) << row.function;
+        EXPECT_DEATH(run(), row.second) << row.first;
     }
 }

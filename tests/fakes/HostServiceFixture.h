@@ -40,14 +40,6 @@ protected:
         EXPECT_EQ(script.Mistakes(), 0u);
     }
 
-    static HostServiceScript& Script()
-    {
-        qlt::LibraryHandle library = qlt::LoadInstalledLibrary("vr_host_client_lib");
-        const auto get =
-            reinterpret_cast<GetHostServiceScript>(qlt::FindFunction(library, HOST_SERVICE_SCRIPT));
-        return *get();
-    }
-
     /// Waits until `condition` holds; false after a long time.
     template <typename Condition>
     static bool Eventually(const Condition& condition)
@@ -59,10 +51,7 @@ protected:
         return condition();
     }
 
-    void Notify(const News& news, bool quiet = false)
-    {
-        script.Notify(news.first, news.second, quiet);
-    }
+    void Notify(const News& n, bool quiet = false) { script.Notify(n.first, n.second, quiet); }
 
     /// Notifies of each, and waits until it has been read and given back.
     void Tell(const std::vector<News>& all)
@@ -124,5 +113,7 @@ protected:
         return "";
     }
 
-    HostServiceScript& script = Script();
+    qlt::LibraryHandle library = qlt::LoadInstalledLibrary("vr_host_client_lib");
+    HostServiceScript& script =
+        *reinterpret_cast<GetHostServiceScript>(qlt::FindFunction(library, HOST_SERVICE_SCRIPT))();
 };

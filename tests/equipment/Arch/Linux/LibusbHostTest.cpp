@@ -12,7 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <deque>
@@ -148,18 +147,6 @@ TEST_F(LibusbHostTest, TheVendorsDevicesCountWhicheverTheyAreAndTellTheirEndPoin
     EXPECT_EQ(device->EndPoint(2).Attributes(), 2);
 }
 
-TEST_F(LibusbHostTest, AHeadsetMayBeOpenTwiceForATrackerAndACamera)
-{
-    Open();
-    const auto other = host.OpenFirst();
-    ASSERT_NE(other, nullptr);
-    device.reset();
-    emulator.Push(REPORTS, Report());
-    Bytes report(64);
-    std::uint32_t length = 64;
-    EXPECT_TRUE(other->EndPoint(1).TransferData(report.data(), length));
-}
-
 TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIsGone)
 {
     emulator.Plug();
@@ -176,9 +163,12 @@ TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIs
     EXPECT_EQ(host.Problem(), "");
 }
 
+// Through one opening of a headset that may be open twice, for a tracker and a camera.
 TEST_F(LibusbHostTest, AReadGivesWhatCameAndWhetherItFailed)
 {
     Open();
+    device = host.OpenFirst();
+    ASSERT_NE(device, nullptr);
     for (const auto& [data, status] :
          {std::pair(Report(), 0), {Bytes(63, 7), 0}, {Bytes(10, 7), -EPROTO}, {Bytes(), -EPIPE}})
     {

@@ -12,7 +12,6 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <numeric>
 #include <vector>
 
 struct ScriptedStreamDevice
@@ -45,13 +44,10 @@ public:
     static Bytes Frame(std::size_t size, std::uint32_t number)
     {
         std::vector<std::uint32_t> words(size / 4, (number & 0xFF) * 0x01010101U);
-        words[0] = 0xDEADBEEF;
-        words[1] = number;
-        words[2] = words[3] = words[4] = 0;
-        words[5] = 0U - std::accumulate(words.begin(), words.begin() + 5, 0U);
-        Bytes bytes(size);
-        std::memcpy(bytes.data(), words.data(), size);
-        return bytes;
+        const std::uint32_t header[] = {0xDEADBEEF, number, 0, 0, 0, 0U - 0xDEADBEEF - number};
+        std::copy(std::begin(header), std::end(header), words.begin());
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(words.data());
+        return {bytes, bytes + size};
     }
 
     void Queue(const std::vector<Read>& reads)

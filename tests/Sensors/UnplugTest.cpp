@@ -64,6 +64,8 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(host.opened, host.closed);
     EXPECT_GT(host.opened, 500);
-    EXPECT_EQ(CountOpenHandles(), handles);
+    // One of the Windows runtime's locks takes a handle when it is first contended, and keeps it; a
+    // cycle that left one behind would leave a thousand.
+    EXPECT_LT(CountOpenHandles(), handles + 20);
     EXPECT_EQ(CountThreads(), threads);
 }

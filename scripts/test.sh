@@ -115,7 +115,10 @@ check_tidy()
 {
     local log=build/linux/clang-tidy.log
     cmake --preset linux >/dev/null || return 1
-    run-clang-tidy -quiet -p build/linux -j "$(nproc)" "^$PWD/(src|tools|bench)/" >"$log" 2>&1 ||
+    # The path analysis of a program over CLI11 takes over a minute, and finds nothing of ours.
+    local tidy=(run-clang-tidy -quiet -p build/linux -j "$(nproc)")
+    { "${tidy[@]}" "^$PWD/src/" &&
+        "${tidy[@]}" -checks='-clang-analyzer-*' "^$PWD/(tools|bench)/"; } >"$log" 2>&1 ||
         { grep -E -A 3 '(warning|error):' "$log" || cat "$log"; return 1; }
 }
 

@@ -75,11 +75,13 @@ class Consumer:
         files = FILES + SYSTEM_FILES[self.arguments.system] + PACKAGE_FILES
         missing = [file for file in files if not (self.prefix / file).is_file()]
         assert not missing, f"not in the package: {missing}"
-        self.compiler_line()
+        self.compile("packaged", self.plain_flags())
 
     def compiler_line(self):
-        self.compile("compiler_line", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib",
-                                       "-lQueltaSDK"])
+        self.compile("compiler_line", self.plain_flags())
+
+    def plain_flags(self):
+        return [f"-I{self.prefix}/include", f"-L{self.prefix}/lib", "-lQueltaSDK"]
 
     def compile(self, name, flags):
         program = self.folder / name

@@ -150,10 +150,12 @@ TEST_F(ClientThreadTest, AThousandConnectionsLeaveNoHandleBehind)
         Notify(CLIENT_WITHDRAWN);
         ASSERT_TRUE(HasConnections(1));
         script.Reset();
-        before = i == 0 ? CountOpenHandles() : before;
+        before = i == 100 ? CountOpenHandles() : before;
     }
     EXPECT_GT(before, 0u);
-    EXPECT_EQ(CountOpenHandles(), before);
+    // A lock of the Windows runtime takes a handle when it is first contended, and keeps it; a
+    // connection that left one behind would leave hundreds.
+    EXPECT_LT(CountOpenHandles(), before + 10);
 }
 
 TEST_F(ClientThreadTest, WithoutTheLibraryItWaitsForItsEnd)

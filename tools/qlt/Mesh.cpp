@@ -95,7 +95,7 @@ void WriteObj(const Mesh& mesh, const MeshOptions& options)
 void WriteCsv(const Mesh& mesh, const std::string& path)
 {
     OutputFile file(path);
-    file.Print("vertex,x,y,depth,red_u,red_v,green_u,green_v,blue_u,blue_v\n");
+    file.Write("vertex,x,y,depth,red_u,red_v,green_u,green_v,blue_u,blue_v\n");
     for (int i = 0; i < mesh.Vertices(); ++i)
     {
         const Vec3& p = mesh.Position(i);
@@ -104,7 +104,7 @@ void WriteCsv(const Mesh& mesh, const std::string& path)
         {
             file.Print(",%.9g,%.9g", At(channel.texture[i], 0), At(channel.texture[i], 1));
         }
-        file.Print("\n");
+        file.Write("\n");
     }
     file.Close();
 }
@@ -123,7 +123,7 @@ public:
     {
         mFile.Print("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %g %g\">\n",
                     WIDTH + 2 * MARGIN, HEIGHT + 2 * MARGIN + CAPTION);
-        mFile.Print("<rect width=\"100%%\" height=\"100%%\" fill=\"#222\"/>\n");
+        mFile.Write("<rect width=\"100%\" height=\"100%\" fill=\"#222\"/>\n");
         mFile.Print("<rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", MARGIN, MARGIN, WIDTH,
                     HEIGHT);
         DrawOutside();
@@ -136,7 +136,7 @@ public:
                     MARGIN, HEIGHT + 2 * MARGIN + 6);
         mFile.Print("A square grid on the panel, %s lens, %d x %d cells; grey: outside of the lens",
                     options.rightEye ? "right" : "left", options.resX, options.resY);
-        mFile.Print("</text>\n</svg>\n");
+        mFile.Write("</text>\n</svg>\n");
         mFile.Close();
     }
 
@@ -160,7 +160,7 @@ private:
 
     void DrawOutside()
     {
-        mFile.Print("<path fill=\"#666\" stroke=\"#666\" stroke-width=\".5\" d=\"");
+        mFile.Write("<path fill=\"#666\" stroke=\"#666\" stroke-width=\".5\" d=\"");
         for (const Triangle& t : mMesh.triangles)
         {
             if (mMesh.IsOutside(t))
@@ -173,10 +173,10 @@ private:
                     mFile.Print("%c%.1f %.1f", step, p.x, p.y);
                     step = 'L';
                 }
-                mFile.Print("z");
+                mFile.Write("z");
             }
         }
-        mFile.Print("\"/>\n");
+        mFile.Write("\"/>\n");
     }
 
     /// The lines of equal u and of equal v, interpolated in each triangle as graphics hardware
@@ -204,7 +204,7 @@ private:
                 }
             }
         }
-        mFile.Print("\"/>\n");
+        mFile.Write("\"/>\n");
     }
 
     /// Where `value` lies in the triangle that has `values` at its corners.

@@ -62,7 +62,7 @@ double Scale(qlt::DistortionFunction& lens, double radius, qlt::Params::Color ch
 
 void DrawAxes(OutputFile& file)
 {
-    file.Print("<g stroke=\"#ddd\">\n");
+    file.Write("<g stroke=\"#ddd\">\n");
     for (int i = 0; i <= 10; ++i)
     {
         const double y = ToY(LEAST + 0.05 * i);
@@ -70,7 +70,7 @@ void DrawAxes(OutputFile& file)
         file.Print("<path d=\"M%.1f %.1fH%.1f\"/>", LEFT, y, LEFT + WIDTH);
         file.Print("<path d=\"M%.1f %.1fV%.1f\"/>\n", x, TOP, TOP + HEIGHT);
     }
-    file.Print("</g>\n<g font-family=\"sans-serif\" font-size=\"13\" fill=\"#333\">\n");
+    file.Write("</g>\n<g font-family=\"sans-serif\" font-size=\"13\" fill=\"#333\">\n");
     for (int i = 0; i <= 10; i += 2)
     {
         file.Print("<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%.1f</text>", LEFT - 8,
@@ -80,10 +80,10 @@ void DrawAxes(OutputFile& file)
     }
     file.Print("<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">distance from the lens centre, ",
                LEFT + WIDTH / 2, TOP + HEIGHT + 42);
-    file.Print("in half widths of the eye&#39;s viewport</text>\n");
+    file.Write("in half widths of the eye&#39;s viewport</text>\n");
     file.Print("<text transform=\"translate(16 %.1f) rotate(-90)\" text-anchor=\"middle\">",
                TOP + HEIGHT / 2);
-    file.Print("scale factor</text>\n");
+    file.Write("scale factor</text>\n");
     file.Print("<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">edge of the lens</text>\n</g>\n",
                ToX(LENS_EDGE) - 6, TOP + HEIGHT - 8);
     file.Print("<path stroke=\"#555\" stroke-dasharray=\"5 4\" d=\"M%.1f %.1fV%.1f\"/>\n",
@@ -106,7 +106,7 @@ void DrawCurve(OutputFile& file, qlt::DistortionFunction& lens, const Curve& cur
         file.Print("<circle cx=\"%.2f\" cy=\"%.2f\" r=\"3\"/>", ToX(RADIUS[knot]),
                    ToY(curve.table[knot]));
     }
-    file.Print("\n</g>\n");
+    file.Write("\n</g>\n");
 }
 
 } // namespace
@@ -119,7 +119,7 @@ int RunOptics(const std::string& svg)
     OutputFile file(svg);
     file.Print("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %g %g\">\n",
                LEFT + WIDTH + 20, TOP + HEIGHT + 54);
-    file.Print("<rect width=\"100%%\" height=\"100%%\" fill=\"#fff\"/>\n");
+    file.Write("<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n");
     DrawAxes(file);
     double y = TOP + 24;
     for (const Curve& curve : CURVES)
@@ -130,7 +130,7 @@ int RunOptics(const std::string& svg)
                    LEFT + 16, y, curve.color, curve.name);
         y += 20;
     }
-    file.Print("</svg>\n");
+    file.Write("</svg>\n");
     file.Close();
     std::printf("%s: the scale factors of the three colours over the radius\n", svg.c_str());
     return 0;

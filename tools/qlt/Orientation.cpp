@@ -58,7 +58,7 @@ std::string FormatOrientation(const qlt::Quaternion& q)
 OrientationCsv::OrientationCsv(const std::string& path)
     : mFile(path)
 {
-    mFile.Print("report,time_us,qw,qx,qy,qz\n");
+    mFile.Write("report,time_us,qw,qx,qy,qz\n");
 }
 
 void OrientationCsv::Write(std::size_t report, long long timeUs, const qlt::Quaternion& q)

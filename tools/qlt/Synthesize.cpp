@@ -28,7 +28,7 @@ int RunSynthesize(const SynthesizeOptions& options)
     SoftwareHeadset headset(options.seed, options.ideal);
     OutputFile recording(options.recording);
     OutputFile truth(options.truth);
-    truth.Print("report,time_us,valid,moving,qw,qx,qy,qz\n");
+    truth.Write("report,time_us,valid,moving,qw,qx,qy,qz\n");
     for (long i = 0; i < reports; ++i)
     {
         const SoftwareHeadset::Sample sample = headset.Next();

@@ -20,7 +20,11 @@ VirtualHeadset::VirtualHeadset(std::uint32_t device)
     mDevice = device;
 }
 
-VirtualHeadset::~VirtualHeadset() { CloseHandle(mDriver); }
+VirtualHeadset::~VirtualHeadset()
+{
+    Unplug(); // or whoever looks next would find it
+    CloseHandle(mDriver);
+}
 
 void VirtualHeadset::Plug(std::uint16_t vendorId, std::uint16_t productId, std::uint32_t status)
 {

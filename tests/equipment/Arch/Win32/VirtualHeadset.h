@@ -1,5 +1,6 @@
-// The virtual headset as a test uses it: installed, started and reset by its constructor. The
-// driver outlives every test, a killed one too. One test at a time may use it.
+// The virtual headset as a test uses it: installed, started and reset by its constructor, unplugged
+// by its destructor. The driver outlives every test, a killed one too. One test at a time may use
+// it.
 #pragma once
 
 #include "VirtualHeadsetControl.h"

@@ -102,8 +102,6 @@ FrameReads BeginTen(UsbEndPoint& endPoint)
 class VirtualHeadsetTest : public testing::Test
 {
 protected:
-    ~VirtualHeadsetTest() override { VirtualHeadset reset; }
-
     std::unique_ptr<VendorUsbDevice> PlugAndOpen()
     {
         mHeadset.Plug();

@@ -10,13 +10,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 #include <GL/glew.h>
 
 /// What `push` sends as a frame is what the texture shows. A frame that ends before the stream has
-/// come to its read is zeroed by it, and sent again.
+/// come to its read is zeroed by it, and sent again: after a pause, which grows.
 template <typename Push>
 void ExpectCameraShowsFrames(const Push& push)
 {
@@ -30,13 +32,14 @@ void ExpectCameraShowsFrames(const Push& push)
         qlt::Camera camera;
         std::vector<std::uint8_t> pixels(IMAGE);
         std::uint32_t shown = 0;
-        for (int sent = 0; shown < 5 && sent < 50; ++sent)
+        for (std::uint32_t sent = 0; shown < 5 && sent < 50; ++sent)
         {
             std::vector<std::uint8_t> frame = ScriptedStream::Frame(FRAME, shown + 1);
             for (std::size_t i = 24; i < FRAME; i += 977)
             {
                 frame[i] = static_cast<std::uint8_t>(i + shown);
             }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20) * (sent - shown + 1));
             push(frame);
             camera.Update();
             glPixelStorei(GL_PACK_ALIGNMENT, 1);

@@ -29,6 +29,9 @@ start_display()
         sleep 0.05
     done
     export DISPLAY=:$number
+    # Software rendering in the programs' own threads: at a program's end Wine stops its threads
+    # wherever they are, and Mesa's would be waited for, now and then for good.
+    export LP_NUM_THREADS=0 MESA_SHADER_CACHE_DISABLE=true
 }
 
 start_wine()

@@ -41,6 +41,7 @@ start_wine()
     # Wine's services start here: under a test they would inherit its output pipe and hold it open,
     # and whoever reads the test's output to the end would wait for them.
     "$wine" cmd /c exit </dev/null >/dev/null 2>&1 9>&-
+    export QLT_WITH_WINE=1
 }
 
 # Two commands at a time would end each other's server.
@@ -49,6 +50,7 @@ exec 9>"$WINEPREFIX.lock"
 flock 9
 display_name=$(mktemp)
 trap end EXIT
+{ "$server" -k || true; "$server" -w; } 2>/dev/null # what the build has left, without a display
 start_display
 start_wine
 "$@" 9>&-

@@ -5,6 +5,7 @@
 #include <qlt/Math/Matrix.h>
 #include <qlt/Math/Quaternion.h>
 #include <qlt/Math/Vector.h>
+#include <qlt/Render/NvidiaRenderer.h>
 #include <qlt/Runtime/Assert.h>
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Runtime/Usb.h>

@@ -1,0 +1,145 @@
+#include <qlt/Render/NvidiaRenderer.h>
+
+#include "Render/NvApi.h"
+
+#include "DirectModePipeline.h"
+
+#include <windows.h>
+
+#include <d3d11.h>
+#include <dxgi.h>
+#include <wrl/client.h>
+
+using Microsoft::WRL::ComPtr;
+using qlt::NvApi;
+
+namespace
+{
+
+/// "QLT", as displays say it: five bits a letter.
+constexpr std::uint32_t VENDOR_ID = 0x9445;
+constexpr std::uint32_t PRESENT_ARGUMENT = 2;
+
+/// The driver's, loaded at the first call and for good; by no constructor, because an engine's may
+/// run where no library must be loaded. From System32 alone: elsewhere anybody may
+/// have put a library of that name.
+const NvApi& SystemNvApi()
+{
+    static const NvApi api = []
+    {
+        const HMODULE library =
+            LoadLibraryExW(L"nvapi64.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+        return NvApi::Load(library == nullptr
+                               ? nullptr
+                               : reinterpret_cast<NvApi::QueryInterface>(reinterpret_cast<void*>(
+                                     GetProcAddress(library, "nvapi_QueryInterface"))));
+    }();
+    return api;
+}
+
+} // namespace
+
+struct NvidiaRenderer::State
+{
+    bool OpenDisplay();
+
+    bool initialized = false;
+    NvApi::Display display{};
+    NvApi::Mode mode{};
+    std::uint32_t surface = 0;
+    ID3D11Device* device = nullptr;         // deliberate: without a reference, and yet released
+    ID3D11DeviceContext* context = nullptr; // deliberate: a failed attempt's is never released
+    qlt::DirectModePipeline pipeline;
+};
+
+NvidiaRenderer::NvidiaRenderer()
+    : mState(std::make_shared<State>())
+{
+}
+
+NvidiaRenderer::~NvidiaRenderer() { Shutdown(); }
+
+NvidiaRenderer::NvidiaRenderer(const NvidiaRenderer& other) = default;
+
+NvidiaRenderer& NvidiaRenderer::operator=(const NvidiaRenderer& other) = default;
+
+bool NvidiaRenderer::IsInitialized() { return mState->initialized; }
+
+// What a failed step leaves stays as it is, and is made again by the next attempt.
+bool NvidiaRenderer::Initialize()
+{
+    State& s = *mState;
+    if (!SystemNvApi().HasDisplay(VENDOR_ID) || s.device == nullptr || !s.OpenDisplay() ||
+        SystemNvApi().setMode(&s.display, &s.mode) != 0 || !s.pipeline.Make(*s.device, *s.context))
+    {
+        return false;
+    }
+    s.initialized = true;
+    return true;
+}
+
+void NvidiaRenderer::Shutdown()
+{
+    State& s = *mState;
+    if (!s.initialized)
+    {
+        return;
+    }
+    SystemNvApi().releaseDisplay(VENDOR_ID, &s.display);
+    s.context->Release();
+    s.context = nullptr;
+    s.device->Release();
+    s.device = nullptr;
+    s.pipeline.Release();
+    s.initialized = false;
+}
+
+void NvidiaRenderer::Submit(ID3D11Device* device, ID3D11Texture2D* texture)
+{
+    State& s = *mState;
+    if (!s.initialized)
+    {
+        s.device = device;
+        if (device != nullptr)
+        {
+            device->GetImmediateContext(&s.context);
+        }
+        Initialize();
+    }
+    if (s.device == nullptr || texture == nullptr || !s.initialized)
+    {
+        return;
+    }
+    HANDLE wanted = nullptr;
+    SystemNvApi().getFrameEvent(&s.display, &wanted);
+    WaitForSingleObject(wanted, INFINITE);
+
+    D3D11_SHADER_RESOURCE_VIEW_DESC description{};
+    description.Format = DXGI_FORMAT_B8G8R8A8_UNORM;
+    description.ViewDimension = D3D11_SRV_DIMENSION_TEXTURE2D;
+    description.Texture2D.MipLevels = 1;
+    ComPtr<ID3D11ShaderResourceView> view;
+    if (FAILED(s.device->CreateShaderResourceView(texture, &description, view.GetAddressOf())))
+    {
+        return;
+    }
+    s.pipeline.Draw(*s.context, view.Get());
+    s.context->Flush();
+    view.Reset();
+    SystemNvApi().present(&s.display, s.surface, PRESENT_ARGUMENT, s.device);
+}
+
+bool NvidiaRenderer::State::OpenDisplay()
+{
+    const NvApi& api = SystemNvApi();
+    ComPtr<IDXGIDevice> dxgiDevice;
+    HANDLE shared = nullptr;
+    ComPtr<ID3D11Texture2D> texture;
+    return SUCCEEDED(device->QueryInterface(IID_PPV_ARGS(dxgiDevice.GetAddressOf()))) &&
+           api.FindDisplay(VENDOR_ID, display) && api.FindMode(display, mode) &&
+           api.acquireDisplay(VENDOR_ID, dxgiDevice.Get(), &display) == 0 &&
+           api.createSurface(&display, &mode, &surface, &shared) == 0 &&
+           SUCCEEDED(device->OpenSharedResource(shared, IID_PPV_ARGS(texture.GetAddressOf()))) &&
+           pipeline.SetTarget(*device, *texture.Get(),
+                              static_cast<DXGI_FORMAT>(SurfaceFormat(mode)));
+}

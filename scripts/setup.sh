@@ -16,7 +16,7 @@ packages_of()
     case $1 in
     demo) echo "$demo" ;;
     linux) echo "$linux" ;;
-    windows) echo "$linux g++-mingw-w64-x86-64-posix wine64 xvfb" ;;
+    windows) echo "$linux g++-mingw-w64-x86-64-posix wine64 xvfb xz-utils" ;;
     house) echo "$linux clang-format clang-tidy" ;;
     *) fail "there is no group '$1'; groups are demo, linux, windows, house" ;;
     esac

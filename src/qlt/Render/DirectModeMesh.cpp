@@ -16,10 +16,10 @@ constexpr float DEPTH = 0.5f; // of the whole picture
 /// SIZE values from `first` to `last`.
 std::vector<float> Lines(float first, float last)
 {
-    std::vector<float> lines;
+    std::vector<float> lines(SIZE);
     for (int i = 0; i < SIZE; ++i)
     {
-        lines.push_back(MathUtil::lerp(first, last, static_cast<float>(i) / float{SIZE - 1}));
+        lines[i] = MathUtil::lerp(first, last, static_cast<float>(i) / float{SIZE - 1});
     }
     return lines;
 }

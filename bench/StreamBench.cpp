@@ -3,6 +3,7 @@
 // the way of a report from a source that blocks to a listener, and the answer, against a bare
 // thread between the same two (at most 1.25; with taskset -c 0, because on
 // several cores the scheduler may put one pair of threads together and the other apart).
+#include "Cores.h"
 #include "Paired.h"
 
 #include <qlt/Sensors/Hmd.h>
@@ -175,6 +176,7 @@ void ReportToListener(benchmark::State& state)
     HandOff bareAnswer;
     BlockingHeadset headset(question);
     Answering listener(answer);
+    StayOnCore(1);
     std::optional<qlt::Hmd> hmd(std::in_place, headset);
     hmd->AddListener(listener);
     hmd->Start();
@@ -186,6 +188,7 @@ void ReportToListener(benchmark::State& state)
                 bareAnswer.Put();
             }
         });
+    StayOnCore(0);
     const auto ask = [](HandOff& to, HandOff& from)
     {
         return Seconds(

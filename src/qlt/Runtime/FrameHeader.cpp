@@ -23,7 +23,7 @@ const std::uint32_t* FindSignature(const std::uint32_t* first, const std::uint32
     {
         return std::accumulate(block, block + BLOCK, 0U,
                                [](std::uint32_t found, std::uint32_t word)
-                               { return found | (word == FRAME_SIGNATURE ? 1U : 0U); }) == 0;
+                               { return found | (word == FRAME_SIGNATURE ? ~0U : 0U); }) == 0;
     };
     while (last - first >= BLOCK && hasNone(first))
     {

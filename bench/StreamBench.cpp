@@ -1,8 +1,7 @@
 // The camera's stream: looking through a frame that has no header against a plain loop over its
 // words ("ratio" is to stay at most 0.5), and zeroing a frame against memset (at most 1.15). And
 // the way of a report from a source that blocks to a listener, and the answer, against a bare
-// thread between the same two (at most 1.25; with taskset -c 0, because on
-// several cores the scheduler may put one pair of threads together and the other apart).
+// thread between the same two (at most 1.25).
 #include "Cores.h"
 #include "Paired.h"
 

@@ -29,7 +29,7 @@ TREES = {
 }
 
 # Where an #include "..." is looked for, after the folder of the including file.
-INCLUDE_FOLDERS = ("src/qlt", "include", "tests", "tools/qlt")
+INCLUDE_FOLDERS = ("src/qlt", "include", "tests", "tools/qlt", "bench")
 
 STANDARD_LIBRARY = set("""
     algorithm any array atomic bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes

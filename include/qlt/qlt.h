@@ -6,6 +6,7 @@
 #include <qlt/Math/Quaternion.h>
 #include <qlt/Math/Vector.h>
 #include <qlt/Render/NvidiaRenderer.h>
+#include <qlt/Render/Shaders.h>
 #include <qlt/Runtime/Assert.h>
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Runtime/Usb.h>

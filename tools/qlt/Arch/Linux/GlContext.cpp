@@ -47,9 +47,10 @@ GlContext::GlContext()
     }
 }
 
+// Without eglTerminate: it would unload the driver, and what that keeps in static objects would be
+// lost and be made anew for the next context.
 GlContext::~GlContext()
 {
     eglMakeCurrent(mNative->display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroyContext(mNative->display, mNative->context);
-    eglTerminate(mNative->display);
 }

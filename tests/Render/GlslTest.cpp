@@ -1,0 +1,143 @@
+// The GLSL sources really compiled and drawn, the distortion with the command's lens pass.
+#include "GlContext.h"
+#include "GlProgram.h"
+#include "LensPass.h"
+#include "RenderTarget.h"
+
+#include "fakes/PlainLens.h"
+
+#include <qlt/Math/Matrix.h>
+#include <qlt/Render/Shaders.h>
+
+#include <gtest/gtest.h>
+
+#include <GL/glew.h>
+
+namespace
+{
+
+using qlt::Shaders;
+
+class GlslTest : public testing::Test
+{
+protected:
+    GlslTest() { LoadOpenGl(); }
+    ~GlslTest() override { EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR)); }
+
+    GlContext context;
+};
+
+/// The middle of pixel `index` of so many, from 0 to 1.
+float Middle(int index, int count)
+{
+    return (static_cast<float>(index) + 0.5f) / static_cast<float>(count);
+}
+
+/// An image smooth enough for interpolation, another one in each channel; 0 to 255.
+double Image(std::size_t channel, float u, float v)
+{
+    const float waves[][2] = {{2.0f, 2.0f}, {-2.0f, 3.0f}, {3.0f, -2.0f}};
+    const float phase = waves[channel][0] * u + waves[channel][1] * v;
+    return 127.5 + 127.5 * std::sin(static_cast<double>(phase));
+}
+
+void Upload(const RenderTarget& target)
+{
+    std::vector<unsigned char> pixels = target.Pixels();
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+    {
+        const auto pixel = static_cast<int>(i / 4);
+        const double value = i % 4 == 3
+                                 ? 255.0
+                                 : Image(i % 4, Middle(pixel % target.Width(), target.Width()),
+                                         Middle(pixel / target.Width(), target.Height()));
+        pixels[i] = static_cast<unsigned char>(std::lround(value));
+    }
+    glBindTexture(GL_TEXTURE_2D, target.Texture());
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, target.Width(), target.Height(), GL_RGBA,
+                    GL_UNSIGNED_BYTE, pixels.data());
+}
+
+} // namespace
+
+TEST_F(GlslTest, ADesktopTakesThemWithEitherFirstLine)
+{
+    for (const char* firstLine : {GlProgram::FIRST_LINE, "#define __linux__\n"})
+    {
+        EXPECT_NO_THROW(GlProgram(Shaders::TextureShaderV(), Shaders::TextureShaderF(), firstLine));
+        EXPECT_NO_THROW(GlProgram(Shaders::ObjectShaderV(), Shaders::ObjectShaderF(), firstLine));
+    }
+}
+
+// Compared at every pixel with the plain lens and the formula of the image. The errors of eight
+// bits, twice, and of the mesh's interpolation are less than 2 of 255 together. At the edge of the
+// lens the mesh decides, cell by cell, what is seen; outside it nothing is drawn.
+TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
+{
+    const RenderTarget image(512, 576);
+    Upload(image);
+    const LensPass pass(41, 47);
+    const RenderTarget view(320, 360);
+    const plain::Lens lens = plain::HeadsetLens();
+    for (const qlt::Params::Eye eye : {qlt::Params::EYE_LEFT, qlt::Params::EYE_RIGHT})
+    {
+        view.Use();
+        glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+        glClear(GL_COLOR_BUFFER_BIT);
+        pass.Draw(eye, image.Texture());
+        const std::vector<unsigned char> pixels = view.Pixels();
+        double worst = 0.0;
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+        {
+            const std::size_t channel = i % 4;
+            const auto pixel = static_cast<int>(i / 4);
+            const float x = 2.0f * Middle(pixel % 320, 320) - 1.0f;
+            const float y = 2.0f * Middle(pixel / 320, 360) - 1.0f;
+            const float radius = std::hypot(x, y * 1.125f); // about the viewport's centre
+            double expected = channel == 3 ? 255.0 : 0.0;
+            if (radius < 0.9f)
+            {
+                const plain::Sample at = plain::Distort(lens, x, y, eye, channel % 3);
+                expected = channel == 3 ? 0.0 : Image(channel, at.u, at.v);
+            }
+            if (radius < 0.9f || radius > 1.07f)
+            {
+                worst = std::max(worst, std::abs(pixels[i] - expected));
+            }
+        }
+        EXPECT_LE(worst, 2.0) << "eye " << eye;
+    }
+}
+
+// One value in all four channels, and a matrix that leaves the right half of the picture alone.
+TEST_F(GlslTest, TheBoardIsSetWhereOneAxisIsPastTheHalfOfItsCell)
+{
+    const struct
+    {
+        float u;
+        float v;
+        int value;
+    } rows[] = {{0.1f, 0.1f, 0}, {0.2f, 0.1f, 255}, {0.1f, 0.2f, 255}, {0.2f, 0.2f, 0},
+                {0.3f, 0.1f, 0}, {0.9f, 0.6f, 255}, {1.2f, 5.1f, 255}, {0.0f, 0.0f, 0}};
+    const GlProgram program(Shaders::ObjectShaderV(), Shaders::ObjectShaderF());
+    const RenderTarget target(2, 1);
+    const qlt::Vec3 corners[] = {{-1, -1, 0}, {1, -1, 0}, {-1, 1, 0}, {1, 1, 0}};
+    qlt::Matrix leftHalf = qlt::Matrix::TranslationMatrix({-0.5f, 0.0f, 0.0f}) *
+                           qlt::Matrix::ScaleMatrix(0.5f, 1.0f, 1.0f);
+    for (const auto& row : rows)
+    {
+        const qlt::Vec2 board[] = {{row.u, row.v}, {row.u, row.v}, {row.u, row.v}, {row.u, row.v}};
+        target.Use();
+        glClearColor(0.2f, 0.4f, 0.6f, 0.8f);
+        glClear(GL_COLOR_BUFFER_BIT);
+        program.Use();
+        program.SetMatrix("uMVPMatrix", leftHalf.array());
+        const GlProgram::Array position(program, "aPosition", 3, corners);
+        const GlProgram::Array coordinate(program, "aTexCoord", 2, board);
+        glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+        const auto value = static_cast<unsigned char>(row.value);
+        EXPECT_EQ(target.Pixels(),
+                  (std::vector<unsigned char>{value, value, value, value, 51, 102, 153, 204}))
+            << row.u << ' ' << row.v;
+    }
+}

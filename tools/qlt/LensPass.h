@@ -1,0 +1,26 @@
+// The last step of a frame: an eye's image, drawn into the eye's viewport so that it looks right
+// through the lens. Belongs to an OpenGL context as a GlProgram does.
+#pragma once
+
+#include <qlt/Sensors/DistortionMeshBuilder.h>
+
+#include "GlProgram.h"
+
+#include <array>
+
+class LensPass
+{
+public:
+    /// With meshes of resX x resY cells.
+    LensPass(int resX, int resY);
+
+    /// Draws `texture` into the current viewport; where the lens does not show anything, nothing.
+    void Draw(qlt::Params::Eye eye, unsigned int texture) const;
+
+    /// The same without a lens: the image as it is, over the whole viewport.
+    void DrawFlat(unsigned int texture) const;
+
+private:
+    GlProgram mProgram;
+    std::array<qlt::DistortionMeshBuilder, qlt::Params::EYE_COUNT> mMeshes;
+};

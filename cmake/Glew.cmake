@@ -1,5 +1,5 @@
 # GLEW as the target qlt_glew: where the system or vcpkg has one, that; for Windows otherwise from
-# its sources (scripts/fetch_glew.sh), linked statically.
+# its sources (scripts/fetch_sources.sh), linked statically.
 add_library(qlt_glew INTERFACE)
 find_package(OpenGL REQUIRED)
 find_package(GLEW QUIET)
@@ -8,7 +8,7 @@ if(GLEW_FOUND)
 else()
   set(QLT_GLEW_SOURCE ${PROJECT_SOURCE_DIR}/build/sources/glew CACHE PATH "The GLEW sources")
   if(NOT EXISTS ${QLT_GLEW_SOURCE}/src/glew.c)
-    message(FATAL_ERROR "GLEW is missing: install it, or run scripts/fetch_glew.sh")
+    message(FATAL_ERROR "GLEW is missing: install it, or run scripts/fetch_sources.sh")
   endif()
   enable_language(C)
   add_library(qlt_glew_static STATIC ${QLT_GLEW_SOURCE}/src/glew.c)

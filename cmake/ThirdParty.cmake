@@ -17,6 +17,7 @@ if(QLT_BUILD_TOOLS)
   qlt_header_only(cli11 CLI/CLI.hpp)
   qlt_header_only(nlohmann_json nlohmann/json.hpp)
   qlt_header_only(stb stb/stb_image_write.h)
+  include(cmake/Glfw.cmake)
 endif()
 
 # What an OpenGL context without a window needs.

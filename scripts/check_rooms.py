@@ -22,7 +22,7 @@ ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
-    "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h"),
+    "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h", "GLFW/"),
     "bench": ("benchmark/",),
     "examples": (),
     "tests": ("gtest/", "GL/glew.h"),

@@ -1,7 +1,7 @@
 #!/bin/bash
-# setup.sh [GROUP...]: installs the Debian packages that are missing, and for windows fetches GLEW's
-# sources into build/; asks for nothing, changes nothing else, and is silent when all are there.
-# Needs root or sudo.
+# setup.sh [GROUP...]: installs the Debian packages that are missing, and for windows fetches the
+# sources of GLEW and GLFW into build/; asks for nothing, changes nothing else, and is silent when
+# all are there. Needs root or sudo.
 #
 # Groups: demo (build the library and the command), linux (build and test), windows (cross-build,
 # run under Wine), house (format and clang-tidy). Without one: all of them.
@@ -9,8 +9,8 @@ set -euo pipefail
 
 packages_of()
 {
-    local demo="g++ cmake ninja-build pkgconf libusb-1.0-0-dev libglew-dev libegl-dev libgl1-mesa-dri
-        libcli11-dev nlohmann-json3-dev libstb-dev"
+    local demo="g++ cmake ninja-build pkgconf libusb-1.0-0-dev libglew-dev libglfw3-dev libegl-dev
+        libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
     local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest libbenchmark-dev
         libumockdev-dev umockdev"
     case $1 in
@@ -61,4 +61,4 @@ if [[ ${#missing[@]} -gt 0 ]]; then
     echo "setup.sh: installing with apt-get what '$*' needs: ${missing[*]}"
     install_missing
 fi
-[[ " $* " != *" windows "* ]] || "$(dirname "$0")/fetch_glew.sh"
+[[ " $* " != *" windows "* ]] || "$(dirname "$0")/fetch_sources.sh"

@@ -21,6 +21,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 import xml.etree.ElementTree
 
 ARGUMENTS = None
@@ -33,6 +34,32 @@ def report(sequence, time_us):
         "<II4h3h3h3hhIIiiiII",
         sequence, time_us, *IDENTITY, 5, -7, 3, 3000, -500, -20, 0, 0, 0, 8000,
         0, 0, 0, 0, 0, 0, 0)
+
+
+def png(path):
+    """Width, height and the rows of bytes of a picture in red, green and blue."""
+    data = pathlib.Path(path).read_bytes()
+    width, height, depth, colors = struct.unpack_from(">IIBB", data, 16)
+    if (depth, colors) != (8, 2):
+        raise ValueError("not 8 bits of red, green and blue")
+    at, packed = 33, b""
+    while at < len(data):
+        length, kind = struct.unpack_from(">I4s", data, at)
+        packed += data[at + 8:at + 8 + length] if kind == b"IDAT" else b""
+        at += 12 + length
+    raw = zlib.decompress(packed)
+    rows, above = [], bytearray(3 * width)
+    for y in range(height):
+        start = y * (3 * width + 1)
+        kind, row = raw[start], bytearray(raw[start + 1:start + 1 + 3 * width])
+        for i, value in enumerate(row if kind else b""):
+            a = row[i - 3] if i >= 3 else 0
+            b, c = above[i], above[i - 3] if i >= 3 else 0
+            nearest = min((a, b, c), key=lambda v, p=a + b - c: abs(p - v))
+            row[i] = (value + (0, a, b, (a + b) // 2, nearest)[kind]) & 255
+        rows.append(row)
+        above = row
+    return width, height, rows
 
 
 class QltTest(unittest.TestCase):
@@ -242,6 +269,60 @@ class QltTest(unittest.TestCase):
                 drawn = pathlib.Path(self.path(name)).read_bytes()
                 self.assertEqual(drawn, (documents / name).read_bytes())
                 xml.etree.ElementTree.fromstring(drawn)
+
+    def test_view_draws_both_eyes_through_their_lenses(self):
+        done = self.qlt("view", "--png", self.path("v.png"))
+        # The simulator's turn about x after six seconds: 6 rad less a full turn.
+        self.assertIn("2560 x 1440, yaw 0.0 pitch -16.3 roll 0.0 deg\n", done.stdout)
+        width, height, rows = png(self.path("v.png"))
+        self.assertEqual((width, height), (2560, 1440))
+
+        def pixel(x, y):
+            return tuple(rows[y][3 * x:3 * x + 3])
+        for left in (0, 1280):
+            with self.subTest(left):
+                # Black outside of the round lens, the sky above and the floor below.
+                for x, y in ((5, 5), (1274, 5), (5, 1434), (1274, 1434)):
+                    self.assertEqual(pixel(left + x, y), (0, 0, 0))
+                sky, floor = pixel(left + 640, 150), pixel(left + 640, 1300)
+                self.assertGreater(sky[2], 2 * sky[0])
+                self.assertGreater(min(floor), 30)
+                # Far from the middle the colours part: squares of grey have edges of colour.
+                column = [pixel(left + 440, y) for y in range(850, 1200)]
+                self.assertGreater(max(max(p) - min(p) for p in column), 40)
+        # An eye each: they see the near axes from two places.
+        self.assertNotEqual(rows[900][:3 * 1280], rows[900][3 * 1280:])
+
+    def test_view_draws_a_moment_of_a_recording(self):
+        self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "9")
+        self.qlt("replay", self.path("s.bin"), "--csv", self.path("s.csv"))
+        row = pathlib.Path(self.path("s.csv")).read_text().splitlines()[1 + 3000].split(",")
+        w, x, y, z = map(float, row[2:])
+        yaw = math.degrees(math.atan2(2 * (x * z + y * w), 1 - 2 * (x * x + y * y)))
+        done = self.qlt("view", "--source", self.path("s.bin"), "--seconds", "3", "--png",
+                        self.path("v.png"))
+        self.assertIn(f" yaw {yaw:.1f} pitch ", done.stdout)
+
+    def test_view_says_in_a_sentence_what_is_missing(self):
+        missing = self.path("missing.bin")
+        for words, arguments in (
+                ("cannot read " + missing, ["--source", missing]),
+                ("cannot read " + missing, ["--source", missing, "--png", self.path("v.png")]),
+                ("cannot write ", ["--png", self.path("no/such/folder")]),
+                ("no headset is connected", ["--source", "headset", "--png", self.path("v.png")])):
+            with self.subTest(arguments):
+                done = self.qlt("view", *arguments, code=1)
+                self.assertIn(words, done.stderr)
+                self.assertEqual(len(done.stderr.splitlines()), 1)
+
+    def test_view_opens_a_window_where_there_is_a_display(self):
+        if ARGUMENTS.emulator:
+            self.qlt("view", "--seconds", "0.5")
+            return
+        for name in ("DISPLAY", "WAYLAND_DISPLAY"):
+            os.environ.pop(name, None)
+        done = self.qlt("view", "--seconds", "0.5", code=1)
+        self.assertEqual(done.stderr, "qlt: there is no display to open a window on\n")
 
     def test_record_and_camera_say_that_there_is_no_headset(self):
         done = self.qlt("record", self.path("r.bin"), "--seconds", "0.2")

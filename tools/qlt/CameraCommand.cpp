@@ -3,7 +3,8 @@
 #include <qlt/qlt.h>
 
 #include "GlContext.h"
-#include "OutputFile.h"
+#include "PngFile.h"
+#include "TrackerSource.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -11,14 +12,11 @@
 #include <cstdlib>
 #include <exception>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <GL/glew.h>
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#include <stb/stb_image_write.h>
 
 namespace
 {
@@ -46,19 +44,6 @@ std::vector<unsigned char> ReadBack(const qlt::Camera& camera)
     return pixels;
 }
 
-void WritePicture(const std::string& path, const std::vector<unsigned char>& pixels)
-{
-    OutputFile file(path);
-    const auto write = [](void* context, void* data, int size)
-    {
-        static_cast<OutputFile*>(context)->Write(
-            std::string(static_cast<const char*>(data), static_cast<std::size_t>(size)));
-    };
-    const int width = qlt::Camera::GetWidth();
-    stbi_write_png_to_func(write, &file, width, qlt::Camera::GetHeight(), 1, pixels.data(), width);
-    file.Close();
-}
-
 void Show(const CameraOptions& options, Clock::time_point end, Progress& progress)
 {
     const GlContext context;
@@ -71,7 +56,8 @@ void Show(const CameraOptions& options, Clock::time_point end, Progress& progres
     } while (Clock::now() < end);
     if (!options.png.empty())
     {
-        WritePicture(options.png, ReadBack(camera));
+        WritePng(options.png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1,
+                 ReadBack(camera));
     }
 }
 
@@ -79,12 +65,7 @@ void Show(const CameraOptions& options, Clock::time_point end, Progress& progres
 
 int RunCamera(const CameraOptions& options)
 {
-    qlt::UsbHost& host = qlt::UsbHost::System();
-    if (host.OpenFirst() == nullptr) // the camera itself would end the process
-    {
-        const std::string problem = host.Problem();
-        throw std::runtime_error(problem.empty() ? "no headset is connected" : problem);
-    }
+    RequireHeadset(); // without one the camera itself would end the process
     const auto seconds =
         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));
     const Clock::time_point start = Clock::now();

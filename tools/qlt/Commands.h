@@ -64,6 +64,16 @@ struct CameraOptions
 /// Frame rate and statistics of the headset's camera.
 int RunCamera(const CameraOptions& options);
 
+struct ViewOptions
+{
+    std::string source = "simulator"; // simulator, headset or a recording
+    double seconds = 0.0;             // 0: until the window is closed; 6 s into it for a picture
+    std::string png;                  // empty: a window
+};
+
+/// Draws a scene from the tracked head, through the lenses: in a window, or one picture of it.
+int RunView(const ViewOptions& options);
+
 struct RecordOptions
 {
     std::string recording;

@@ -3,8 +3,8 @@
 #include <qlt/qlt.h>
 
 #include "Orientation.h"
-#include "RecordingPlayer.h"
 #include "Terminal.h"
+#include "TrackerSource.h"
 
 #include <array>
 #include <atomic>
@@ -35,11 +35,9 @@ public:
         float temperature = 0.0f;
     };
 
-    /// `recording` and `reports` only for a recording, which ends after so many.
-    Latest(const std::string& csv, const RecordingTracker* recording, std::size_t reports)
+    Latest(const std::string& csv, const TrackerSource& source)
         : mCsv(csv)
-        , mRecording(recording)
-        , mLastReport(reports)
+        , mSource(source)
     {
     }
 
@@ -56,10 +54,10 @@ public:
         mPose.orientation = orientation;
         ++mPose.reports;
         lock.unlock();
-        if (mRecording != nullptr && mPose.reports == mLastReport)
+        if (mPose.reports == mSource.Reports())
         {
             mEnded = true;
-            mRecording->WaitForStop();
+            mSource.Hold();
         }
     }
 
@@ -77,8 +75,7 @@ private:
     mutable std::mutex mMutex; // guards the pose
     Pose mPose;
     OrientationCsv mCsv;
-    const RecordingTracker* const mRecording;
-    const std::size_t mLastReport;
+    const TrackerSource& mSource;
     std::atomic<bool> mEnded{false};
 };
 
@@ -184,51 +181,19 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptio
     }
 }
 
-/// Tracks until the watch is over.
-void Track(qlt::Tracker& tracker, Latest& latest, const MonitorOptions& options)
+} // namespace
+
+int RunMonitor(const MonitorOptions& options)
 {
+    std::signal(SIGINT, Interrupt);
+    TrackerSource source(options.source);
+    Latest latest(options.csv, source);
+    qlt::Tracker& tracker = source.Get();
     tracker.AddListener(latest);
     tracker.Start();
     Watch(tracker, latest, options);
     tracker.Stop();
     tracker.RemoveListener(latest);
     latest.CloseCsv();
-}
-
-int MonitorRecording(const MonitorOptions& options)
-{
-    const Recording recording = LoadRecording(options.source);
-    const bool whole = ReportTruncation(recording, options.source);
-    RecordingPlayer player(recording, RecordingPlayer::Pace::Recorded);
-    RecordingTracker tracker(player);
-    Latest latest(options.csv, &tracker, recording.reports.size());
-    Track(tracker, latest, options);
-    player.Close();
-    return whole ? 0 : 1;
-}
-
-} // namespace
-
-int RunMonitor(const MonitorOptions& options)
-{
-    std::signal(SIGINT, Interrupt);
-    if (options.source == "simulator")
-    {
-        qlt::SimulatorTracker tracker;
-        Latest latest(options.csv, nullptr, 0);
-        Track(tracker, latest, options);
-        return 0;
-    }
-    if (options.source != "headset")
-    {
-        return MonitorRecording(options);
-    }
-    qlt::Hmd tracker;
-    if (qlt::UsbHost::System().OpenFirst() == nullptr)
-    {
-        std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
-    }
-    Latest latest(options.csv, nullptr, 0);
-    Track(tracker, latest, options);
-    return 0;
+    return source.ExitCode();
 }

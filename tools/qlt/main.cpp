@@ -27,6 +27,21 @@ void AddMonitor(CLI::App& app, MonitorOptions& options)
                       "Show the first objects that the host service tracks, too");
 }
 
+void AddView(CLI::App& app, ViewOptions& options)
+{
+    CLI::App* command = app.add_subcommand(
+        "view", "Look around in a scene as the headset shows it; D: lens on and off, R or space: "
+                "here is forward, Esc: close");
+    command
+        ->add_option("--source", options.source,
+                     "simulator, headset, or a recording, which plays at its own pace")
+        ->capture_default_str();
+    command->add_option("--png", options.png,
+                        "Instead of a window: save one picture, of a moment some seconds in");
+    command->add_option("--seconds", options.seconds, "Close after so many seconds; that moment")
+        ->check(CLI::PositiveNumber);
+}
+
 void AddReplay(CLI::App& app, ReplayOptions& options)
 {
     CLI::App* command = app.add_subcommand(
@@ -88,6 +103,13 @@ void AddMesh(CLI::App& app, MeshOptions& options)
     command->add_option("--csv", options.csv, "Write its vertices as numbers");
 }
 
+void AddOptics(CLI::App& app, std::string& svg)
+{
+    app.add_subcommand("optics", "Draw the measured lens")
+        ->add_option("--svg", svg, "The file to draw")
+        ->required();
+}
+
 void AddCamera(CLI::App& app, CameraOptions& options)
 {
     CLI::App* command = app.add_subcommand("camera", "Show the frame rate of the headset's camera");
@@ -113,6 +135,7 @@ int Run(int argc, char** argv)
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", QLT_VERSION);
     MonitorOptions monitor;
+    ViewOptions view;
     ReplayOptions replay;
     SynthesizeOptions synthesize;
     MeshOptions mesh;
@@ -121,14 +144,13 @@ int Run(int argc, char** argv)
     std::string opticsSvg;
     app.add_subcommand("info", "Show the version, the device's constants and what is connected");
     AddMonitor(app, monitor);
+    AddView(app, view);
     AddReplay(app, replay);
     AddSynthesize(app, synthesize);
     AddMesh(app, mesh);
     AddCamera(app, camera);
     AddRecord(app, record);
-    app.add_subcommand("optics", "Draw the measured lens")
-        ->add_option("--svg", opticsSvg, "The file to draw")
-        ->required();
+    AddOptics(app, opticsSvg);
     try
     {
         app.parse(argc, argv);
@@ -140,6 +162,10 @@ int Run(int argc, char** argv)
     if (app.got_subcommand("monitor"))
     {
         return RunMonitor(monitor);
+    }
+    if (app.got_subcommand("view"))
+    {
+        return RunView(view);
     }
     if (app.got_subcommand("replay"))
     {

@@ -1,0 +1,19 @@
+#include "PngFile.h"
+
+#include "OutputFile.h"
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#include <stb/stb_image_write.h>
+
+void WritePng(const std::string& path, int width, int height, int channels,
+              const std::vector<unsigned char>& pixels)
+{
+    OutputFile file(path);
+    const auto write = [](void* context, void* data, int size)
+    {
+        static_cast<OutputFile*>(context)->Write(
+            std::string(static_cast<const char*>(data), static_cast<std::size_t>(size)));
+    };
+    stbi_write_png_to_func(write, &file, width, height, channels, pixels.data(), width * channels);
+    file.Close();
+}

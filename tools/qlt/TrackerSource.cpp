@@ -1,0 +1,88 @@
+#include "TrackerSource.h"
+
+#include <qlt/Sensors/SimulatorTracker.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+namespace
+{
+
+class ImpatientClock final : public qlt::Clock
+{
+public:
+    std::int64_t NowNs() override { return Clock::System().NowNs(); }
+    void SleepNs(std::int64_t) override {}
+};
+
+} // namespace
+
+TrackerSource::TrackerSource(const std::string& name, Pace pace)
+{
+    if (name == "simulator")
+    {
+        mClock = std::make_unique<ImpatientClock>();
+        mTracker = std::make_unique<qlt::SimulatorTracker>(
+            pace == Pace::Fastest ? *mClock : qlt::Clock::System());
+        return;
+    }
+    if (name == "headset")
+    {
+        mTracker = std::make_unique<qlt::Hmd>();
+        if (qlt::UsbHost::System().OpenFirst() == nullptr)
+        {
+            std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
+        }
+        return;
+    }
+    mRecording = LoadRecording(name);
+    mWhole = ReportTruncation(*mRecording, name);
+    mPlayer = std::make_unique<RecordingPlayer>(*mRecording, pace);
+    auto tracker = std::make_unique<RecordingTracker>(*mPlayer);
+    mRecorded = tracker.get();
+    mTracker = std::move(tracker);
+}
+
+TrackerSource::~TrackerSource()
+{
+    if (mPlayer != nullptr)
+    {
+        mPlayer->Close(); // whose sleepers the end of the tracker would wait for
+    }
+}
+
+std::size_t TrackerSource::Reports() const { return mRecording ? mRecording->reports.size() : 0; }
+
+std::size_t TrackerSource::ReportsIn(double seconds) const
+{
+    std::ptrdiff_t reports = std::lround(seconds * 1000.0);
+    if (mRecording)
+    {
+        const auto& times = mRecording->timesUs;
+        const std::int64_t end = times.front() + std::llround(seconds * 1e6);
+        reports = std::find_if(times.begin(), times.end(),
+                               [end](std::int64_t time) { return time > end; }) -
+                  times.begin();
+    }
+    return static_cast<std::size_t>(std::max<std::ptrdiff_t>(reports, 1));
+}
+
+void TrackerSource::Hold() const
+{
+    if (mRecorded != nullptr)
+    {
+        mRecorded->WaitForStop();
+    }
+}
+
+void RequireHeadset()
+{
+    qlt::UsbHost& host = qlt::UsbHost::System();
+    if (host.OpenFirst() == nullptr)
+    {
+        const std::string problem = host.Problem();
+        throw std::runtime_error(problem.empty() ? "no headset is connected" : problem);
+    }
+}

@@ -1,6 +1,7 @@
 #!/bin/bash
 # demo.sh [RECORDING.bin [TRUTH.csv]]: installs what is missing, builds natively and shows the main
-# job: replays sensor recordings through the headset's tracker, then two seconds of the simulator.
+# job: replays sensor recordings through the headset's tracker, then two seconds of the simulator, and
+# at last a picture of what the headset's panel shows, build/demo/view.png.
 #
 # Without an argument it takes every recording in ../shared/recordings, or else one of a software
 # headset that it makes itself.
@@ -52,3 +53,4 @@ else
     show replay "$build/demo.bin" --truth "$build/demo.csv"
 fi
 show monitor --seconds 2
+show view --png "$build/view.png"

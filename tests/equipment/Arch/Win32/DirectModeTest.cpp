@@ -1,0 +1,345 @@
+#include "DirectModeFixture.h"
+
+#include "fakes/PlainLens.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <future>
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#include <stb/stb_image_write.h>
+
+namespace
+{
+
+using Microsoft::WRL::ComPtr;
+
+bool IsWanted(HANDLE frameEvent) { return WaitForSingleObject(frameEvent, 0) == WAIT_OBJECT_0; }
+
+/// A smooth image, different for each colour and eye: from 0 to 1.
+double Image(std::size_t color, int eye, double u, double v)
+{
+    const double phase = static_cast<double>(color) + 0.5 * eye;
+    return 0.5 + 0.45 * std::sin(25.0 * u + phase) * std::cos((20.0 + 4.0 * eye) * v - phase);
+}
+
+} // namespace
+
+class DirectModeTest : public DirectModeFixture
+{
+protected:
+    const Log steps = {
+        "enumerateDisplays 37957 0 1",
+        "QueryInterface IDXGIDevice",
+        "enumerateDisplays 37957 4 1",
+        "enumerateModes D0 0 0 0",
+        "enumerateModes D0 2 2 0",
+        "acquire 37957 " + dxgiDevicePointer,
+        "createSurface DA 10020 100 21",
+        "OpenSharedResource",
+        "CreateRenderTargetView 87 4 0",
+        "setMode DA 10020 100 21",
+        "CreateBuffer 2621440 0 1 0",
+        "CreateBuffer 1560600 0 2 0",
+        "CreateBuffer 2621440 0 1 0",
+        "CreateBuffer 1560600 0 2 0",
+        "CreateBuffer 16 2 4 10000",
+        "CreateBuffer 16 2 4 10000",
+        "Map 4",
+        "Map 4",
+        "CreateInputLayout 5",
+        "CreateVertexShader",
+        "CreatePixelShader",
+        "CreateSamplerState 21 1 1 1 0 1 8 0 0 0 0 0 3.40282347e+38",
+    };
+    const Log frame = {
+        "getFrameEvent DA",
+        "CreateShaderResourceView 87 4 0 1",
+        "DrawIndexed 390150 0 0",
+        "DrawIndexed 390150 0 0",
+        "Flush",
+        "present DA 1234 2 " + devicePointer,
+    };
+    Log firstFrame = steps;
+
+    DirectModeTest() { firstFrame.insert(firstFrame.end(), frame.begin(), frame.end()); }
+
+    Log TakeLog() { return std::exchange(log, {}); }
+
+    void ExpectGeometry(int eye);
+    void ExpectTarget();
+    void ExpectShading(int eye);
+};
+
+void DirectModeTest::ExpectGeometry(int eye)
+{
+    ComPtr<ID3D11InputLayout> layout;
+    context->IAGetInputLayout(layout.GetAddressOf());
+    EXPECT_NE(layout, nullptr);
+    const plain::DirectModeMesh mesh = plain::BuildDirectModeMesh(plain::HeadsetLens(), eye);
+    ComPtr<ID3D11Buffer> vertices;
+    UINT stride = 0;
+    UINT offset = 1;
+    context->IAGetVertexBuffers(0, 1, vertices.GetAddressOf(), &stride, &offset);
+    EXPECT_EQ(stride, 40u);
+    EXPECT_EQ(offset, 0u);
+    EXPECT_EQ(std::memcmp(Read(vertices.Get()).data(), mesh.vertices.data(), 65536 * 40), 0);
+    ComPtr<ID3D11Buffer> indices;
+    DXGI_FORMAT format{};
+    context->IAGetIndexBuffer(indices.GetAddressOf(), &format, &offset);
+    EXPECT_EQ(format, DXGI_FORMAT_R32_UINT);
+    EXPECT_EQ(offset, 0u);
+    EXPECT_EQ(std::memcmp(Read(indices.Get()).data(), mesh.indices.data(), 390150 * 4), 0);
+    D3D11_PRIMITIVE_TOPOLOGY topology{};
+    context->IAGetPrimitiveTopology(&topology);
+    EXPECT_EQ(topology, D3D11_PRIMITIVE_TOPOLOGY_TRIANGLELIST);
+}
+
+void DirectModeTest::ExpectTarget()
+{
+    ComPtr<ID3D11RenderTargetView> target;
+    ComPtr<ID3D11DepthStencilView> depth;
+    context->OMGetRenderTargets(1, target.GetAddressOf(), depth.GetAddressOf());
+    ComPtr<ID3D11Resource> resource;
+    target->GetResource(resource.GetAddressOf());
+    EXPECT_EQ(resource.Get(), surface.Get());
+    EXPECT_EQ(depth, nullptr);
+    D3D11_VIEWPORT viewport{};
+    UINT count = 1;
+    context->RSGetViewports(&count, &viewport);
+    const D3D11_VIEWPORT whole = {0, 0, WIDTH, HEIGHT, 0, 1};
+    EXPECT_EQ(std::memcmp(&viewport, &whole, sizeof whole), 0);
+}
+
+void DirectModeTest::ExpectShading(int eye)
+{
+    ComPtr<ID3D11VertexShader> vertexShader;
+    ComPtr<ID3D11PixelShader> pixelShader;
+    context->VSGetShader(vertexShader.GetAddressOf(), nullptr, nullptr);
+    context->PSGetShader(pixelShader.GetAddressOf(), nullptr, nullptr);
+    EXPECT_NE(vertexShader, nullptr);
+    EXPECT_NE(pixelShader, nullptr);
+    ComPtr<ID3D11SamplerState> sampler;
+    context->PSGetSamplers(0, 1, sampler.GetAddressOf());
+    EXPECT_NE(sampler, nullptr);
+    ComPtr<ID3D11ShaderResourceView> view;
+    context->PSGetShaderResources(0, 1, view.GetAddressOf());
+    ComPtr<ID3D11Resource> resource;
+    view->GetResource(resource.GetAddressOf());
+    EXPECT_EQ(resource.Get(), image.Get());
+    ComPtr<ID3D11Buffer> constants;
+    context->VSGetConstantBuffers(0, 1, constants.GetAddressOf());
+    const float half[] = {eye == 1 ? 0.5f : 0.0f, 0.0f, 0.5f, 1.0f};
+    EXPECT_EQ(std::memcmp(Read(constants.Get()).data(), half, sizeof half), 0);
+}
+
+TEST_F(DirectModeTest, AFrameTakesItsStepsInOrder)
+{
+    SubmitFirst(*renderer);
+    EXPECT_EQ(TakeLog(), firstFrame);
+    EXPECT_TRUE(renderer->IsInitialized());
+    renderer->Submit(nullptr, image.Get()); // the device is known
+    EXPECT_EQ(TakeLog(), frame);
+    renderer->Shutdown();
+    renderer->Shutdown();
+    EXPECT_EQ(TakeLog(), Log{"release 37957 DA"});
+    EXPECT_FALSE(renderer->IsInitialized());
+    SubmitFirst(*renderer);
+    EXPECT_EQ(TakeLog(), firstFrame);
+    renderer.reset();
+    EXPECT_EQ(TakeLog(), Log{"release 37957 DA"});
+}
+
+TEST_F(DirectModeTest, EachEyeIsDrawnWithItsMeshAndItsHalfOfTheImage)
+{
+    int eye = 0;
+    onDraw = [&]
+    {
+        ExpectGeometry(eye);
+        ExpectTarget();
+        ExpectShading(eye);
+        ++eye;
+    };
+    SubmitFirst(*renderer);
+    EXPECT_EQ(eye, 2);
+}
+
+// Every pixel against the lens at its place; but for the ring in which the weight falls to 0.
+TEST_F(DirectModeTest, TheImageIsSeenThroughTheLensAndBlackAroundIt)
+{
+    Bytes pixels(std::size_t{4} * WIDTH * HEIGHT);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+    {
+        const std::size_t x = i / 4 % WIDTH;
+        const double u = (static_cast<double>(x % (WIDTH / 2)) + 0.5) / (WIDTH / 2);
+        const double v = (static_cast<double>(i / 4 / WIDTH) + 0.5) / HEIGHT;
+        const double value = i % 4 == 3 ? 0.3 : Image(2 - i % 4, x < WIDTH / 2 ? 0 : 1, u, v);
+        pixels[i] = static_cast<std::uint8_t>(std::lround(255.0 * value));
+    }
+    image = MakeTexture(D3D11_BIND_SHADER_RESOURCE, pixels);
+    SubmitFirst(*renderer);
+    Bytes seen = Read(surface.Get());
+
+    const plain::Lens lens = plain::HeadsetLens();
+    int inside = 0;
+    int outside = 0;
+    double worst = 0.0;
+    for (std::size_t i = 0; i < std::size_t{WIDTH} * HEIGHT; ++i)
+    {
+        const int eye = i % WIDTH < WIDTH / 2 ? 0 : 1;
+        const auto x =
+            static_cast<float>((static_cast<double>(i % (WIDTH / 2)) + 0.5) / (WIDTH / 4) - 1.0);
+        const auto y =
+            static_cast<float>((static_cast<double>(i / WIDTH) + 0.5) * 2 / HEIGHT - 1.0);
+        const float r = std::hypot(eye == 1 ? x - 0.012436205f : x + 0.012436205f, y * 1.125f);
+        const double weight = r < 0.983f ? 1.0 : 0.0;
+        inside += r < 0.983f ? 1 : 0;
+        outside += r > 1.008f ? 1 : 0;
+        for (std::size_t color = 0; color < 3 && (r < 0.983f || r > 1.008f); ++color)
+        {
+            const plain::Sample at = plain::Distort(lens, x, y, eye, color);
+            const double expected = weight * 255.0 * Image(color, eye, at.u, at.v);
+            worst = std::max(worst, std::abs(seen[4 * i + 2 - color] - expected));
+        }
+        EXPECT_EQ(seen[4 * i + 3], 255u);
+        std::swap(seen[4 * i], seen[4 * i + 2]); // for the picture
+    }
+    stbi_write_png(QLT_PICTURE, WIDTH, HEIGHT, 4, seen.data(), 4 * WIDTH);
+    RecordProperty("worst", std::to_string(worst));
+    EXPECT_LE(worst, 2.0);
+    EXPECT_GT(inside, 600000);
+    EXPECT_GT(outside, 200000);
+}
+
+TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
+{
+    for (failing = 0; failing < steps.size(); ++failing)
+    {
+        SCOPED_TRACE(steps[failing]);
+        const std::size_t step = failing;
+        NvidiaRenderer tried;
+        tried.Submit(device.Get(), image.Get());
+        EXPECT_EQ(TakeLog(),
+                  Log(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(step) + 1));
+        EXPECT_FALSE(tried.IsInitialized());
+        tried.Shutdown();
+        EXPECT_EQ(TakeLog(), Log{}); // the display stays taken
+        failing = NEVER;
+        SubmitFirst(tried);
+        EXPECT_EQ(TakeLog(), firstFrame);
+        EXPECT_TRUE(tried.IsInitialized());
+        tried.Shutdown();
+        TakeLog();
+        failing = step;
+        tried.Submit(device.Get(), image.Get()); // not tried again: destroyed as it is
+        EXPECT_FALSE(tried.IsInitialized());
+        TakeLog();
+    }
+}
+
+TEST_F(DirectModeTest, WithoutADisplayOrAModeNothingIsDrawn)
+{
+    driver.displays = 0;
+    renderer->Submit(device.Get(), image.Get());
+    EXPECT_EQ(TakeLog(), Log(steps.begin(), steps.begin() + 1));
+    driver.displays = 1;
+    driver.modes = 0;
+    renderer->Submit(device.Get(), image.Get());
+    EXPECT_EQ(TakeLog(), Log(steps.begin(), steps.begin() + 4));
+    EXPECT_FALSE(renderer->IsInitialized());
+    driver.modes = 1;
+    driver.pixelFormat = 20; // that is not listed
+    SubmitFirst(*renderer);
+    EXPECT_EQ(log[8], "CreateRenderTargetView 0 4 0");
+    EXPECT_TRUE(renderer->IsInitialized());
+}
+
+TEST_F(DirectModeTest, AFrameThatCannotBeShownIsDropped)
+{
+    renderer->Submit(nullptr, image.Get());
+    EXPECT_EQ(TakeLog(), Log{steps[0]});
+    device->AddRef();
+    renderer->Submit(device.Get(), nullptr); // initialises all the same
+    EXPECT_EQ(TakeLog(), steps);
+    EXPECT_TRUE(IsWanted(frameEvent)); // nobody has waited
+    SetEvent(frameEvent);
+    failing = 1;
+    renderer->Submit(device.Get(), image.Get());
+    EXPECT_EQ(TakeLog(), Log(frame.begin(), frame.begin() + 2));
+    EXPECT_FALSE(IsWanted(frameEvent));
+    failing = 0; // of the event, which is not looked at
+    SetEvent(frameEvent);
+    renderer->Submit(device.Get(), image.Get());
+    EXPECT_EQ(TakeLog(), frame);
+}
+
+TEST_F(DirectModeTest, AFrameWaitsForTheDisplayWithoutATimeOut)
+{
+    SubmitFirst(*renderer);
+    TakeLog();
+    EXPECT_TRUE(IsWanted(frameEvent)); // and no longer
+    auto submit =
+        std::async(std::launch::async, [this] { renderer->Submit(device.Get(), image.Get()); });
+    EXPECT_EQ(submit.wait_for(std::chrono::seconds(1)), std::future_status::timeout);
+    EXPECT_EQ(log, Log{frame[0]});
+    SetEvent(frameEvent);
+    submit.get();
+    EXPECT_EQ(log, frame);
+}
+
+TEST_F(DirectModeTest, TheDeviceIsReleasedOnceAndAFailedAttemptKeepsTheContext)
+{
+    const ULONG devices = CountReferences(device);
+    const ULONG contexts = CountReferences(context);
+    driver.displays = 0;
+    for (const ULONG attempts : {1u, 2u, 3u})
+    {
+        renderer->Submit(device.Get(), image.Get());
+        EXPECT_EQ(CountReferences(device), devices);
+        EXPECT_EQ(CountReferences(context), contexts + attempts);
+    }
+    driver.displays = 1;
+    device->AddRef();
+    device->AddRef();
+    renderer->Submit(device.Get(), image.Get());
+    EXPECT_EQ(CountReferences(context), contexts + 4);
+    renderer->Shutdown();
+    EXPECT_EQ(CountReferences(context), contexts + 3);
+    EXPECT_EQ(CountReferences(device), devices + 1);
+    device->Release();
+}
+
+TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
+{
+    auto copy = std::make_unique<NvidiaRenderer>(*renderer);
+    NvidiaRenderer assigned;
+    assigned = *copy;
+    SubmitFirst(*renderer);
+    EXPECT_TRUE(copy->IsInitialized());
+    TakeLog();
+    copy.reset();
+    EXPECT_EQ(TakeLog(), Log{"release 37957 DA"});
+    EXPECT_FALSE(renderer->IsInitialized());
+    SubmitFirst(assigned);
+    EXPECT_EQ(TakeLog(), firstFrame);
+    EXPECT_TRUE(renderer->IsInitialized());
+}
+
+// A fake driver lies beside the program. In a process of its own: the library looks for it once.
+TEST(DirectModeDeathTest, ADriverBesideTheProgramIsNotLoaded)
+{
+    EXPECT_EXIT(
+        {
+            wchar_t path[MAX_PATH];
+            GetSystemDirectoryW(path, MAX_PATH);
+            DeleteFileW(std::wstring(path).append(L"\\nvapi64.dll").c_str()); // of a killed test
+            NvidiaRenderer renderer;
+            renderer.Submit(nullptr, nullptr);
+            const bool found = GetModuleHandleW(L"nvapi64.dll") != nullptr;
+            const bool isThere = LoadLibraryW(L"nvapi64.dll") != nullptr;
+            std::_Exit(!found && isThere && !renderer.IsInitialized() ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}

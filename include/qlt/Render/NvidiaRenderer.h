@@ -34,7 +34,7 @@ public:
     /// calls it; there is no need to.
     bool Initialize();
 
-    /// Whether the last Initialize succeeded, and no Shutdown followed.
+    /// Whether an Initialize has succeeded, and no Shutdown followed.
     bool IsInitialized();
 
     /// Gives the display back and releases all that Initialize made; does nothing before it

@@ -1,14 +1,11 @@
 #include "Render/DirectModeMesh.h"
 
-#include "fakes/FloatBits.h"
 #include "fakes/Hash.h"
 #include "fakes/PlainLens.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-
-using Floats = std::array<float, 3>;
 
 // What the plain transcription in fakes/PlainLens.h makes of the headset's tables, on every system.
 TEST(DirectModeMeshTest, BothEyesHaveTheirBits)
@@ -28,16 +25,4 @@ TEST(DirectModeMeshTest, BothEyesHaveTheirBits)
                   0);
         EXPECT_EQ(Hash(std::pair(expected.vertices.data(), expected.vertices.size())), hashes[eye]);
     }
-}
-
-TEST(DirectModeMeshTest, EachEyeHasItsHalfOfTheDisplayFromTheTop)
-{
-    const qlt::DirectModeMesh left = qlt::BuildDirectModeMesh(qlt::Params::EYE_LEFT);
-    const qlt::DirectModeMesh right = qlt::BuildDirectModeMesh(qlt::Params::EYE_RIGHT);
-    EXPECT_EQ(Values(left.vertices.front().position), (Floats{-1.0f, 1.0f, 0.5f}));
-    EXPECT_EQ(Values(left.vertices.back().position), (Floats{0.0f, -1.0f, 0.5f}));
-    EXPECT_EQ(Values(right.vertices.front().position), (Floats{0.0f, 1.0f, 0.5f}));
-    EXPECT_EQ(Values(right.vertices.back().position), (Floats{1.0f, -1.0f, 0.5f}));
-    EXPECT_EQ(left.vertices.front().weight, 0.0f); // a corner
-    EXPECT_EQ(left.vertices[128 * 256 + 128].weight, 1.0f);
 }

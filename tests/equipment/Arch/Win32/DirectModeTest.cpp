@@ -215,14 +215,14 @@ TEST_F(DirectModeTest, TheImageIsSeenThroughTheLensAndBlackAroundIt)
 
 TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
 {
-    for (failing = 0; failing < steps.size(); ++failing)
+    for (std::size_t step = 0; step < steps.size(); ++step)
     {
-        SCOPED_TRACE(steps[failing]);
-        const std::size_t step = failing;
+        SCOPED_TRACE(steps[step]);
+        const Log untilThen(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(step) + 1);
         NvidiaRenderer tried;
-        tried.Submit(device.Get(), image.Get());
-        EXPECT_EQ(TakeLog(),
-                  Log(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(step) + 1));
+        failing = step;
+        SubmitFirst(tried);
+        EXPECT_EQ(TakeLog(), untilThen);
         EXPECT_FALSE(tried.IsInitialized());
         tried.Shutdown();
         EXPECT_EQ(TakeLog(), Log{}); // the display stays taken
@@ -230,11 +230,14 @@ TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
         SubmitFirst(tried);
         EXPECT_EQ(TakeLog(), firstFrame);
         EXPECT_TRUE(tried.IsInitialized());
+        failing = step;
+        EXPECT_FALSE(tried.Initialize()); // once more, and by hand
+        EXPECT_EQ(TakeLog(), untilThen);
+        EXPECT_TRUE(tried.IsInitialized()); // until a Shutdown
         tried.Shutdown();
         TakeLog();
         failing = step;
-        tried.Submit(device.Get(), image.Get()); // not tried again: destroyed as it is
-        EXPECT_FALSE(tried.IsInitialized());
+        SubmitFirst(tried); // and is destroyed as it is
         TakeLog();
     }
 }

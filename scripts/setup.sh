@@ -11,8 +11,8 @@ packages_of()
 {
     local demo="g++ cmake ninja-build pkgconf libusb-1.0-0-dev libglew-dev libglfw3-dev libegl-dev
         libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
-    local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest libbenchmark-dev
-        libumockdev-dev umockdev"
+    local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest netpbm
+        libbenchmark-dev libumockdev-dev umockdev"
     case $1 in
     demo) echo "$demo" ;;
     linux) echo "$linux" ;;

@@ -4,6 +4,7 @@
 
 #include "DirectModePipeline.h"
 
+#include <utility>
 #include <windows.h>
 
 #include <d3d11.h>
@@ -37,19 +38,41 @@ const NvApi& SystemNvApi()
     return api;
 }
 
+/// The display, and what is drawn on it with.
+struct Screen
+{
+    bool Open(ID3D11Device& device, ID3D11DeviceContext& context);
+
+    NvApi::Display display{};
+    NvApi::Mode mode{};
+    std::uint32_t surface = 0;
+    qlt::DirectModePipeline pipeline;
+};
+
+bool Screen::Open(ID3D11Device& device, ID3D11DeviceContext& context)
+{
+    const NvApi& api = SystemNvApi();
+    ComPtr<IDXGIDevice> dxgiDevice;
+    HANDLE shared = nullptr;
+    ComPtr<ID3D11Texture2D> texture;
+    return SUCCEEDED(device.QueryInterface(IID_PPV_ARGS(dxgiDevice.GetAddressOf()))) &&
+           api.FindDisplay(VENDOR_ID, display) && api.FindMode(display, mode) &&
+           api.acquireDisplay(VENDOR_ID, dxgiDevice.Get(), &display) == 0 &&
+           api.createSurface(&display, &mode, &surface, &shared) == 0 &&
+           SUCCEEDED(device.OpenSharedResource(shared, IID_PPV_ARGS(texture.GetAddressOf()))) &&
+           pipeline.SetTarget(device, *texture.Get(),
+                              static_cast<DXGI_FORMAT>(SurfaceFormat(mode))) &&
+           api.setMode(&display, &mode) == 0 && pipeline.Make(device, context);
+}
+
 } // namespace
 
 struct NvidiaRenderer::State
 {
-    bool OpenDisplay();
-
     bool initialized = false;
-    NvApi::Display display{};
-    NvApi::Mode mode{};
-    std::uint32_t surface = 0;
+    Screen screen;
     ID3D11Device* device = nullptr;         // deliberate: without a reference, and yet released
     ID3D11DeviceContext* context = nullptr; // deliberate: a failed attempt's is never released
-    qlt::DirectModePipeline pipeline;
 };
 
 NvidiaRenderer::NvidiaRenderer()
@@ -65,17 +88,19 @@ NvidiaRenderer& NvidiaRenderer::operator=(const NvidiaRenderer& other) = default
 
 bool NvidiaRenderer::IsInitialized() { return mState->initialized; }
 
-// What a failed step leaves stays as it is, and is made again by the next attempt.
 bool NvidiaRenderer::Initialize()
 {
     State& s = *mState;
-    if (!SystemNvApi().HasDisplay(VENDOR_ID) || s.device == nullptr || !s.OpenDisplay() ||
-        SystemNvApi().setMode(&s.display, &s.mode) != 0 || !s.pipeline.Make(*s.device, *s.context))
+    Screen screen;
+    const bool opened = SystemNvApi().HasDisplay(VENDOR_ID) && s.device != nullptr &&
+                        screen.Open(*s.device, *s.context);
+    // What a failed step leaves stays as it is until the next attempt; but what works is kept.
+    if (opened || !s.initialized)
     {
-        return false;
+        s.screen = std::move(screen);
     }
-    s.initialized = true;
-    return true;
+    s.initialized = s.initialized || opened;
+    return opened;
 }
 
 void NvidiaRenderer::Shutdown()
@@ -85,12 +110,12 @@ void NvidiaRenderer::Shutdown()
     {
         return;
     }
-    SystemNvApi().releaseDisplay(VENDOR_ID, &s.display);
+    SystemNvApi().releaseDisplay(VENDOR_ID, &s.screen.display);
     s.context->Release();
     s.context = nullptr;
     s.device->Release();
     s.device = nullptr;
-    s.pipeline.Release();
+    s.screen.pipeline.Release();
     s.initialized = false;
 }
 
@@ -111,7 +136,7 @@ void NvidiaRenderer::Submit(ID3D11Device* device, ID3D11Texture2D* texture)
         return;
     }
     HANDLE wanted = nullptr;
-    SystemNvApi().getFrameEvent(&s.display, &wanted);
+    SystemNvApi().getFrameEvent(&s.screen.display, &wanted);
     WaitForSingleObject(wanted, INFINITE);
 
     D3D11_SHADER_RESOURCE_VIEW_DESC description{};
@@ -123,23 +148,8 @@ void NvidiaRenderer::Submit(ID3D11Device* device, ID3D11Texture2D* texture)
     {
         return;
     }
-    s.pipeline.Draw(*s.context, view.Get());
+    s.screen.pipeline.Draw(*s.context, view.Get());
     s.context->Flush();
     view.Reset();
-    SystemNvApi().present(&s.display, s.surface, PRESENT_ARGUMENT, s.device);
-}
-
-bool NvidiaRenderer::State::OpenDisplay()
-{
-    const NvApi& api = SystemNvApi();
-    ComPtr<IDXGIDevice> dxgiDevice;
-    HANDLE shared = nullptr;
-    ComPtr<ID3D11Texture2D> texture;
-    return SUCCEEDED(device->QueryInterface(IID_PPV_ARGS(dxgiDevice.GetAddressOf()))) &&
-           api.FindDisplay(VENDOR_ID, display) && api.FindMode(display, mode) &&
-           api.acquireDisplay(VENDOR_ID, dxgiDevice.Get(), &display) == 0 &&
-           api.createSurface(&display, &mode, &surface, &shared) == 0 &&
-           SUCCEEDED(device->OpenSharedResource(shared, IID_PPV_ARGS(texture.GetAddressOf()))) &&
-           pipeline.SetTarget(*device, *texture.Get(),
-                              static_cast<DXGI_FORMAT>(SurfaceFormat(mode)));
+    SystemNvApi().present(&s.screen.display, s.screen.surface, PRESENT_ARGUMENT, s.device);
 }

@@ -4,19 +4,20 @@
 #include "Runtime/FrameHeader.h"
 
 #include "fakes/OpenHandles.h"
-#include "fakes/ScriptedStream.h"
+#include "fakes/ScriptedUsbHost.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <iostream>
 
 namespace
 {
 
-using Bytes = ScriptedStream::Bytes;
+using Bytes = ScriptedUsbHost::Bytes;
 constexpr std::uint32_t FRAME = 8192;
 
-Bytes Frame(std::uint32_t number) { return ScriptedStream::Frame(FRAME, number); }
+Bytes Frame(std::uint32_t number) { return ScriptedUsbHost::Frame(FRAME, number); }
 
 /// The end of a frame and the beginning of the next: a header at `offset`.
 Bytes CutFrame(std::uint32_t offset)
@@ -65,17 +66,17 @@ protected:
     void Stop()
     {
         host.WaitForIdle();
-        host.End();
+        host.Unplug();
         stream->Stop(true);
         EXPECT_EQ(stream->GetCurrentFrame(), nullptr);
         stream.reset();
-        EXPECT_EQ(host.InFlight(), 0);
-        EXPECT_EQ(host.OpenDevices(), 0);
+        EXPECT_EQ(host.inFlight, 0);
+        EXPECT_EQ(host.opened, host.closed);
         out = testing::internal::GetCapturedStdout();
         err = testing::internal::GetCapturedStderr();
     }
 
-    ScriptedStream host;
+    ScriptedUsbHost host{std::vector<ScriptedDevice>(1)};
     std::unique_ptr<VRUsbStreamAsync> stream;
     VREvent frameEvent;
     std::string out;
@@ -135,7 +136,7 @@ TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
     host.Queue({{Bytes(16)}});
     Stop();
     EXPECT_EQ(out, "validating 8192\ntrashing 4096\nvalidating 8192\n");
-    EXPECT_EQ(host.TransferSizes(), (std::vector<std::uint32_t>{FRAME, 4096, FRAME, FRAME}));
+    EXPECT_EQ(host.transferSizes, (std::vector<std::uint32_t>{FRAME, 4096, FRAME, FRAME}));
     // Hexadecimal from the first header that was found on.
     EXPECT_EQ(err.substr(0, err.find("error wait")),
               "error head_sig is not valid\nfound header offset (0xdeadbeef) at 0x1000\n"
@@ -173,7 +174,7 @@ TEST_F(VRUsbStreamAsyncTest, DeliversWholeFramesOnlyAndGoesOn)
     host.WaitForIdle();
     EXPECT_EQ(qlt::WaitNativeEvent(frameEvent.Handle(), 0), qlt::WAIT_TIMED_OUT);
     EXPECT_EQ(stream->GetCurrentFrame(), first);
-    EXPECT_EQ(host.InFlight(), 10);
+    EXPECT_EQ(host.inFlight, 10);
     for (std::uint32_t number = 2; number < 50; ++number)
     {
         host.Queue({{Frame(number)}});
@@ -185,14 +186,14 @@ TEST_F(VRUsbStreamAsyncTest, DeliversWholeFramesOnlyAndGoesOn)
                        "error while async transfer\n"
                        "error wait timeout\nerror while async transfer\n"),
               0u);
-    EXPECT_EQ(host.Aborts() - Occurrences(err, "error wait timeout\n"), 10); // the drain's
+    EXPECT_EQ(host.aborts - Occurrences(err, "error wait timeout\n"), 10); // the drain's
 }
 
 TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
 {
     gHourMs = 3599900;
     Start(false);
-    host.Queue(std::vector<ScriptedStream::Read>(59, {Frame(1)}));
+    host.Queue(std::vector<ScriptedUsbHost::Read>(59, {Frame(1)}));
     host.WaitForIdle();
     gHourMs = 50;
     host.Queue({{Frame(1)}});
@@ -206,14 +207,14 @@ TEST_F(VRUsbStreamAsyncTest, LeavesTheEventsOfItsReadsOpenAndNothingElse)
 {
     const auto run = []
     {
-        ScriptedStream device;
+        ScriptedUsbHost device{std::vector<ScriptedDevice>(1)};
         VRUsbStreamAsync once(0x04B4, 0x00F1, 0x82, FRAME, device);
         once.Init();
         once.SetTrashEnabled(true);
         once.CreateFrameConsumerEvent(L"");
         device.Queue({{Frame(1)}});
         once.Start(true, qlt::WAIT_FOREVER);
-        device.End();
+        device.Unplug();
         once.Stop(true);
     };
     const auto before = static_cast<double>(CountOpenHandles());
@@ -229,21 +230,21 @@ TEST_F(VRUsbStreamAsyncTest, LeavesTheEventsOfItsReadsOpenAndNothingElse)
 TEST_F(VRUsbStreamAsyncDeathTest, WithoutItsDeviceTheProcessEnds)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    using Device = ScriptedStream::Device;
+    using Device = ScriptedDevice;
     const std::pair<std::vector<Device>, bool> rows[] = {
         {{}, false},
         {{Device{}}, true},
         {{Device{0x1234, 0x00F1}, Device{}}, false},
         {{Device{0x04B4, 0x0001}, Device{0x9999, 0x00F1}}, true},
         {{Device{0x04B4, 0x0001}}, false},
-        {{Device{0x04B4, 0x00F1, {}}}, false},
-        {{Device{0x04B4, 0x00F1, {0x81, 0x02}}}, false},
+        {{Device{0x04B4, 0x00F1, {0}}}, false},
+        {{Device{0x04B4, 0x00F1, {0, 3, 2}, {0, 0x81, 0x02}}}, false},
     };
     for (const auto& row : rows)
     {
         const auto run = [&]
         {
-            ScriptedStream other(row.first);
+            ScriptedUsbHost other(row.first);
             Start(false, &other);
             std::_Exit(77);
         };

@@ -1,7 +1,7 @@
 // A process of its own, in which every allocation counts.
 #include "fakes/AllocationCounter.h"
 #include "fakes/ReportWriter.h"
-#include "fakes/ScriptedUsbHost.h"
+#include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ TEST(AllocationTest, AReportIsDeliveredWithoutAny)
         headset.host.QueueRead(ReportWriter(i, i * 1000));
     }
     headset.Start(listener);
-    headset.host.WaitForIdleRead();
+    headset.host.WaitForIdle();
     headset.End();
     EXPECT_EQ(counts.at(9999) - counts[1], 0);
     EXPECT_GT(counts[0], 0);

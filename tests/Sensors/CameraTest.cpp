@@ -4,10 +4,11 @@
 #include "GlContext.h"
 
 #include "fakes/AssertionRecorder.h"
-#include "fakes/ScriptedStream.h"
+#include "fakes/ScriptedUsbHost.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <new>
 #include <thread>
@@ -18,7 +19,7 @@ namespace
 {
 
 using qlt::Camera;
-using Bytes = ScriptedStream::Bytes;
+using Bytes = ScriptedUsbHost::Bytes;
 
 constexpr std::size_t FRAME = 0x388000;
 constexpr std::size_t IMAGE = 2560 * 1440;
@@ -53,22 +54,22 @@ protected:
     {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        host.Queue({{ScriptedStream::Frame(FRAME, 0)}}); // the one that synchronises
+        host.Queue({{ScriptedUsbHost::Frame(FRAME, 0)}}); // the one that synchronises
         camera = std::make_unique<Camera>(id, renderer, host);
     }
 
     ~CameraTest() override
     {
-        host.End();
+        host.Unplug();
         camera.reset();
-        EXPECT_EQ(host.OpenDevices(), 0);
+        EXPECT_EQ(host.opened, host.closed);
         EXPECT_EQ(testing::internal::GetCapturedStdout().find("validating 3702784\n"), 0u);
         testing::internal::GetCapturedStderr();
         EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
     }
 
     GlContext context;
-    ScriptedStream host;
+    ScriptedUsbHost host{std::vector<ScriptedDevice>(1)};
     std::unique_ptr<Camera> camera;
 };
 
@@ -93,7 +94,7 @@ TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
     EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 1);
     for (std::uint32_t number = 1; number <= QLT_PATTERN_FRAMES; ++number)
     {
-        Bytes frame = ScriptedStream::Frame(FRAME, number);
+        Bytes frame = ScriptedUsbHost::Frame(FRAME, number);
         for (std::size_t i = 24; i < FRAME; ++i)
         {
             frame[i] = static_cast<std::uint8_t>(i * 7 + i / 2560 * 13 + number);
@@ -126,7 +127,7 @@ TEST_F(CameraTest, OnlyKeepsThePaceOfADirect3dApplication)
     EXPECT_EQ(camera->GetTextureId(), 0);
     for (std::uint32_t number = 1; number < 4; ++number)
     {
-        host.Queue({{ScriptedStream::Frame(FRAME, number)}});
+        host.Queue({{ScriptedUsbHost::Frame(FRAME, number)}});
         camera->Update();
     }
     // Nothing of OpenGL has been touched.
@@ -146,7 +147,7 @@ TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // fewer under a sanitizer
         {
             for (std::uint32_t number = 1; number <= FRAMES; ++number)
             {
-                host.Queue({{ScriptedStream::Frame(FRAME, number)}});
+                host.Queue({{ScriptedUsbHost::Frame(FRAME, number)}});
                 host.WaitForIdle();
             }
         });

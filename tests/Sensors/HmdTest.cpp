@@ -3,7 +3,7 @@
 #include "fakes/AssertionRecorder.h"
 #include "fakes/ExpectNear.h"
 #include "fakes/ReportWriter.h"
-#include "fakes/ScriptedUsbHost.h"
+#include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ int ResetsAt(const std::vector<std::uint32_t>& sequences)
 
 TEST(HmdTest, OnlyTheHeadsetIsKeptOpenAndSoughtOnceASecond)
 {
-    const ScriptedUsbHost::Device others[] = {
+    const ScriptedDevice others[] = {
         {0x04B5, 0x00F1, {0, 3}}, {0x04B4, 0x00F2, {0, 3}}, {0x04B4, 0x00F1, {0}},
         {0x04B4, 0x00F1, {}},     {0x04B4, 0x00F1, {3}},    {0x04B4, 0x00F1, {0, 2, 1, 0x83}},
     };
@@ -94,7 +94,7 @@ TEST(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
     EXPECT_EQ(headset.log.Count(), 0u);
     // A failed transfer counts as its length: here is a whole report.
     headset.host.QueueRead(ReportWriter(1), 64, false);
-    headset.host.WaitForIdleRead();
+    headset.host.WaitForIdle();
     EXPECT_EQ(headset.log.Count(), 7u);
     headset.End();
     EXPECT_EQ(headset.err, err + BROKEN_OFF);
@@ -103,12 +103,12 @@ TEST(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
 
 TEST(HmdTest, UnplugWhileReadingDisconnectsAndReplugReconnects)
 {
-    const ScriptedUsbHost::Device device{0x04B4, 0x00F1, {3, 2, 3, 3}};
+    const ScriptedDevice device{0x04B4, 0x00F1, {3, 2, 3, 3}};
     ScriptedHeadset headset(device);
     headset.Start(headset.log);
     for (int round = 1; round <= 3; ++round)
     {
-        EXPECT_EQ(headset.host.WaitForIdleRead(), 2); // the first interrupt one but the control one
+        EXPECT_EQ(headset.host.WaitForIdle(), 2); // the first interrupt one but the control one
         headset.Deliver(ReportWriter(1));
         headset.host.Unplug();
         Until([&] { return headset.host.closed == round; });
@@ -118,7 +118,7 @@ TEST(HmdTest, UnplugWhileReadingDisconnectsAndReplugReconnects)
     }
     // Reports are counted, whatever happened between them.
     EXPECT_EQ(headset.log.WaitFor(21)[14], "accelerometer 0.0121987 0.910223 0.0197377 @ 0.002");
-    headset.host.WaitForIdleRead(); // so that the end finds a read to break off
+    headset.host.WaitForIdle(); // so that the end finds a read to break off
     headset.End();
     EXPECT_EQ(headset.err, BROKEN_OFF + BROKEN_OFF + BROKEN_OFF + BROKEN_OFF);
 }

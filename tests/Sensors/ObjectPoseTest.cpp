@@ -181,7 +181,7 @@ TEST_F(ObjectPoseTest, TheHeadsetsPositionIsThatOfObjectZero)
         host.QueueRead(ReportWriter(1).U32(44, 1000000));
         event = log.WaitFor(7)[5];
         position = Text(hmd.GetPosition());
-        host.WaitForIdleRead();
+        host.WaitForIdle();
         host.Unplug();
         clock.KeepAwake();
         hmd.Stop();

@@ -2,7 +2,7 @@
 #include "Sensors/SensorReport.h"
 
 #include "fakes/PlainFusion.h"
-#include "fakes/ScriptedUsbHost.h"
+#include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
 
@@ -91,7 +91,7 @@ Orientations Replay(const Reports& reports)
     {
         headset.host.QueueRead(report);
     }
-    headset.host.WaitForIdleRead();
+    headset.host.WaitForIdle();
     headset.End();
     EXPECT_EQ(differences, 0u);
     EXPECT_LT(worstDeg, 0.005);

@@ -1,7 +1,7 @@
 // A running tracker among many threads; what it finds, it finds under the thread sanitizer.
 #include "fakes/AssertionRecorder.h"
 #include "fakes/ReportWriter.h"
-#include "fakes/ScriptedUsbHost.h"
+#include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
 

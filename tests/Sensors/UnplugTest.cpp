@@ -43,7 +43,7 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
                 break;
             case 2: // with a read that waits
                 clock.Cycle();
-                host.WaitForIdleRead();
+                host.WaitForIdle();
                 break;
             default: // in the middle of reports
                 clock.Cycle();

@@ -1,169 +1,207 @@
-// A USB host of which the test is the hardware, and a headset tracker with it.
+// A USB host of which the test is the hardware: what every read gives, a tracker's reports and a
+// camera's frames alike, in the order in which the reads are waited for.
 #pragma once
 
-#include <qlt/Sensors/Hmd.h>
-
-#include "fakes/EventLog.h"
-
-#include <gtest/gtest.h>
+#include <qlt/Runtime/Usb.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <iostream>
-#include <optional>
-#include <tuple>
+#include <mutex>
+#include <vector>
+
+struct ScriptedDevice
+{
+    std::uint16_t vendorId = 0x04B4;
+    std::uint16_t productId = 0x00F1;
+    std::vector<std::uint8_t> attributes = {0, 3, 2}; // of the endpoints, endpoint 0 included
+    std::vector<std::uint8_t> addresses = {0, 0x81, 0x82};
+};
 
 class ScriptedUsbHost final : public qlt::UsbHost
 {
 public:
+    using Bytes = std::vector<std::uint8_t>;
     using Report = std::array<std::uint8_t, 64>;
 
-    struct Device
+    /// What one read gives: the bytes, or what fails of it.
+    struct Read
     {
-        std::uint16_t vendorId = 0x04B4;
-        std::uint16_t productId = 0x00F1;
-        std::vector<std::uint8_t> attributes = {0, 3}; // of the endpoints, endpoint 0 included
+        Bytes bytes;
+        bool inTime = true;
+        bool succeeds = true;
     };
 
-    /// From now on a device is there; the next Open finds it.
-    void Plug(const Device& device)
+    explicit ScriptedUsbHost(std::vector<ScriptedDevice> devices = {})
+        : mDevices(std::move(devices))
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mDevice = device;
     }
 
-    /// The device is gone: the read that waits, and every later one, fails with length 0.
+    /// A frame with a valid header whose second word is `number`, and an image that tells it, too.
+    static Bytes Frame(std::size_t size, std::uint32_t number)
+    {
+        Bytes bytes(size, static_cast<std::uint8_t>(number));
+        const std::uint32_t header[] = {0xDEADBEEF, number, 0, 0, 0, 0U - 0xDEADBEEF - number};
+        const auto* headerBytes = reinterpret_cast<const std::uint8_t*>(header);
+        std::copy_n(headerBytes, sizeof header, bytes.begin());
+        return bytes;
+    }
+
+    /// From now on this device is there, and no other.
+    void Plug(const ScriptedDevice& device)
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mDevices = {device};
+    }
+
+    /// From now on a read for which nothing is queued fails with length 0, instead of waiting.
     void Unplug()
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        mDevice.reset();
+        mDevices.clear();
         mChanged.notify_all();
     }
 
-    /// What the next read returns: a report, or its first `length` bytes, as a failed transfer or
-    /// not.
-    void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true)
+    void Queue(const std::vector<Read>& reads)
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        mReads.emplace_back(report, length, succeeds);
+        mReads.insert(mReads.end(), reads.begin(), reads.end());
         mChanged.notify_all();
     }
 
-    /// Waits until the tracker wants to read and nothing is queued; returns the endpoint.
-    int WaitForIdleRead()
+    /// A report, or its first `length` bytes.
+    void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true)
+    {
+        Queue({{{report.begin(), report.begin() + length}, true, succeeds}});
+    }
+
+    /// Waits until somebody reads and nothing is queued; returns the endpoint.
+    int WaitForIdle()
     {
         std::unique_lock<std::mutex> lock(mMutex);
         mChanged.wait(lock, [this] { return mReadingFrom >= 0 && mReads.empty(); });
         return mReadingFrom;
     }
 
-    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override
+    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override { return Open(0); }
+    std::uint32_t CountDevices() override
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        opened += mDevice ? 1 : 0;
-        return mDevice ? std::make_unique<OpenDevice>(*this, *mDevice) : nullptr;
+        return static_cast<std::uint32_t>(mDevices.size());
+    }
+    std::unique_ptr<qlt::VendorUsbDevice> Open(std::uint32_t index) override
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return index < mDevices.size() ? std::make_unique<OpenDevice>(*this, mDevices[index])
+                                       : nullptr;
     }
 
     std::atomic<int> opened{0};
     std::atomic<int> closed{0};
+    std::atomic<int> inFlight{0}; // transfers begun and not finished
+    std::atomic<int> aborts{0};
+    std::vector<std::uint32_t> transferSizes; // the stream's, until it has been stopped
 
 private:
-    /// And its endpoint: the one that was asked for last.
-    struct OpenDevice final : qlt::VendorUsbDevice, qlt::UsbEndPoint
+    struct Transfer final : qlt::UsbTransfer
     {
-        OpenDevice(ScriptedUsbHost& usbHost, const Device& plugged)
+        Transfer(ScriptedUsbHost& usbHost, int from, std::uint8_t* to, std::uint32_t bytes)
+            : host(usbHost)
+            , endPoint(from)
+            , buffer(to)
+            , wanted(bytes)
+        {
+            ++host.inFlight;
+        }
+        bool Wait(std::uint32_t) override { return (read = host.Next(endPoint)).inTime; }
+        bool Finish(std::uint32_t& length) override
+        {
+            --host.inFlight;
+            length = std::min(wanted, static_cast<std::uint32_t>(read.bytes.size()));
+            std::copy_n(read.bytes.begin(), length, buffer);
+            return read.succeeds;
+        }
+        ScriptedUsbHost& host;
+        const int endPoint;
+        std::uint8_t* const buffer;
+        const std::uint32_t wanted;
+        Read read;
+    };
+
+    struct EndPointOf final : qlt::UsbEndPoint
+    {
+        EndPointOf(ScriptedUsbHost& usbHost, const ScriptedDevice& plugged, std::uint8_t at)
+            : host(usbHost)
+            , device(plugged)
+            , index(at)
+        {
+        }
+        std::uint8_t Attributes() const override { return device.attributes.at(index); }
+        std::uint8_t Address() const override { return device.addresses.at(index); }
+        bool TransferData(std::uint8_t* buffer, std::uint32_t& length) override
+        {
+            Transfer transfer(host, index, buffer, length);
+            transfer.Wait(0);
+            return transfer.Finish(length);
+        }
+        void SetTransferSize(std::uint32_t bytes) override { host.transferSizes.push_back(bytes); }
+        void AbortTransfers() override { ++host.aborts; }
+        std::unique_ptr<qlt::UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
+                                                        void*) override
+        {
+            return std::make_unique<Transfer>(host, index, buffer, length);
+        }
+        ScriptedUsbHost& host;
+        const ScriptedDevice& device;
+        const std::uint8_t index;
+    };
+
+    struct OpenDevice final : qlt::VendorUsbDevice
+    {
+        OpenDevice(ScriptedUsbHost& usbHost, const ScriptedDevice& plugged)
             : host(usbHost)
             , device(plugged)
         {
+            ++host.opened;
+            while (endPoints.size() < device.attributes.size())
+            {
+                endPoints.emplace_back(host, device, EndPointCount());
+            }
         }
         ~OpenDevice() override { ++host.closed; }
         std::uint16_t VendorId() const override { return device.vendorId; }
         std::uint16_t ProductId() const override { return device.productId; }
         std::uint8_t EndPointCount() const override
         {
-            return static_cast<std::uint8_t>(device.attributes.size());
+            return static_cast<std::uint8_t>(endPoints.size());
         }
-        UsbEndPoint& EndPoint(std::uint8_t index) override { return asked = index, *this; }
-        std::uint8_t Attributes() const override { return device.attributes.at(asked); }
-        bool TransferData(std::uint8_t* buffer, std::uint32_t& length) override
-        {
-            std::unique_lock<std::mutex> lock(host.mMutex);
-            host.mReadingFrom = asked;
-            host.mChanged.notify_all();
-            host.mChanged.wait(lock, [this] { return !host.mReads.empty() || !host.mDevice; });
-            host.mReadingFrom = -1;
-            length = 0;
-            if (host.mReads.empty())
-            {
-                return false;
-            }
-            const auto [report, size, succeeds] = host.mReads.front();
-            host.mReads.pop_front();
-            std::copy_n(report.begin(), length = size, buffer);
-            return succeeds;
-        }
+        qlt::UsbEndPoint& EndPoint(std::uint8_t index) override { return endPoints.at(index); }
         ScriptedUsbHost& host;
-        const Device device;
-        std::uint8_t asked = 0;
+        const ScriptedDevice device;
+        std::deque<EndPointOf> endPoints;
     };
+
+    Read Next(int endPoint)
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mReadingFrom = endPoint;
+        mChanged.notify_all();
+        mChanged.wait(lock, [this] { return !mReads.empty() || mDevices.empty(); });
+        mReadingFrom = -1;
+        Read read{{}, false, false};
+        if (!mReads.empty())
+        {
+            read = std::move(mReads.front());
+            mReads.pop_front();
+        }
+        return read;
+    }
 
     std::mutex mMutex; // guards what follows
     std::condition_variable mChanged;
-    std::optional<Device> mDevice;
-    std::deque<std::tuple<Report, std::uint32_t, bool>> mReads;
+    std::vector<ScriptedDevice> mDevices;
+    std::deque<Read> mReads;
     int mReadingFrom = -1; // the endpoint, while a read waits
-};
-
-/// Reads what is printed, too.
-struct ScriptedHeadset
-{
-    /// The tracker has looked for the device once.
-    explicit ScriptedHeadset(const ScriptedUsbHost::Device& device = {})
-    {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        host.Plug(device);
-        hmd.emplace(host, clock);
-        clock.WaitForSleep(1);
-    }
-
-    void Start(qlt::TrackerListener& toListener)
-    {
-        listener = &toListener;
-        hmd->AddListener(*listener);
-        hmd->Start();
-    }
-
-    /// All its events are over when this returns.
-    void Deliver(const ScriptedUsbHost::Report& report)
-    {
-        host.QueueRead(report);
-        host.WaitForIdleRead();
-    }
-
-    /// Ends the tracker and collects what was printed.
-    void End()
-    {
-        host.Unplug();
-        clock.KeepAwake();
-        if (listener != nullptr)
-        {
-            hmd->Stop();
-            hmd->RemoveListener(*listener);
-        }
-        hmd.reset();
-        EXPECT_EQ(host.opened, host.closed);
-        out = testing::internal::GetCapturedStdout();
-        err = testing::internal::GetCapturedStderr();
-        std::cout << (testing::Test::HasFailure() ? out : ""); // which holds what failed
-    }
-
-    ScriptedUsbHost host;
-    ManualClock clock;
-    EventLog log;
-    std::optional<qlt::Hmd> hmd;
-    qlt::TrackerListener* listener = nullptr;
-    std::string out, err;
 };

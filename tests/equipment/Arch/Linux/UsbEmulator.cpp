@@ -18,7 +18,7 @@
 namespace
 {
 
-using Lock = std::unique_lock<std::mutex>;
+using Lock = std::lock_guard<std::mutex>;
 
 constexpr std::uint32_t CAPABILITIES = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_BULK_SCATTER_GATHER |
                                        USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
@@ -116,7 +116,7 @@ void UsbEmulator::Unplug()
         {
             if (!request.hasEnded)
             {
-                End(request, -ESHUTDOWN, 0);
+                request.End(-ESHUTDOWN, 0);
             }
         }
     }
@@ -127,23 +127,19 @@ void UsbEmulator::Unplug()
     }
 }
 
-void UsbEmulator::Push(std::uint8_t endPoint, std::vector<std::uint8_t> data, int status)
+void UsbEmulator::Push(std::uint8_t endPoint, const Bytes& bytes, bool succeeds)
 {
     const Lock lock(mMutex);
-    mAnswers[endPoint].push_back({std::move(data), status});
+    mAnswers[endPoint].push_back({bytes, succeeds});
     EndAnswered(endPoint);
 }
 
-void UsbEmulator::WaitForInFlight(std::uint8_t endPoint, std::size_t count)
-{
-    Lock lock(mMutex);
-    mChanged.wait(lock, [&] { return CountInFlight(endPoint) == count; });
-}
-
-std::size_t UsbEmulator::InFlight(std::uint8_t endPoint)
+std::size_t UsbEmulator::Pending(std::uint8_t endPoint)
 {
     const Lock lock(mMutex);
-    return CountInFlight(endPoint);
+    const auto isPending = [endPoint](const Request& request)
+    { return request.endPoint == endPoint && !request.hasEnded; };
+    return static_cast<std::size_t>(std::count_if(mRequests.begin(), mRequests.end(), isPending));
 }
 
 void UsbEmulator::ClaimElsewhere()
@@ -228,7 +224,7 @@ int UsbEmulator::Handle(UMockdevIoctlClient* client, unsigned long request, void
         {
             if (other.address == argument && !other.hasEnded)
             {
-                End(other, -ENOENT, 0);
+                other.End(-ENOENT, 0);
                 return 0;
             }
         }
@@ -252,7 +248,6 @@ int UsbEmulator::Submit(UMockdevIoctlClient* client, void* address)
         return ENOMEM;
     }
     mRequests.push_back({client, address, urb.endpoint, urb.buffer, urb.buffer_length});
-    mChanged.notify_all();
     EndAnswered(urb.endpoint);
     return 0;
 }
@@ -283,22 +278,14 @@ void UsbEmulator::EndAnswered(std::uint8_t endPoint)
     {
         if (request.endPoint == endPoint && !request.hasEnded && !answers.empty())
         {
-            Answer& answer = answers.front();
-            const int length = std::min(static_cast<int>(answer.data.size()), request.size);
-            Transport(process_vm_writev, answer.data.data(), request.buffer,
+            Bytes& bytes = answers.front().bytes;
+            const int length = std::min(static_cast<int>(bytes.size()), request.size);
+            Transport(process_vm_writev, bytes.data(), request.buffer,
                       static_cast<std::size_t>(length));
-            End(request, answer.status, length);
+            request.End(answers.front().succeeds ? 0 : -EPROTO, length);
             answers.pop_front();
         }
     }
-}
-
-void UsbEmulator::End(Request& request, int status, int length)
-{
-    request.hasEnded = true;
-    request.status = status;
-    request.length = length;
-    mChanged.notify_all();
 }
 
 bool UsbEmulator::IsPlugged(UMockdevIoctlClient* client) const
@@ -306,9 +293,4 @@ bool UsbEmulator::IsPlugged(UMockdevIoctlClient* client) const
     return mPlugged.count(umockdev_ioctl_client_get_devnode(client)) != 0;
 }
 
-std::size_t UsbEmulator::CountInFlight(std::uint8_t endPoint) const
-{
-    const auto isInFlight = [endPoint](const Request& request)
-    { return request.endPoint == endPoint && !request.hasEnded; };
-    return static_cast<std::size_t>(std::count_if(mRequests.begin(), mRequests.end(), isInFlight));
-}
+std::unique_ptr<EmulatedBus> MakeEmulatedBus() { return std::make_unique<UsbEmulator>(); }

@@ -1,40 +1,28 @@
 // USB devices that only this process sees. umockdev redirects libusb's look at the system, and
 // their requests are answered here as the kernel would. The program must run under
-// umockdev-wrapper, with one emulator at a time.
-//
-// What is pushed goes to the oldest read of that endpoint, of whichever device it is.
+// umockdev-wrapper.
 #pragma once
 
+#include "equipment/EmulatedBus.h"
+
 #include <atomic>
-#include <condition_variable>
-#include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <list>
 #include <map>
 #include <mutex>
 #include <string>
 #include <umockdev.h>
-#include <vector>
 
-class UsbEmulator
+class UsbEmulator final : public EmulatedBus
 {
 public:
     UsbEmulator();
-    ~UsbEmulator();
+    ~UsbEmulator() override;
 
-    /// A device with the endpoints 0x81 (interrupt) and 0x82 (bulk), beside those already there.
-    void Plug(std::uint16_t vendorId = 0x04B4, std::uint16_t productId = 0x00F1);
-
-    /// All devices are gone, what they had in flight fails, what was pushed is forgotten.
-    void Unplug();
-
-    /// Ends a read with this data and a negated errno.
-    void Push(std::uint8_t endPoint, std::vector<std::uint8_t> data, int status = 0);
-
-    /// Waits until so many reads of the endpoint are in flight.
-    void WaitForInFlight(std::uint8_t endPoint, std::size_t count);
-    std::size_t InFlight(std::uint8_t endPoint);
+    void Plug(std::uint16_t vendorId, std::uint16_t productId) override;
+    void Unplug() override;
+    void Push(std::uint8_t endPoint, const Bytes& bytes, bool succeeds) override;
+    std::size_t Pending(std::uint8_t endPoint) override;
 
     /// How much may be in flight; the kernel's usbfs_memory_mb.
     void LimitBytes(std::size_t bytes) { mByteLimit = bytes; }
@@ -56,11 +44,18 @@ private:
         bool hasEnded = false;
         int status = 0;
         int length = 0;
+
+        void End(int withStatus, int withLength)
+        {
+            hasEnded = true;
+            status = withStatus;
+            length = withLength;
+        }
     };
     struct Answer
     {
-        std::vector<std::uint8_t> data;
-        int status;
+        Bytes bytes;
+        bool succeeds;
     };
 
     static gboolean OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self);
@@ -71,15 +66,12 @@ private:
     int Submit(UMockdevIoctlClient* client, void* address);
     int Reap(UMockdevIoctlClient* client, void* place);
     void EndAnswered(std::uint8_t endPoint);
-    void End(Request& request, int status, int length);
     bool IsPlugged(UMockdevIoctlClient* client) const;
-    std::size_t CountInFlight(std::uint8_t endPoint) const;
 
     UMockdevTestbed* mTestbed;
     UMockdevIoctlBase* mIoctls;
     std::atomic<std::size_t> mByteLimit{SIZE_MAX};
-    std::mutex mMutex; // guards everything below
-    std::condition_variable mChanged;
+    std::mutex mMutex;                           // guards everything below
     int mPlugs = 1;                              // the root hub is number 1
     std::map<std::string, std::string> mPlugged; // the places in /sys by the nodes in /dev
     std::map<std::string, UMockdevIoctlClient*> mClaims;

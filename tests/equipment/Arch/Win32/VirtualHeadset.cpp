@@ -1,6 +1,6 @@
 #include "VirtualHeadset.h"
 
-#include "VirtualHeadsetInstaller.h"
+#include "VirtualHeadsetControl.h"
 
 #include <cstring>
 #include <system_error>
@@ -9,71 +9,70 @@
 using virtual_headset::Counts;
 using virtual_headset::Order;
 
-VirtualHeadset::VirtualHeadset(std::uint32_t device)
-    : mDevice(device)
-    , mDriver(OpenVirtualHeadsetDriver())
+namespace
 {
-    for (mDevice = 0; mDevice < virtual_headset::DEVICE_COUNT; ++mDevice)
-    {
-        Send(virtual_headset::RESET, {});
-    }
-    mDevice = device;
-}
 
-VirtualHeadset::~VirtualHeadset()
+constexpr std::uint32_t FAILURE = 0xC0000001; // STATUS_UNSUCCESSFUL
+
+Counts Send(HANDLE driver, std::uint32_t command, const Order& order = {},
+            const EmulatedBus::Bytes& bytes = {})
 {
-    Unplug(); // or whoever looks next would find it
-    CloseHandle(mDriver);
-}
-
-void VirtualHeadset::Plug(std::uint16_t vendorId, std::uint16_t productId, std::uint32_t status)
-{
-    Order order;
-    order.status = status;
-    order.vendorId = vendorId;
-    order.productId = productId;
-    Send(virtual_headset::PLUG, order);
-}
-
-void VirtualHeadset::Unplug() { Send(virtual_headset::UNPLUG, {}); }
-
-void VirtualHeadset::Configure(const std::vector<std::uint8_t>& bytes)
-{
-    Send(virtual_headset::CONFIGURE, {}, bytes.data(), bytes.size());
-}
-
-void VirtualHeadset::Push(std::uint32_t pipe, const void* bytes, std::size_t length,
-                          std::uint32_t status)
-{
-    Order order;
-    order.pipe = pipe;
-    order.status = status;
-    Send(virtual_headset::PUSH, order, bytes, length);
-}
-
-Counts VirtualHeadset::Count()
-{
+    EmulatedBus::Bytes buffer(sizeof(order) + bytes.size());
+    std::memcpy(buffer.data(), &order, sizeof(order));
+    std::copy(bytes.begin(), bytes.end(), buffer.begin() + sizeof(order));
     Counts counts{};
-    Send(virtual_headset::COUNT, {}, nullptr, 0, &counts);
-    return counts;
-}
-
-void VirtualHeadset::Send(std::uint32_t command, const Order& order, const void* bytes,
-                          std::size_t length, Counts* counts)
-{
-    std::vector<std::uint8_t> buffer(sizeof(order) + length);
-    auto* record = reinterpret_cast<Order*>(buffer.data());
-    *record = order;
-    record->device = mDevice;
-    if (length > 0)
-    {
-        std::memcpy(record + 1, bytes, length);
-    }
     DWORD count = 0;
-    if (!DeviceIoControl(mDriver, command, buffer.data(), static_cast<DWORD>(buffer.size()), counts,
-                         counts != nullptr ? sizeof(*counts) : 0, &count, nullptr))
+    if (!DeviceIoControl(driver, command, buffer.data(), static_cast<DWORD>(buffer.size()), &counts,
+                         sizeof(counts), &count, nullptr))
     {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
                                 "an order to the virtual headset");
     }
+    return counts;
 }
+
+std::uint32_t PipeAt(std::uint8_t endPoint)
+{
+    return endPoint == virtual_headset::PIPE_ADDRESSES[0] ? 0 : 1;
+}
+
+} // namespace
+
+VirtualHeadset::VirtualHeadset()
+    : mDriver(OpenVirtualHeadsetDriver())
+{
+    VirtualHeadset::Unplug();
+}
+
+VirtualHeadset::~VirtualHeadset()
+{
+    VirtualHeadset::Unplug(); // or whoever looks next would find it
+    CloseHandle(mDriver);
+}
+
+void VirtualHeadset::Plug(std::uint16_t vendorId, std::uint16_t productId)
+{
+    Send(mDriver, virtual_headset::PLUG, {0, answers ? 0 : FAILURE, vendorId, productId});
+}
+
+void VirtualHeadset::Unplug() { Send(mDriver, virtual_headset::RESET); }
+
+void VirtualHeadset::Push(std::uint8_t endPoint, const Bytes& bytes, bool succeeds)
+{
+    Order order;
+    order.pipe = PipeAt(endPoint);
+    order.status = succeeds ? 0 : FAILURE;
+    Send(mDriver, virtual_headset::PUSH, order, bytes);
+}
+
+std::size_t VirtualHeadset::Pending(std::uint8_t endPoint)
+{
+    return Send(mDriver, virtual_headset::COUNT).pending[PipeAt(endPoint)];
+}
+
+std::uint32_t VirtualHeadset::TransferSize()
+{
+    return Send(mDriver, virtual_headset::COUNT).transferSize;
+}
+
+std::unique_ptr<EmulatedBus> MakeEmulatedBus() { return std::make_unique<VirtualHeadset>(); }

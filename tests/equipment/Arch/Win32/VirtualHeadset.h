@@ -3,43 +3,33 @@
 // it.
 #pragma once
 
-#include "VirtualHeadsetControl.h"
+#include "equipment/EmulatedBus.h"
 
-#include <cstddef>
-#include <vector>
+/// A handle of the driver, which is installed and started before, if need be, and has both of its
+/// devices. It lies beside the program. Throws std::system_error when the system refuses.
+void* OpenVirtualHeadsetDriver();
 
-class VirtualHeadset
+class VirtualHeadset final : public EmulatedBus
 {
 public:
-    static constexpr std::uint32_t REPORTS = 0; // the pipes
-    static constexpr std::uint32_t FRAMES = 1;
-    static constexpr std::uint32_t FAILURE = 0xC0000001; // STATUS_UNSUCCESSFUL
-
-    /// For `device` of the two; both are unplugged then. Throws std::system_error when the system
-    /// refuses.
-    explicit VirtualHeadset(std::uint32_t device = 0);
-    ~VirtualHeadset();
+    /// Throws std::system_error when the system refuses, as the other operations do.
+    VirtualHeadset();
+    ~VirtualHeadset() override;
     VirtualHeadset(const VirtualHeadset&) = delete;
     VirtualHeadset& operator=(const VirtualHeadset&) = delete;
 
-    /// With a `status` other than 0 it answers no question for its descriptors.
-    void Plug(std::uint16_t vendorId = 0x04B4, std::uint16_t productId = 0x00F1,
-              std::uint32_t status = 0);
-    void Unplug();
+    /// Two devices at most; what is pushed goes to the first.
+    void Plug(std::uint16_t vendorId = 0x04B4, std::uint16_t productId = 0x00F1) override;
+    void Unplug() override;
+    void Push(std::uint8_t endPoint, const Bytes& bytes, bool succeeds = true) override;
+    std::size_t Pending(std::uint8_t endPoint) override;
 
-    /// Its configuration descriptor, from now until the reset.
-    void Configure(const std::vector<std::uint8_t>& bytes);
+    /// What the driver was told by SetTransferSize.
+    std::uint32_t TransferSize();
 
-    /// Ends the oldest read of the pipe, or the next one.
-    void Push(std::uint32_t pipe, const void* bytes, std::size_t length, std::uint32_t status = 0);
-
-    virtual_headset::Counts Count();
+    /// Whether devices that are plugged in from now on say what they are.
+    bool answers = true;
 
 private:
-    void Send(std::uint32_t command, const virtual_headset::Order& order,
-              const void* bytes = nullptr, std::size_t length = 0,
-              virtual_headset::Counts* counts = nullptr);
-
-    std::uint32_t mDevice;
-    void* mDriver = nullptr;
+    void* mDriver;
 };

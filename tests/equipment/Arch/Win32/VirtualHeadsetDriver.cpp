@@ -25,7 +25,6 @@ constexpr ULONG LENGTH = 6;
 constexpr ULONG END_POINT = 13;
 
 constexpr UCHAR GET_DESCRIPTOR = 6;
-constexpr ULONG MAX_CONFIGURATION = 512;
 
 // One interface with its two endpoints.
 constexpr UCHAR CONFIGURATION[] = {9, 2, 32,   0, 1,  1, 0, 0x80, 250, //
@@ -40,10 +39,8 @@ struct Device
     BOOLEAN plugged;
     NTSTATUS descriptorStatus;
     UCHAR descriptor[18];
-    UCHAR configuration[MAX_CONFIGURATION];
-    ULONG configurationLength;
     Pipe pipes[PIPE_COUNT];
-    Counts counts;
+    ULONG transferSize;
 };
 
 DEVICE_OBJECT* control; // takes the test's orders
@@ -72,12 +69,11 @@ NTSTATUS SendDescriptor(const Device& device, IRP* irp, UCHAR* buffer, ULONG siz
     {
         return Complete(irp, device.descriptorStatus);
     }
-    const ULONG length = configuration ? device.configurationLength : sizeof(device.descriptor);
+    const ULONG length = configuration ? sizeof(CONFIGURATION) : sizeof(device.descriptor);
     ULONG count = buffer[LENGTH] + 256U * buffer[LENGTH + 1];
     count = count < length ? count : length;
     count = count < size - HEADER_SIZE ? count : size - HEADER_SIZE;
-    RtlCopyMemory(buffer + HEADER_SIZE, configuration ? device.configuration : device.descriptor,
-                  count);
+    RtlCopyMemory(buffer + HEADER_SIZE, configuration ? CONFIGURATION : device.descriptor, count);
     return Complete(irp, STATUS_SUCCESS, HEADER_SIZE + count);
 }
 
@@ -100,7 +96,6 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
     }
     if (code == ABORT_PIPE && sent == 1)
     {
-        ++device.counts.aborts;
         Pipe* pipe = FindPipe(device, buffer[0]);
         if (pipe != nullptr)
         {
@@ -110,7 +105,7 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
     }
     if (code == SET_TRANSFER_SIZE && sent == 5 && room == 5)
     {
-        RtlCopyMemory(&device.counts.transferSize, buffer + 1, 4);
+        RtlCopyMemory(&device.transferSize, buffer + 1, 4);
         return Complete(irp, STATUS_SUCCESS, 5);
     }
     return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
@@ -118,105 +113,70 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
 
 void SetPlugged(Device& device, BOOLEAN plugged)
 {
-    if (device.plugged == plugged)
+    if (device.plugged != plugged)
     {
-        return;
+        device.plugged = plugged;
+        IoSetDeviceInterfaceState(&device.name, plugged);
     }
-    device.plugged = plugged;
-    IoSetDeviceInterfaceState(&device.name, plugged);
     for (Pipe& pipe : device.pipes)
     {
         pipe.FailReads(STATUS_DEVICE_NOT_CONNECTED);
-    }
-}
-
-void Configure(Device& device, const UCHAR* bytes, ULONG length)
-{
-    device.configurationLength = length < MAX_CONFIGURATION ? length : MAX_CONFIGURATION;
-    RtlCopyMemory(device.configuration, bytes, device.configurationLength);
-}
-
-void Reset(Device& device)
-{
-    SetPlugged(device, FALSE);
-    Configure(device, CONFIGURATION, sizeof(CONFIGURATION));
-    for (Pipe& pipe : device.pipes)
-    {
         pipe.DropPushes();
     }
 }
 
 void Plug(Device& device, const Order& order)
 {
-    const UCHAR descriptor[18] = {18,
-                                  1,
-                                  0,
-                                  2,
-                                  0xFF,
-                                  0xFF,
-                                  0xFF,
-                                  64,
-                                  UCHAR(order.vendorId),
-                                  UCHAR(order.vendorId >> 8),
-                                  UCHAR(order.productId),
-                                  UCHAR(order.productId >> 8),
-                                  0,
-                                  1,
-                                  0,
-                                  0,
-                                  0,
-                                  1};
-    RtlCopyMemory(device.descriptor, descriptor, sizeof(descriptor));
+    constexpr UCHAR DESCRIPTOR[18] = {18, 1, 0, 2, 0xFF, 0xFF, 0xFF, 64, 0,
+                                      0,  0, 0, 0, 1,    0,    0,    0,  1};
+    RtlCopyMemory(device.descriptor, DESCRIPTOR, sizeof(DESCRIPTOR));
+    RtlCopyMemory(device.descriptor + 8, &order.vendorId, 2);
+    RtlCopyMemory(device.descriptor + 10, &order.productId, 2);
     device.descriptorStatus = static_cast<NTSTATUS>(order.status);
     SetPlugged(device, TRUE);
 }
 
-Counts CountAll(const Device& device)
+NTSTATUS SendCounts(IRP* irp, ULONG room)
 {
-    Counts counts = device.counts;
+    Counts counts = {0, devices[0]->transferSize, {}};
+    while (counts.devices < DEVICE_COUNT && devices[counts.devices] != nullptr)
+    {
+        ++counts.devices;
+    }
     for (ULONG i = 0; i < PIPE_COUNT; ++i)
     {
-        counts.pending[i] = device.pipes[i].CountReads();
-        counts.queued[i] = device.pipes[i].CountPushes();
+        counts.pending[i] = devices[0]->pipes[i].CountReads();
     }
-    return counts;
+    const ULONG size = room < sizeof(counts) ? room : sizeof(counts);
+    RtlCopyMemory(irp->AssociatedIrp.SystemBuffer, &counts, size);
+    return Complete(irp, STATUS_SUCCESS, size);
 }
 
 NTSTATUS Obey(IRP* irp, ULONG code, ULONG sent, ULONG room)
 {
     const auto* order = static_cast<const Order*>(irp->AssociatedIrp.SystemBuffer);
-    if (sent < sizeof(Order) || order->device >= DEVICE_COUNT || order->pipe >= PIPE_COUNT ||
-        devices[order->device] == nullptr)
+    if (sent < sizeof(Order) || order->pipe >= PIPE_COUNT || devices[0] == nullptr)
     {
         return Complete(irp, STATUS_INVALID_PARAMETER);
     }
-    Device& device = *devices[order->device];
-    const auto* bytes = reinterpret_cast<const UCHAR*>(order + 1);
-    const ULONG length = sent - static_cast<ULONG>(sizeof(Order));
     switch (code)
     {
     case RESET:
-        Reset(device);
+        for (ULONG i = 0; i < DEVICE_COUNT && devices[i] != nullptr; ++i)
+        {
+            SetPlugged(*devices[i], FALSE);
+        }
         break;
     case PLUG:
-        Plug(device, *order);
-        break;
-    case UNPLUG:
-        SetPlugged(device, FALSE);
-        break;
-    case CONFIGURE:
-        Configure(device, bytes, length);
+        Plug(*devices[devices[0]->plugged ? 1 : 0], *order);
         break;
     case PUSH:
-        return Complete(irp, device.pipes[order->pipe].Push(static_cast<NTSTATUS>(order->status),
-                                                            bytes, length));
+        return Complete(
+            irp, devices[0]->pipes[order->pipe].Push(static_cast<NTSTATUS>(order->status),
+                                                     reinterpret_cast<const UCHAR*>(order + 1),
+                                                     sent - static_cast<ULONG>(sizeof(Order))));
     case COUNT:
-    {
-        const Counts counts = CountAll(device);
-        const ULONG size = room < sizeof(counts) ? room : sizeof(counts);
-        RtlCopyMemory(irp->AssociatedIrp.SystemBuffer, &counts, size);
-        return Complete(irp, STATUS_SUCCESS, size);
-    }
+        return SendCounts(irp, room);
     default:
         return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
     }
@@ -240,15 +200,7 @@ NTSTATUS NTAPI OnRequest(DEVICE_OBJECT* object, IRP* irp)
                              : AnswerProgram(*device, irp, code, sent, room);
 }
 
-NTSTATUS NTAPI OnOpenOrClose(DEVICE_OBJECT* object, IRP* irp)
-{
-    if (Device* device = DeviceOf(object))
-    {
-        const bool open = IoGetCurrentIrpStackLocation(irp)->MajorFunction == IRP_MJ_CREATE;
-        ++(open ? device->counts.opened : device->counts.closed);
-    }
-    return Complete(irp, STATUS_SUCCESS);
-}
+NTSTATUS NTAPI OnOpenOrClose(DEVICE_OBJECT*, IRP* irp) { return Complete(irp, STATUS_SUCCESS); }
 
 /// The device is there as long as the driver: whatever happens to it is for the one below.
 NTSTATUS NTAPI OnPlugAndPlay(DEVICE_OBJECT* object, IRP* irp)
@@ -280,7 +232,6 @@ NTSTATUS NTAPI AddDevice(DRIVER_OBJECT* driver, DEVICE_OBJECT* below)
     {
         pipe.Init();
     }
-    Reset(device);
     const NTSTATUS status =
         IoRegisterDeviceInterface(below, &DRIVER_INTERFACE, nullptr, &device.name);
     object->Flags &= ~static_cast<ULONG>(DO_DEVICE_INITIALIZING);

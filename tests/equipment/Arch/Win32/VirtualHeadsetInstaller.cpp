@@ -1,4 +1,4 @@
-#include "VirtualHeadsetInstaller.h"
+#include "VirtualHeadset.h"
 
 #include "VirtualHeadsetControl.h"
 
@@ -99,14 +99,14 @@ HANDLE Open()
                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-bool HasDevice(HANDLE driver, std::uint32_t index)
+bool HasDevices(HANDLE driver)
 {
     virtual_headset::Order order;
-    order.device = index;
     virtual_headset::Counts counts{};
     DWORD count = 0;
     return DeviceIoControl(driver, virtual_headset::COUNT, &order, sizeof(order), &counts,
-                           sizeof(counts), &count, nullptr);
+                           sizeof(counts), &count, nullptr) &&
+           counts.devices == virtual_headset::DEVICE_COUNT;
 }
 
 } // namespace
@@ -128,7 +128,7 @@ void* OpenVirtualHeadsetDriver()
     }
     Require(driver != INVALID_HANDLE_VALUE, "open the driver");
     // They come one after another.
-    for (int i = 0; i < PATIENCE && !HasDevice(driver, virtual_headset::DEVICE_COUNT - 1); ++i)
+    for (int i = 0; i < PATIENCE && !HasDevices(driver); ++i)
     {
         Sleep(20);
     }

@@ -119,14 +119,14 @@ Pipe::Message* Pipe::TakePush()
     return any ? reinterpret_cast<Message*>(RemoveHeadList(&mPushes)) : nullptr;
 }
 
-std::uint32_t Pipe::Length(const LIST_ENTRY& list)
+std::uint32_t Pipe::CountReads() const
 {
-    std::uint32_t length = 0;
-    for (const LIST_ENTRY* entry = list.Flink; entry != &list; entry = entry->Flink)
+    std::uint32_t count = 0;
+    for (const LIST_ENTRY* entry = mReads.Flink; entry != &mReads; entry = entry->Flink)
     {
-        ++length;
+        ++count;
     }
-    return length;
+    return count;
 }
 
 } // namespace virtual_headset

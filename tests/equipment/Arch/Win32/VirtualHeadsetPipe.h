@@ -32,16 +32,13 @@ public:
 
     void FailReads(NTSTATUS status);
     void DropPushes();
-
-    std::uint32_t CountReads() const { return Length(mReads); }
-    std::uint32_t CountPushes() const { return Length(mPushes); }
+    std::uint32_t CountReads() const;
 
 private:
     struct Message;
 
     IRP* TakeRead();
     Message* TakePush();
-    static std::uint32_t Length(const LIST_ENTRY& list);
 
     LIST_ENTRY mReads;
     LIST_ENTRY mPushes;

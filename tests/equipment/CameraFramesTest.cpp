@@ -1,47 +1,45 @@
-// The camera on a device that a test plays, into real OpenGL.
-#pragma once
-
+// The camera on the emulated bus, into real OpenGL.
 #include <qlt/Sensors/Camera.h>
 
 #include "GlContext.h"
 
-#include "fakes/ScriptedStream.h"
+#include "equipment/EmulatedBus.h"
+#include "fakes/ScriptedUsbHost.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <thread>
-#include <vector>
 
 #include <GL/glew.h>
 
-/// What `push` sends as a frame is what the texture shows. A frame that ends before the stream has
-/// come to its read is zeroed by it, and sent again: after a pause, which grows.
-template <typename Push>
-void ExpectCameraShowsFrames(const Push& push)
+// A frame that ends before the stream has come to its read is zeroed by it, and sent again: after a
+// pause, which grows.
+TEST(CameraFramesTest, FramesBecomeATexture)
 {
     constexpr std::size_t FRAME = 0x388000;
     constexpr std::size_t IMAGE = 2560 * 1440;
+    const std::unique_ptr<EmulatedBus> bus = MakeEmulatedBus();
     const GlContext context;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     std::uint32_t shown = 0;
     int wrong = 0;
-    push(ScriptedStream::Frame(FRAME, 0)); // the one that synchronises
+    bus->Plug();
+    bus->Push(EmulatedBus::FRAMES, ScriptedUsbHost::Frame(FRAME, 0)); // which synchronises
     {
         qlt::Camera camera;
         std::vector<std::uint8_t> pixels(IMAGE);
         for (std::uint32_t sent = 0; shown < 5 && sent < 50; ++sent)
         {
-            std::vector<std::uint8_t> frame = ScriptedStream::Frame(FRAME, shown + 1);
+            std::vector<std::uint8_t> frame = ScriptedUsbHost::Frame(FRAME, shown + 1);
             for (std::size_t i = 24; i < FRAME; i += 977)
             {
                 frame[i] = static_cast<std::uint8_t>(i + shown);
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(50) * (sent - shown + 1));
-            push(frame);
+            bus->Push(EmulatedBus::FRAMES, frame);
             camera.Update();
             glPixelStorei(GL_PACK_ALIGNMENT, 1);
             glGetTexImage(GL_TEXTURE_2D, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, pixels.data());

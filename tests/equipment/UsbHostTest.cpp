@@ -1,0 +1,301 @@
+// What Usb.h promises of the machine's own USB, and the headset's tracker and camera upon it, on
+// the emulated bus of each system.
+#include <qlt/Sensors/Hmd.h>
+
+#include "equipment/UsbHostFixture.h"
+#include "fakes/EventLog.h"
+#include "fakes/OpenHandles.h"
+#include "fakes/ReportWriter.h"
+
+#include <algorithm>
+#include <future>
+#include <iostream>
+#include <random>
+
+namespace
+{
+
+using std::chrono::steady_clock;
+
+Bytes Report()
+{
+    const ReportWriter report(1);
+    return {report.begin(), report.end()};
+}
+
+double SecondsSince(steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(steady_clock::now() - start).count();
+}
+
+class UsbHostTest : public UsbHostFixture
+{
+protected:
+    void WaitForPending(std::uint8_t endPoint)
+    {
+        Until([&] { return bus->Pending(endPoint) == 1; });
+    }
+};
+
+/// A started tracker with a listener.
+class UsbHostHmdTest : public UsbHostTest
+{
+protected:
+    void Start(qlt::Clock& by)
+    {
+        hmd.emplace(host, by);
+        hmd->AddListener(log);
+        hmd->Start();
+    }
+
+    ~UsbHostHmdTest() override
+    {
+        bus->Unplug(); // ends the read that the stop would wait for
+        clock.KeepAwake();
+        hmd->Stop();
+        hmd->RemoveListener(log);
+    }
+
+    /// The tracker reads, and so many reports reach the listener.
+    void ExpectReports(std::size_t count)
+    {
+        WaitForPending(REPORTS);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            bus->Push(REPORTS, Report());
+        }
+        events += 7 * count;
+        EXPECT_EQ(log.WaitFor(events).back().rfind("orientation", 0), 0u);
+    }
+
+    ManualClock clock;
+    EventLog log;
+    std::size_t events = 0;
+    std::optional<qlt::Hmd> hmd;
+};
+
+} // namespace
+
+TEST_F(UsbHostTest, WithoutADeviceThereIsNothingAndNoProblem)
+{
+    EXPECT_EQ(host.CountDevices(), 0u);
+    EXPECT_EQ(host.OpenFirst(), nullptr);
+    EXPECT_EQ(host.Open(1), nullptr);
+    EXPECT_EQ(host.Problem(), "");
+    EXPECT_NE(host.Name(), "");
+}
+
+TEST_F(UsbHostTest, TheVendorsDevicesCountWhicheverTheyAreAndTellTheirEndPoints)
+{
+    bus->Plug(0x04B4, 0x6018);
+    bus->Plug();
+    EXPECT_EQ(host.CountDevices(), 2u);
+    EXPECT_EQ(host.OpenFirst()->ProductId(), 0x6018);
+    EXPECT_EQ(host.Open(2), nullptr);
+    device = host.Open(1);
+    EXPECT_EQ(device->VendorId(), 0x04B4);
+    EXPECT_EQ(device->ProductId(), 0x00F1);
+    ASSERT_EQ(device->EndPointCount(), 3);
+    EXPECT_EQ(device->EndPoint(0).Attributes(), 0);
+    EXPECT_EQ(device->EndPoint(1).Address(), REPORTS);
+    EXPECT_EQ(device->EndPoint(1).Attributes(), 3);
+    EXPECT_EQ(EndPoint().Address(), FRAMES);
+    EXPECT_EQ(EndPoint().Attributes(), 2);
+}
+
+// Through one opening of a headset that may be open twice, for a tracker and a camera.
+TEST_F(UsbHostTest, AReadWaitsAndGivesWhatCameAndWhetherItFailed)
+{
+    Open();
+    device = host.OpenFirst();
+    ASSERT_NE(device, nullptr);
+    for (const Bytes& bytes : {Report(), Bytes(63, 7), Bytes()})
+    {
+        Bytes report(64);
+        std::uint32_t length = 64;
+        const auto pushed = std::async(std::launch::async,
+                                       [&]
+                                       {
+                                           WaitForPending(REPORTS);
+                                           bus->Push(REPORTS, bytes, !bytes.empty());
+                                       });
+        EXPECT_EQ(device->EndPoint(1).TransferData(report.data(), length), !bytes.empty());
+        report.resize(length);
+        EXPECT_EQ(report, bytes);
+    }
+}
+
+TEST_F(UsbHostTest, AReadGivesUpAfterTenSeconds)
+{
+    Open();
+    Bytes report(64);
+    std::uint32_t length = 64;
+    const auto start = steady_clock::now();
+    EXPECT_FALSE(device->EndPoint(1).TransferData(report.data(), length));
+    EXPECT_EQ(length, 0u);
+    EXPECT_GE(SecondsSince(start), 9.9);
+    EXPECT_LT(SecondsSince(start), 15.0);
+    EXPECT_EQ(bus->Pending(REPORTS), 0u);
+    bus->Push(REPORTS, Report());
+    length = 64;
+    EXPECT_TRUE(device->EndPoint(1).TransferData(report.data(), length)) << "afterwards";
+}
+
+TEST_F(UsbHostTest, TenWholeFramesArriveInTheirOrder)
+{
+    Open();
+    Begin();
+    EXPECT_EQ(bus->Pending(FRAMES), COUNT);
+    EXPECT_FALSE(frames[0].transfer->Wait(1));
+    PushAll();
+    for (std::uint8_t i = 0; i < COUNT; ++i)
+    {
+        EXPECT_TRUE(frames[i].IsSignalled(LONG_MS));
+        qlt::SetNativeEvent(frames[i].event);
+        EXPECT_EQ(frames[i].End(), std::to_string(i));
+        EXPECT_FALSE(frames[i].IsSignalled(0)) << "taken by its wait";
+    }
+    // What was there before its read; and nobody needs to wait before the finish.
+    bus->Push(FRAMES, Bytes(512, 5));
+    const Frame late(EndPoint());
+    std::uint32_t length = 0;
+    EXPECT_TRUE(late.transfer->Finish(length));
+    EXPECT_EQ(length, 512u);
+}
+
+TEST_F(UsbHostTest, AbortedTransfersHaveFailedAndDestroyedOnesAreGoneAndNewOnesBegin)
+{
+    Open();
+    Begin();
+    EndPoint().AbortTransfers();
+    EXPECT_EQ(bus->Pending(FRAMES), 0u);
+    for (const Frame& frame : frames)
+    {
+        EXPECT_TRUE(frame.transfer->Wait(0)) << "it has ended";
+        EXPECT_EQ(frame.End(), "failed");
+    }
+    Begin();
+    PushAll();
+    EXPECT_EQ(frames.back().End(), "9");
+    // Those that are destroyed are in flight no more.
+    frames.clear();
+    {
+        const Frame dropped(EndPoint());
+        EXPECT_EQ(bus->Pending(FRAMES), 1u);
+    }
+    EXPECT_EQ(bus->Pending(FRAMES), 0u);
+}
+
+TEST_F(UsbHostTest, UnpluggingFailsWhatIsInFlightAndWhatComesLater)
+{
+    Open();
+    Begin();
+    bus->Unplug();
+    for (const Frame& frame : frames)
+    {
+        EXPECT_EQ(frame.End(), "failed");
+    }
+    EXPECT_EQ(Frame(EndPoint()).End(), "refused");
+    EXPECT_EQ(host.OpenFirst(), nullptr);
+}
+
+TEST_F(UsbHostTest, ClosingOneOfTwoLeavesTheOthersReadsAlone)
+{
+    Open();
+    const Frame frame(EndPoint());
+    std::unique_ptr<qlt::VendorUsbDevice> tracker = host.OpenFirst();
+    ASSERT_NE(tracker, nullptr);
+    tracker.reset();
+    EXPECT_EQ(bus->Pending(FRAMES), 1u);
+    bus->Push(FRAMES, Bytes(FRAME_SIZE, 3));
+    EXPECT_EQ(frame.End(), "3");
+}
+
+TEST_F(UsbHostHmdTest, TheHeadsetIsFoundAndItsReportsReachTheListenerAndItIsFoundAgain)
+{
+    Start(qlt::Clock::System());
+    for (int round = 0; round < 2; ++round)
+    {
+        const auto start = steady_clock::now();
+        bus->Plug();
+        ExpectReports(1);
+        EXPECT_LT(SecondsSince(start), 3.0) << "it looks once a second";
+        ExpectReports(200); // as fast as they come
+        bus->Unplug();
+        Until([this] { return !hmd->IsConnected(); });
+    }
+}
+
+TEST_F(UsbHostHmdTest, ShortAndFailedReportsDisconnectAndForeignDevicesAreNotRead)
+{
+    Start(clock);
+    clock.WaitForSleep(1);
+    bus->Plug(0x04B4, 0x1234);
+    clock.Cycle();
+    EXPECT_FALSE(hmd->IsConnected());
+    EXPECT_EQ(bus->Pending(REPORTS), 0u);
+    bus->Unplug();
+    bus->Plug();
+    for (const bool succeeds : {true, false})
+    {
+        clock.Cycle();
+        WaitForPending(REPORTS);
+        bus->Push(REPORTS, Bytes(succeeds ? 63 : 0), succeeds);
+        Until([this] { return !hmd->IsConnected(); });
+    }
+    clock.Cycle();
+    ExpectReports(1);
+}
+
+TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
+{
+    const unsigned seed = std::random_device()();
+    std::cout << "seed " << seed << std::endl;
+    std::mt19937 random(seed);
+    const auto wait = [&random]
+    { std::this_thread::sleep_for(std::chrono::microseconds(random() % 1000)); };
+    Start(clock);
+    clock.WaitForSleep(1);
+    std::size_t handles = 0;
+    std::size_t threads = 0;
+    for (int i = 0; i < 60; ++i)
+    {
+        if (i == 10) // what is made once in a process has been made
+        {
+            handles = CountOpenHandles();
+            threads = CountThreads();
+        }
+        bus->Plug();
+        device = host.OpenFirst();
+        ASSERT_NE(device, nullptr) << host.Problem();
+        for (auto reads = random() % 4; reads > 0; --reads)
+        {
+            frames.emplace_back(EndPoint());
+        }
+        std::thread finder([this] { clock.Cycle(); }); // the tracker opens it, too
+        for (auto pushes = random() % 20; pushes > 0; --pushes)
+        {
+            wait();
+            bus->Push(REPORTS, random() % 50 == 0 ? Bytes(63) : Report());
+            bus->Push(FRAMES, Bytes(512));
+        }
+        bus->Unplug();
+        finder.join();
+        for (const Frame& frame : frames)
+        {
+            EXPECT_TRUE(frame.transfer->Wait(LONG_MS));
+        }
+        frames.clear();
+        device.reset();
+        Until([this] { return !hmd->IsConnected(); });
+    }
+    EXPECT_GT(log.Count(), 0u) << "the tracker has read";
+    // The emulator closes its own ends, and the system forgets a thread, a little later. A lock of
+    // the Windows runtime takes a handle when it is first contended, and keeps it; a cycle that
+    // left one behind would leave fifty.
+    const auto isAsBefore = [=]
+    { return CountOpenHandles() < handles + 10 && CountThreads() <= threads; };
+    const auto end = steady_clock::now();
+    Until([&] { return isAsBefore() || SecondsSince(end) > 5.0; });
+    EXPECT_TRUE(isAsBefore()) << CountOpenHandles() - handles << " " << CountThreads() - threads;
+}

@@ -68,40 +68,40 @@ TEST(UsbDescriptorsTest, ADeviceDescriptorHasTheIds)
 
 TEST(UsbDescriptorsTest, AConfigurationHasTheEndpointsInTheirOrder)
 {
-    const std::vector<UsbEndPointRecord> found = ParseConfiguration(Headset());
-    ASSERT_EQ(found.size(), 2U);
+    Bytes twice = BULK;
+    twice[5] = 0x0C; // 1024, and one more
+    const std::vector<UsbEndPointRecord> found =
+        ParseConfiguration(Join({CONFIGURATION, Interface(0, 0, 3), INTERRUPT, BULK, twice}));
+    ASSERT_EQ(found.size(), 3U);
     EXPECT_EQ(found[0].address, 0x81);
     EXPECT_EQ(found[0].attributes, 3);
-    EXPECT_EQ(found[0].maxPacket, 64U);
-    EXPECT_EQ(found[1].address, 0x82);
     EXPECT_EQ(found[1].attributes, 2);
+    EXPECT_EQ(found[0].maxPacket, 64U);
     EXPECT_EQ(found[1].maxPacket, 512U);
+    EXPECT_EQ(found[2].maxPacket, 2048U);
 }
 
-TEST(UsbDescriptorsTest, OtherRecordsAndLongerOnesArePassedOver)
+TEST(UsbDescriptorsTest, TheEndpointsAreThoseOfTheFirstSettingOfTheFirstInterface)
 {
     const Bytes vendors = {5, 0x24, 1, 2, 3};
     const Bytes longer = {9, 5, 0x83, 1, 0, 2, 4, 0, 0};
-    EXPECT_EQ(Addresses(Join({CONFIGURATION, vendors, Interface(0, 0, 3), vendors, INTERRUPT,
-                              vendors, longer, BULK})),
-              (Bytes{0x81, 0x83, 0x82}));
-}
-
-TEST(UsbDescriptorsTest, OnlyTheFirstSettingOfTheFirstInterfaceMatters)
-{
-    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(1, 0, 1), BULK, Interface(0, 1, 1), BULK,
-                              Interface(0, 0, 1), INTERRUPT, Interface(0, 2, 1), BULK})),
-              Bytes{0x81});
-    EXPECT_EQ(
-        Addresses(Join({CONFIGURATION, Interface(0, 0, 1), INTERRUPT, Interface(0, 0, 1), BULK})),
-        Bytes{0x81})
-        << "told twice";
-}
-
-TEST(UsbDescriptorsTest, TheAnnouncedNumberOfEndpointsIsALimitOnly)
-{
-    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(0, 0, 1), INTERRUPT, BULK})), Bytes{0x81});
-    EXPECT_EQ(Addresses(Join({CONFIGURATION, Interface(0, 0, 9), INTERRUPT})), Bytes{0x81});
+    const Bytes one = Interface(0, 0, 1);
+    const std::pair<std::vector<Bytes>, Bytes> rows[] = {
+        {{vendors, Interface(0, 0, 3), vendors, INTERRUPT, vendors, longer, BULK},
+         {0x81, 0x83, 0x82}},
+        {{Interface(1, 0, 1), BULK, Interface(0, 1, 1), BULK, one, INTERRUPT, Interface(0, 2, 1),
+          BULK},
+         {0x81}},
+        {{one, INTERRUPT, one, BULK}, {0x81}}, // told twice
+        {{one, INTERRUPT, BULK}, {0x81}},      // the announced number is a limit
+        {{Interface(0, 0, 9), INTERRUPT}, {0x81}},
+    };
+    for (const auto& [records, addresses] : rows)
+    {
+        std::vector<Bytes> all = {CONFIGURATION};
+        all.insert(all.end(), records.begin(), records.end());
+        EXPECT_EQ(Addresses(Join(all)), addresses);
+    }
     std::vector<Bytes> many(300, INTERRUPT);
     many.front() = CONFIGURATION;
     many.insert(many.begin() + 1, Interface(0, 0, 255));
@@ -155,16 +155,6 @@ TEST(UsbDescriptorsTest, NoBytesLeadOutOfBounds)
         bytes.resize(random() % (bytes.size() + 1));
         EXPECT_LE(Addresses(bytes).size(), 2U);
     }
-}
-
-TEST(UsbDescriptorsTest, HighBandwidthEndpointsHaveUpToThreePackets)
-{
-    Bytes twice = BULK;
-    twice[5] = 0x0C; // 1024, and one more
-    const std::vector<UsbEndPointRecord> found =
-        ParseConfiguration(Join({CONFIGURATION, Interface(0, 0, 1), twice}));
-    ASSERT_EQ(found.size(), 1U);
-    EXPECT_EQ(found[0].maxPacket, 2048U);
 }
 
 TEST(UsbDescriptorsTest, SizesAreRoundedUpToWholePackets)

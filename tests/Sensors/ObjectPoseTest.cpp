@@ -84,8 +84,12 @@ TEST_F(ObjectPoseTest, AnIndexPastTheCountHasNoPose)
     {
         EXPECT_EQ(Pose(index), NOTHING);
     }
+    // 40 times these indices, plus the rest, wraps around to the descriptor's own first bytes.
     script.SetObjects(&moved, 1, ~0ull);
-    EXPECT_EQ(Pose(0x0666666666666667ull), NOTHING);
+    for (const std::uint64_t index : {0x0666666666666666ull, 0x0666666666666667ull, ~0ull - 1})
+    {
+        EXPECT_EQ(Pose(index), NOTHING);
+    }
     EXPECT_EQ(Pose(0), "7 8 9, 0.5 0.5 -0.5 0.5");
     script.SetObjects(nullptr, 0, 0);
     EXPECT_EQ(Pose(0), NOTHING);

@@ -4,9 +4,8 @@
     consumer_test.py --build BUILD --cmake CMAKE --compiler CXX --system Linux|Windows
                      [--toolchain FILE] [--emulator COMMAND] CASE
 
-CASE "install" makes the installation that the others look at: "layout" its files, and
-"find_package", "pkg_config" and "compiler_line" build and run the program in that way; "package"
-does the last with what cpack has packed.
+CASE "install" makes the installation with which "find_package" and "pkg_config" build and run the
+program; "package" looks at what cpack has packed, and builds and runs with it by a compiler's line.
 """
 
 import argparse
@@ -19,13 +18,13 @@ PROGRAM = pathlib.Path(__file__).resolve().parent / "program"
 FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/QueltaSDK.pc",
          "lib/cmake/QueltaSDK/QueltaSDKConfig.cmake",
          "share/QueltaSDK/bindings/python/quelta/__init__.py",
-         "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs"]
+         "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs",
+         "share/doc/QueltaSDK/LICENSE", "share/doc/QueltaSDK/README.txt"]
 SYSTEM_FILES = {
     "Linux": ["lib/libQueltaSDK.so", "lib/udev/rules.d/70-quelta-orbel-ixo.rules", "bin/qlt"],
     "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "lib/QueltaSDK.lib",
                 "bin/qlt.exe"],
 }
-PACKAGE_FILES = ["share/doc/QueltaSDK/LICENSE", "share/doc/QueltaSDK/README.txt"]
 
 
 class Consumer:
@@ -38,12 +37,6 @@ class Consumer:
     def install(self):
         shutil.rmtree(self.prefix, ignore_errors=True)
         run([self.arguments.cmake, "--install", self.arguments.build, "--prefix", self.prefix])
-
-    def layout(self):
-        missing = [file for file in FILES + SYSTEM_FILES[self.arguments.system]
-                   if not (self.prefix / file).is_file()]
-        assert not missing, f"not installed: {missing}"
-        assert "QueltaSDK" in self.output_of(self.prefix / "bin/qlt", "info")
 
     def find_package(self):
         build = self.folder / "find_package"
@@ -72,16 +65,11 @@ class Consumer:
         shutil.unpack_archive(archive, self.folder / "package")
         header, = (self.folder / "package").glob("QueltaSDK-*/**/include/qlt/qlt.h")
         self.prefix = header.parents[2]
-        files = FILES + SYSTEM_FILES[self.arguments.system] + PACKAGE_FILES
+        files = FILES + SYSTEM_FILES[self.arguments.system]
         missing = [file for file in files if not (self.prefix / file).is_file()]
         assert not missing, f"not in the package: {missing}"
-        self.compile("packaged", self.plain_flags())
-
-    def compiler_line(self):
-        self.compile("compiler_line", self.plain_flags())
-
-    def plain_flags(self):
-        return [f"-I{self.prefix}/include", f"-L{self.prefix}/lib", "-lQueltaSDK"]
+        assert "QueltaSDK" in self.output_of(self.prefix / "bin/qlt", "info")
+        self.compile("packaged", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib", "-lQueltaSDK"])
 
     def compile(self, name, flags):
         program = self.folder / name
@@ -115,7 +103,7 @@ def main():
         parser.add_argument("--" + option, required=True)
     parser.add_argument("--toolchain", default="")
     parser.add_argument("--emulator", default="")
-    cases = ("install", "layout", "find_package", "pkg_config", "compiler_line", "package")
+    cases = ("install", "find_package", "pkg_config", "package")
     parser.add_argument("case", choices=cases)
     arguments = parser.parse_args()
     getattr(Consumer(arguments), arguments.case)()

@@ -1,4 +1,4 @@
-// Exceptions between a program and the shipped library.
+// Exceptions between a program and the shipped library, which each may have a runtime of its own.
 #include <qlt/qlt.h>
 
 #include <gtest/gtest.h>
@@ -6,78 +6,34 @@
 namespace
 {
 
-void ThrowTimeout(const wchar_t*, const wchar_t*, unsigned)
-{
-    throw VRExceptionTimeout(VR_STATUS_ERROR_TIMEOUT, L"late!");
-}
-
 /// Through a frame of the library: normalising a zero vector reports to the handler, which throws.
 void ThrowThroughTheLibrary()
 {
-    const qlt::AssertionHandler previous = qlt::SetAssertionHandler(ThrowTimeout);
-    try
-    {
-        qlt::Vec3 zero;
-        zero.Normalize();
-    }
-    catch (...)
-    {
-        qlt::SetAssertionHandler(previous);
-        throw;
-    }
+    qlt::SetAssertionHandler([](const wchar_t*, const wchar_t*, unsigned)
+                             { throw VRExceptionTimeout(VR_STATUS_ERROR_TIMEOUT, L"late!"); });
+    qlt::Vec3().Normalize();
 }
 
 } // namespace
 
 TEST(ExceptionBoundaryTest, AnExceptionIsCaughtByItsTypeAndItsBases)
 {
-    try
-    {
-        ThrowThroughTheLibrary();
-        FAIL();
-    }
-    catch (const VRExceptionTimeout& e)
-    {
-        EXPECT_EQ(e.status, VR_STATUS_ERROR_TIMEOUT);
-        EXPECT_STREQ(e.what(), "late");
-    }
-    EXPECT_THROW(ThrowThroughTheLibrary(), VRException);
+    EXPECT_THROW(ThrowThroughTheLibrary(), VRExceptionTimeout);
     EXPECT_THROW(ThrowThroughTheLibrary(), std::exception);
-}
-
-TEST(ExceptionBoundaryTest, KindsAreToldApart)
-{
     try
     {
         ThrowThroughTheLibrary();
-        FAIL();
     }
     catch (const VRExceptionEvent&)
     {
-        FAIL();
+        FAIL() << "another kind";
     }
     catch (const VRException& e)
     {
         EXPECT_NE(dynamic_cast<const VRExceptionTimeout*>(&e), nullptr);
         EXPECT_EQ(dynamic_cast<const VRExceptionSoftware*>(&e), nullptr);
+        EXPECT_EQ(e.status, VR_STATUS_ERROR_TIMEOUT);
+        EXPECT_STREQ(e.what(), "late");
     }
-}
-
-TEST(ShippedLibraryTest, TracksWithTheSimulator)
-{
-    qlt::SimulatorTracker tracker;
-    EXPECT_TRUE(tracker.Start());
-    while (tracker.GetPredictedOrientation(0.0f).w() == 1.0f)
-    {
-    }
-    EXPECT_TRUE(tracker.Stop());
-    EXPECT_GT(tracker.GetOrientation().x(), 0.0f);
-}
-
-TEST(ShippedLibraryTest, FindsNoHeadsetWithoutDriver)
-{
-    qlt::Hmd hmd;
-    hmd.Start();
-    EXPECT_FALSE(hmd.IsConnected());
-    hmd.Stop();
+    qlt::SetAssertionHandler(nullptr);
 }

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
+#include <future>
 
 #define QLT_SOURCE_FILE L"Runtime/AssertTest"
 #define LARGEST 10
@@ -19,23 +19,19 @@ namespace
 template <typename Meanwhile>
 void ReportFromThreads(Meanwhile meanwhile)
 {
-    std::vector<std::thread> reporters(4);
-    for (std::thread& reporter : reporters)
+    std::vector<std::future<void>> reporters(4);
+    for (auto& reporter : reporters)
     {
-        reporter = std::thread(
-            []
-            {
-                for (int i = 0; i < 100; ++i)
-                {
-                    qlt::ReportAssertion(L"a < b", L"Math/MathUtil", 4000000000U);
-                }
-            });
+        reporter = std::async(std::launch::async,
+                              []
+                              {
+                                  for (int i = 0; i < 100; ++i)
+                                  {
+                                      qlt::ReportAssertion(L"a < b", L"Math/MathUtil", 4000000000U);
+                                  }
+                              });
     }
     meanwhile();
-    for (std::thread& reporter : reporters)
-    {
-        reporter.join();
-    }
 }
 
 } // namespace

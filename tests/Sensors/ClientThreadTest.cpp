@@ -158,17 +158,6 @@ TEST_F(ClientThreadTest, AThousandConnectionsLeaveNoHandleBehind)
     EXPECT_LT(CountOpenHandles(), before + 10);
 }
 
-TEST_F(ClientThreadTest, WithoutTheLibraryItWaitsForItsEnd)
-{
-    const qlt::HostService none;
-    qlt::ClientThread alone(scene, none);
-    alone.Init();
-    alone.Start(true, qlt::WAIT_FOREVER);
-    EXPECT_EQ(scene.Get(), nullptr);
-    alone.Stop(true);
-    EXPECT_EQ(Calls("_create"), "");
-}
-
 TEST_F(ClientThreadTest, AManagerThatIsNotCreatedIsReported)
 {
     qlt::HostService service = qlt::HostService::System();

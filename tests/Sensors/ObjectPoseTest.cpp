@@ -1,12 +1,10 @@
 // The poses of tracked objects, from the host service to the tracker's callers.
-#include <qlt/Sensors/Hmd.h>
 #include <qlt/Sensors/SimulatorTracker.h>
 
 #include "fakes/AssertionRecorder.h"
-#include "fakes/EventLog.h"
 #include "fakes/HostServiceFixture.h"
 #include "fakes/ReportWriter.h"
-#include "fakes/ScriptedUsbHost.h"
+#include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
 
@@ -168,33 +166,13 @@ TEST_F(ObjectPoseTest, MisuseOfStartKeepsOneConversation)
 
 TEST_F(ObjectPoseTest, TheHeadsetsPositionIsThatOfObjectZero)
 {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    ScriptedUsbHost host;
-    ManualClock clock;
-    EventLog log;
-    host.Plug({});
-    std::string event;
-    std::string position;
-    {
-        qlt::Hmd hmd(host, clock);
-        clock.WaitForSleep(1);
-        hmd.AddListener(log);
-        hmd.Start();
-        ConnectAll();
-        host.QueueRead(ReportWriter(1).U32(44, 1000000));
-        event = log.WaitFor(7)[5];
-        position = Text(hmd.GetPosition());
-        host.WaitForIdle();
-        host.Unplug();
-        clock.KeepAwake();
-        hmd.Stop();
-        hmd.RemoveListener(log);
-    }
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(event, "position 0.5 1.5 -2 @ 0");
-    EXPECT_EQ(position, "0.5 1.5 -2");
+    ScriptedHeadset headset;
+    headset.Start(headset.log);
+    ConnectAll();
+    headset.Deliver(ReportWriter(1).U32(44, 1000000));
+    EXPECT_EQ(headset.log.WaitFor(7)[5], "position 0.5 1.5 -2 @ 0");
+    EXPECT_EQ(Text(headset.hmd->GetPosition()), "0.5 1.5 -2");
+    headset.End();
 }
 
 // Readers see a whole pose or none, while the service comes and goes and the tracker with it.

@@ -4,25 +4,11 @@
 
 #include "Sensors/DistortConstants.h"
 
-#include "fakes/EventLog.h"
 #include "fakes/FloatBits.h"
 
 #include <gtest/gtest.h>
 
 using qlt::Params;
-
-TEST(ParamsTest, DescribesTheHeadset)
-{
-    EXPECT_STREQ(Params::HMD_NAME, "Quelta Orbel Ixo");
-    EXPECT_EQ(Params::HMD_RESOLUTION_X * 10000 + Params::HMD_RESOLUTION_Y, 25601440);
-    EXPECT_EQ(Params::EYE_LEFT * 100 + Params::EYE_RIGHT * 10 + Params::EYE_COUNT, 12);
-    EXPECT_EQ(Params::COLOR_RED + 10 * Params::COLOR_GREEN + 100 * Params::COLOR_BLUE, 210);
-    EXPECT_TRUE(Params::EYE_DISTORT && Params::EYE_RESOLUTION == 1024);
-    EXPECT_EQ(Text(Params::HMD_SCREEN_SIZE_HORZ, Params::HMD_ASPECT_RATIO, Params::EYE_FOV_DEG,
-                   Params::EYE_ASPECT_RATIO, Params::EYE_STRETCH, Params::USER_IPD_M,
-                   Params::USER_NECK_EYE_V_M, Params::USER_NECK_EYE_H_M),
-              "125.44 1.77778 126.5 0.888889 3 0.0625 0.075 0.0805");
-}
 
 // What is written out as a literal is what the formulas give.
 TEST(ParamsTest, LiteralsAreTheirFormulas)

@@ -15,7 +15,6 @@ namespace
 
 constexpr double DEG_PER_RAD = 57.29577951308232;
 
-using Orientations = std::vector<qlt::Quaternion>;
 using Reports = std::vector<ScriptedUsbHost::Report>;
 
 /// By the device, when the clock of the fusion was zero a millisecond before the first report.
@@ -61,11 +60,11 @@ double DifferenceDeg(const qlt::Quaternion& a, const plain::Rotation<double>& b)
            DEG_PER_RAD;
 }
 
-/// The orientation after each report: that of the plain filter to the bit, and every hundredth that
-/// of exact arithmetic within 0.005 degrees.
-Orientations Replay(const Reports& reports)
+/// Has each report followed by the orientation of the plain filter to the bit, and every hundredth
+/// by that of exact arithmetic within 0.005 degrees.
+void ExpectPlainFilter(const Reports& reports)
 {
-    Orientations orientations;
+    std::size_t count = 0;
     plain::Fusion<float> plain;
     plain::Fusion<double> exact;
     std::size_t differences = 0;
@@ -75,7 +74,7 @@ Orientations Replay(const Reports& reports)
     OrientationListener listener;
     listener.call = [&](const qlt::Quaternion& q)
     {
-        const std::size_t i = orientations.size();
+        const std::size_t i = count++;
         const auto sample = qlt::DecodeSensorReport(reports[i], qlt::HEADSET_SCALES);
         const qlt::Vec3& a = sample.accelerometer;
         const qlt::Vec3& g = sample.gyroscope;
@@ -83,7 +82,6 @@ Orientations Replay(const Reports& reports)
         StepExactly(exact, reports[i], TimeNs(reports, i));
         differences += std::memcmp(&q, &plain.orientation, 16) == 0 ? 0 : 1;
         worstDeg = std::max(worstDeg, i % 100 == 0 ? DifferenceDeg(q, exact.orientation) : 0.0);
-        orientations.push_back(q);
         headset.clock.nowNs = TimeNs(reports, std::min(i + 1, reports.size() - 1));
     };
     headset.Start(listener);
@@ -95,49 +93,17 @@ Orientations Replay(const Reports& reports)
     headset.End();
     EXPECT_EQ(differences, 0u);
     EXPECT_LT(worstDeg, 0.005);
-    EXPECT_EQ(orientations.size(), reports.size());
-    return orientations;
-}
-
-/// The root of the mean square against the motion capture, without the first five seconds.
-double InclinationRmseDeg(const std::string& path, const Orientations& orientations)
-{
-    std::ifstream csv(path);
-    double sum = 0.0;
-    int rows = 0;
-    for (std::string line; std::getline(csv, line);)
-    {
-        unsigned long report = 0;
-        plain::Rotation<float> truth;
-        if (std::sscanf(line.c_str(), "%lu,%*d,1,%*d,%f,%f,%f,%f", &report, &truth.w, &truth.x,
-                        &truth.y, &truth.z) == 5 &&
-            report >= 5000) // of a millisecond each
-        {
-            const qlt::Quaternion& q = orientations.at(report);
-            const auto up =
-                plain::Rotated(plain::Rotation<float>{truth.w, -truth.x, -truth.y, -truth.z},
-                               plain::Vector<float>{0, 1, 0});
-            const auto g = plain::Rotated(plain::Rotation<float>{q.w(), q.x(), q.y(), q.z()}, up);
-            const auto error = static_cast<double>(std::atan2(std::hypot(g.x, g.z), g.y));
-            sum += error * error;
-            ++rows;
-        }
-    }
-    return std::sqrt(sum / rows) * DEG_PER_RAD;
+    EXPECT_EQ(count, reports.size());
 }
 
 } // namespace
 
-TEST(RecordingTest, EveryOrientationIsThatOfTheFilterWithItsInclinationError)
+// How far they are from the truth is what replaying with the command tells.
+TEST(RecordingTest, EveryOrientationIsThatOfTheFilter)
 {
-    const std::pair<std::string, double> inclinationRmsesDeg[] = {
-        // measured once
-        {"slow_rotation_breaks", 0.795},
-        {"slow_translation", 2.447},
-        {"fast_rotation", 2.017},
-        {"headset_shake", 0.0}}; // whose truth is not to be trusted
     const char* folder = std::getenv("QLT_RECORDINGS");
-    for (const auto& [name, inclinationRmseDeg] : inclinationRmsesDeg)
+    for (const std::string name :
+         {"slow_rotation_breaks", "slow_translation", "fast_rotation", "headset_shake"})
     {
         const std::string path = std::string(folder != nullptr ? folder : ".") + "/" + name;
         SCOPED_TRACE(path);
@@ -151,10 +117,6 @@ TEST(RecordingTest, EveryOrientationIsThatOfTheFilterWithItsInclinationError)
         {
             GTEST_SKIP() << "there is no recording " << path << ".bin";
         }
-        const Orientations orientations = Replay(reports);
-        if (inclinationRmseDeg > 0.0)
-        {
-            EXPECT_NEAR(InclinationRmseDeg(path + ".csv", orientations), inclinationRmseDeg, 0.01);
-        }
+        ExpectPlainFilter(reports);
     }
 }

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+
 // By interface these references follow the tracker, without a lock. The one place where the readers
 // here follow them, so that the sanitizer's suppression names it and nothing else.
 __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& tracker)
@@ -43,11 +45,11 @@ TEST(ThreadingTest, SixteenReadersBesideAHeadsetThatComesAndGoesAndAListenerThat
             std::this_thread::yield();
         }
     };
-    std::thread hardware(report);
-    std::vector<std::thread> readers(16);
-    for (std::thread& reader : readers)
+    const auto hardware = std::async(std::launch::async, report);
+    std::vector<std::future<void>> readers(16);
+    for (auto& reader : readers)
     {
-        reader = std::thread(read);
+        reader = std::async(std::launch::async, read);
     }
     for (int i = 0; i < 100; ++i)
     {
@@ -58,11 +60,8 @@ TEST(ThreadingTest, SixteenReadersBesideAHeadsetThatComesAndGoesAndAListenerThat
         tracker.ResetYawOrigin();
         tracker.RemoveListener(listener);
     }
-    for (std::thread& reader : readers)
-    {
-        reader.join();
-    }
+    readers.clear(); // waits for them
     done = true;
-    hardware.join();
+    hardware.wait();
     headset.End();
 }

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <sstream>
+#include <regex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -85,17 +85,11 @@ protected:
         script.VisitCalls([](void* calls, const char* function)
                           { static_cast<std::string*>(calls)->append(function + 6).append(" "); },
                           &all);
+        const std::regex wanted("\\w*(" + parts + ")\\w* ");
         std::string matching;
-        std::istringstream calls(all);
-        for (std::string call; calls >> call;)
+        for (std::sregex_iterator call(all.begin(), all.end(), wanted), end; call != end; ++call)
         {
-            std::istringstream wanted(parts);
-            bool isWanted = false;
-            for (std::string part; std::getline(wanted, part, '|');)
-            {
-                isWanted = isWanted || call.find(part) != std::string::npos;
-            }
-            matching += isWanted ? call + " " : "";
+            matching += call->str();
         }
         return matching;
     }

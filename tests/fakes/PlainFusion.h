@@ -25,22 +25,11 @@ struct Rotation
     Real z = 0;
 };
 
+/// A function of the 64-bit mathematics, rounded.
 template <typename Real>
-Real Cosine(Real x)
+Real Rounded(double (*function)(double), Real x)
 {
-    return static_cast<Real>(std::cos(static_cast<double>(x)));
-}
-
-template <typename Real>
-Real Sine(Real x)
-{
-    return static_cast<Real>(std::sin(static_cast<double>(x)));
-}
-
-template <typename Real>
-Real Arccosine(Real x)
-{
-    return static_cast<Real>(std::acos(static_cast<double>(x)));
+    return static_cast<Real>(function(static_cast<double>(x)));
 }
 
 template <typename Real>
@@ -71,9 +60,9 @@ Rotation<Real> Turn(Real angle, const Vector<Real>& axis)
 {
     const Real r = 1 / Length(axis);
     const Real half = angle * static_cast<Real>(0.5);
-    const Real s = Sine(half);
-    return Normalized(
-        Rotation<Real>{Cosine(half), s * (axis.x * r), s * (axis.y * r), s * (axis.z * r)});
+    const Real s = Rounded<Real>(std::sin, half);
+    return Normalized(Rotation<Real>{Rounded<Real>(std::cos, half), s * (axis.x * r),
+                                     s * (axis.y * r), s * (axis.z * r)});
 }
 
 template <typename Real>
@@ -104,7 +93,7 @@ struct Fusion
         const Rotation<Real> predicted =
             Normalized(Product(orientation, Turn(elapsed * Length(omega), omega)));
         const Vector<Real> g = Rotated(predicted, accelerometer);
-        const Real tilt = Arccosine(g.y / Length(g));
+        const Real tilt = Rounded<Real>(std::acos, g.y / Length(g));
         const Vector<Real> axis{g.z, 0, -g.x};
         const Real angle = tilt * static_cast<Real>(-0.001);
         orientation = Normalized(Product(Turn(angle, axis), predicted));

@@ -43,7 +43,7 @@ struct Samples
     std::vector<qlt::Vec3> gyroscope;
 };
 
-plain::Vector<float> Plain(const qlt::Vec3& v) { return {v.x(), v.y(), v.z()}; }
+plain::Vector Plain(const qlt::Vec3& v) { return {v.x(), v.y(), v.z()}; }
 
 void FusionStep(benchmark::State& state)
 {
@@ -52,7 +52,7 @@ void FusionStep(benchmark::State& state)
     TickingClock plainClock;
     qlt::Clock& plainNow = plainClock; // called as the library's is
     qlt::SensorFusion fusion(clock);
-    plain::Fusion<float> plainFusion;
+    plain::Fusion plainFusion;
     plainFusion.lastTimeNs = plainNow.NowNs();
     const auto ours = [&]
     {
@@ -71,7 +71,7 @@ void FusionStep(benchmark::State& state)
     };
     RunPaired(
         state, STEPS, [&] { return Seconds(ours); }, [&] { return Seconds(theirs); });
-    const plain::Rotation<float>& q = plainFusion.orientation;
+    const plain::Rotation& q = plainFusion.orientation;
     if (Bits(fusion.GetQuaternion()) != Bits(qlt::Quaternion(q.w, q.x, q.y, q.z)))
     {
         state.SkipWithError("the results differ");

@@ -69,7 +69,7 @@ TEST_F(SensorFusionTest, ResetKeepsTheAngularVelocityAndTheTimeForThePrediction)
 // once, and a prediction reaches the moment of the call.
 TEST_F(SensorFusionTest, EqualsThePlainFilterToTheLastBit)
 {
-    plain::Fusion<float> expected;
+    plain::Fusion expected;
     std::mt19937 random(20261121);
     const auto uniform = [&random](float limit)
     { return limit * (static_cast<float>(random() >> 8) / 8388608.0f - 1.0f); };
@@ -83,7 +83,7 @@ TEST_F(SensorFusionTest, EqualsThePlainFilterToTheLastBit)
         expected.Step({a.x(), a.y(), a.z()}, {g.x(), g.y(), g.z()}, clock.nowNs);
         ASSERT_EQ(std::memcmp(&fusion.GetQuaternion(), &expected.orientation, 16), 0) << i;
         const Quaternion ours = fusion.GetPredictedQuaternion(uniform(1));
-        const plain::Rotation<float> theirs = expected.Predicted(clock.nowNs);
+        const plain::Rotation theirs = expected.Predicted(clock.nowNs);
         ASSERT_EQ(std::memcmp(&ours, &theirs, 16), 0) << i;
     }
     EXPECT_TRUE(assertions.Take().empty());

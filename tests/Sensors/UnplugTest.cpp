@@ -1,13 +1,7 @@
 // A headset that comes and goes, at any moment.
-#include <qlt/Sensors/Hmd.h>
-
-#include "fakes/EventLog.h"
-#include "fakes/ManualClock.h"
 #include "fakes/OpenHandles.h"
 #include "fakes/ReportWriter.h"
-#include "fakes/ScriptedUsbHost.h"
-
-#include <gtest/gtest.h>
+#include "fakes/ScriptedHeadset.h"
 
 #include <random>
 #include <thread>
@@ -20,51 +14,34 @@ TEST(UnplugTest, AThousandTimesLeavesNothingBehind)
     std::thread([] {}).join(); // with the first thread comes a sanitizer's own
     const std::size_t handles = CountOpenHandles();
     const std::size_t threads = CountThreads();
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    ScriptedUsbHost host;
     {
-        ManualClock clock;
-        EventLog log;
-        qlt::Hmd hmd(host, clock);
-        clock.WaitForSleep(1);
-        hmd.AddListener(log);
-        hmd.Start();
+        ScriptedHeadset headset;
+        headset.Start(headset.log);
         std::size_t reports = 0;
         for (int cycle = 0; cycle < 1000; ++cycle)
         {
-            host.Plug({});
-            switch (random() % 4)
+            headset.host.Unplug();
+            Until([&] { return headset.host.opened == headset.host.closed; });
+            headset.host.Plug({});
+            const auto moment = random() % 4;
+            if (moment == 0) // never seen
             {
-            case 0: // never seen
-                break;
-            case 1: // just opened
-                clock.Cycle();
-                break;
-            case 2: // with a read that waits
-                clock.Cycle();
-                host.WaitForIdle();
-                break;
-            default: // in the middle of reports
-                clock.Cycle();
-                for (auto i = random() % 3; i > 0; --i)
-                {
-                    host.QueueRead(ReportWriter(static_cast<std::uint32_t>(++reports)));
-                    log.WaitFor(7 * reports);
-                }
-                break;
+                continue;
             }
-            host.Unplug();
-            Until([&] { return host.opened == host.closed; });
+            headset.clock.Cycle(); // just opened
+            if (moment == 2)       // with a read that waits
+            {
+                headset.host.WaitForIdle();
+            }
+            for (auto i = moment == 3 ? random() % 3 : 0; i > 0; --i) // in the middle of reports
+            {
+                headset.host.QueueRead(ReportWriter(static_cast<std::uint32_t>(++reports)));
+                headset.log.WaitFor(7 * reports);
+            }
         }
-        clock.KeepAwake();
-        hmd.Stop();
-        hmd.RemoveListener(log);
+        headset.End(); // all are closed
+        EXPECT_GT(headset.host.opened, 500);
     }
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(host.opened, host.closed);
-    EXPECT_GT(host.opened, 500);
     // One of the Windows runtime's locks takes a handle when it is first contended, and keeps it; a
     // cycle that left one behind would leave a thousand.
     EXPECT_LT(CountOpenHandles(), handles + 20);

@@ -33,8 +33,3 @@ TEST(SystemErrorTest, KnownErrorsHaveDifferentTexts)
     EXPECT_FALSE(qlt::SystemErrorText(2).empty());
     EXPECT_NE(qlt::SystemErrorText(2), qlt::SystemErrorText(5));
 }
-
-TEST(SystemErrorDeathTest, AFailedRangeCheckEndsTheProcess)
-{
-    EXPECT_EXIT(qlt::EndProcessOnRangeCheck(), QLT_RANGE_CHECK_END, "");
-}

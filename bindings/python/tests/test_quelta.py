@@ -121,27 +121,20 @@ def test_the_constants():
     assert params.user_ipd_m == pytest.approx(0.06, abs=0.01)
 
 
-def test_a_missing_library(unloaded, tmp_path):
-    assert "no file " + str(tmp_path / "none.so") in refusal(quelta.load, tmp_path / "none.so")
-    unloaded.setenv("QUELTA_SDK", str(tmp_path / "gone.so"))
-    assert "no file " + str(tmp_path / "gone.so") in refusal(quelta.Tracker.simulator)
+def test_a_library_that_is_missing_or_of_the_wrong_kind(unloaded, tmp_path):
+    missing, text = tmp_path / "none.so", tmp_path / quelta._FILE
+    text.write_text("no library\n")
+    assert f"no file {missing}" in refusal(quelta.load, missing)
+    assert f"{text} is no library for this 64-bit Python" in refusal(quelta.load, text)
+    for file, words in ((missing, f"no file {missing}"),
+                        (os.environ["QUELTA_OTHER"], "has no function qlt_Camera_New")):
+        unloaded.setenv("QUELTA_SDK", str(file))
+        assert words in refusal(quelta.Tracker.simulator)
     unloaded.delenv("QUELTA_SDK")
+    unloaded.setattr(quelta, "__file__", str(tmp_path / "__init__.py"))
+    assert str(text) in refusal(quelta.load)  # beside the module
     unloaded.setattr(quelta, "_FILE", "libQueltaNowhere.so")
     assert "by the variable QUELTA_SDK" in refusal(quelta.load)
-
-
-def test_a_library_of_the_wrong_kind(unloaded, tmp_path):
-    file = tmp_path / "text.so"
-    file.write_text("no library\n")
-    assert f"{file} is no library for this 64-bit Python" in refusal(quelta.load, file)
-    unloaded.setenv("QUELTA_SDK", os.environ["QUELTA_OTHER"])
-    assert "has no function qlt_Camera_New" in refusal(quelta.params)
-
-
-def test_the_library_beside_the_module(unloaded, tmp_path):
-    unloaded.setattr(quelta, "__file__", str(tmp_path / "__init__.py"))
-    (tmp_path / quelta._FILE).write_text("no library\n")
-    assert str(tmp_path / quelta._FILE) in refusal(quelta.load)
 
 
 def test_the_example_prints_for_a_second():

@@ -173,7 +173,7 @@ TEST_F(ClientThreadTest, AManagerThatIsNotCreatedIsReported)
 
 TEST_F(ClientThreadTest, AManagerThatCannotBeStoppedIsReportedAndDestroyed)
 {
-    script.GiveZero("VRHostClientManager_create");
+    script.Fail("VRHostClientManager_create", HostServiceScript::ZERO);
     thread = std::make_unique<qlt::ClientThread>(scene);
     EXPECT_EQ(FailureOf([&] { thread->Shutdown(); }), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
     script.Reset();
@@ -215,7 +215,7 @@ TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
         const auto run = [&]
         {
             const auto& [function, text] = row;
-            text == nullPointer ? script.GiveZero(function) : script.Fail(function, 23);
+            script.Fail(function, text == nullPointer ? HostServiceScript::ZERO : 23);
             Start();
             ConnectAll();
             Notify(CLIENT_WITHDRAWN);

@@ -114,7 +114,7 @@ TEST_F(ObjectPoseTest, FailuresOfADescriptorReachTheCaller)
 {
     StartConnected();
     const auto read = [this] { tracker.GetObjectOrientation(0); };
-    script.GiveZero("VRHostDeviceScene_getCurrentDescriptor");
+    script.Fail("VRHostDeviceScene_getCurrentDescriptor", HostServiceScript::ZERO);
     EXPECT_EQ(FailureOf(read), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
     script.Reset();
     script.Fail("VRHost_getHandlePtr", 21);

@@ -9,7 +9,6 @@
 #include <deque>
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -67,7 +66,6 @@ public:
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         mFailures.clear();
-        mZeros.clear();
         mCalls.clear();
         mMistakes.clear();
         const HostObject objects[] = {{0, {0.5f, 1.5f, -2.0f}, {1, 0, 0, 0}, 1.0f},
@@ -82,10 +80,6 @@ public:
     void Fail(const char* f, Status status) override
     {
         Locked { *this } -> mFailures[f] = status;
-    }
-    void GiveZero(const char* function) override
-    {
-        Locked { *this } -> mZeros.insert(function);
     }
     void SetObjects(const HostObject* objects, std::size_t count, std::uint64_t claimed) override
     {
@@ -124,7 +118,7 @@ public:
 
     Status LendSignal(const char* function, Kind kind, Handle handle, Handle* event)
     {
-        *event = mZeros.count(function) != 0 ? 0 : mSignals[kind];
+        *event = GivesZero(function) ? 0 : mSignals[kind];
         for (std::size_t i = 0; mAutomatic && i < mFirstNews[kind].size(); ++i)
         {
             Queue(kind, mFirstNews[kind][i], false);
@@ -140,7 +134,7 @@ public:
             ClearSignal(mSignals[kind]);
             return status != OK ? status : NONE_PENDING;
         }
-        const Handle lent = mZeros.count(function) != 0 ? 0 : ++mLastHandle;
+        const Handle lent = GivesZero(function) ? 0 : ++mLastHandle;
         *record = {mQueues[kind].front(), 0, lent, 0xE0E0E0E0E0E0E0E0};
         mQueues[kind].pop_front();
         if (lent != 0)
@@ -187,7 +181,7 @@ public:
         if (status == OK)
         {
             *handle = ++mLastHandle;
-            *data = mZeros.count(function) != 0 ? nullptr : mDescriptors.back().data();
+            *data = GivesZero(function) ? nullptr : mDescriptors.back().data();
             mLent[*handle] = scene;
         }
         return status;
@@ -224,17 +218,18 @@ private:
         }
     }
 
+    bool GivesZero(const char* function) { return mFailures[function] == ZERO; }
+
     /// What a call with these arguments returns.
-    Status Answer(const std::string& function, bool isRight) const
+    Status Answer(const char* function, bool isRight)
     {
-        const auto found = mFailures.find(function);
-        return !isRight ? WRONG_ARGUMENT : found == mFailures.end() ? OK : found->second;
+        return !isRight ? WRONG_ARGUMENT : GivesZero(function) ? OK : mFailures[function];
     }
 
     Status Add(const char* function, Status status, Kind kind, Handle* created)
     {
         *created = 0;
-        if (status == OK && mZeros.count(function) == 0)
+        if (status == OK && !GivesZero(function))
         {
             *created = ++mLastHandle;
             mConnections[*created] = kind;
@@ -264,7 +259,6 @@ private:
     std::map<Handle, Handle> mLent;        // with the connections that lent them
     std::deque<std::string> mDescriptors;  // all that may still be lent
     std::map<std::string, Status> mFailures;
-    std::set<std::string> mZeros;
     std::vector<std::string> mCalls;
     std::string mMistakes; // a mark for each
 };

@@ -31,11 +31,10 @@ public:
     /// Queues a notification of `source`, and signals it unless `quiet`.
     virtual void Notify(HostSource source, std::uint32_t type, bool quiet = false) = 0;
 
-    /// Makes every call of a function, by its exported name, return `status`; 0 for an end of that.
+    /// Makes every call of a function, by its exported name, return `status`; 0 for an end of that,
+    /// and ZERO for a success with a zero handle, or pointer.
+    static constexpr std::int32_t ZERO = -1;
     virtual void Fail(const char* function, std::int32_t status) = 0;
-
-    /// Makes every call of a function succeed with a zero handle, or pointer.
-    virtual void GiveZero(const char* function) = 0;
 
     /// The objects of the next descriptors, and the number that they claim to have.
     virtual void SetObjects(const HostObject* objects, std::size_t count,

@@ -32,6 +32,17 @@ TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIs
     EXPECT_EQ(host.Problem(), "");
 }
 
+TEST_F(LibusbHostTest, AFailedReadHasWhatCameUntilThen)
+{
+    Open();
+    Bytes report(64);
+    std::uint32_t length = 64;
+    bus->Push(REPORTS, Bytes(10, 7), false);
+    EXPECT_FALSE(device->EndPoint(1).TransferData(report.data(), length));
+    EXPECT_EQ(length, 10u);
+    EXPECT_EQ(report[9], 7);
+}
+
 // With the kernel's default of 16 MB.
 TEST_F(LibusbHostTest, FramesForWhichThereIsNoMemoryWaitForTheOthers)
 {

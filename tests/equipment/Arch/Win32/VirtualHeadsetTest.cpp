@@ -6,8 +6,8 @@
 #include "fakes/ScriptedUsbHost.h"
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <future>
 #include <iterator>
@@ -15,49 +15,35 @@
 namespace
 {
 
-namespace fs = std::filesystem;
-
 class VirtualHeadsetTest : public UsbHostFixture
 {
 protected:
-    VirtualHeadset& headset = static_cast<VirtualHeadset&>(*bus);
-};
-
-class VirtualHeadsetCommandTest : public testing::Test
-{
-protected:
-    VirtualHeadsetCommandTest()
-    {
-        fs::create_directories(folder);
-        headset.Plug();
-    }
-    ~VirtualHeadsetCommandTest() override { fs::remove_all(folder); }
-
-    /// Runs the command and feeds the endpoint again and again.
+    /// What the command leaves in the file at the end of its arguments, while the endpoint is fed
+    /// again and again.
     template <typename Next>
-    int Run(const std::string& arguments, std::uint8_t endPoint, const Next& next)
+    std::string Run(const std::string& arguments, std::uint8_t endPoint, const Next& next)
     {
-        const std::string line = "\"\"" QLT_COMMAND "\" " + arguments + "\"";
+        bus->Plug();
+        const std::string path = testing::TempDir() + "qlt_virtual_headset";
+        const std::string line = "\"\"" QLT_COMMAND "\" " + arguments + " \"" + path + "\"\"";
         std::future<int> ended =
             std::async(std::launch::async, [&] { return std::system(line.c_str()); });
         while (ended.wait_for(std::chrono::milliseconds(40)) == std::future_status::timeout)
         {
-            if (headset.Pending(endPoint) != 0)
+            if (bus->Pending(endPoint) != 0)
             {
-                headset.Push(endPoint, next());
+                bus->Push(endPoint, next());
             }
         }
-        return ended.get();
+        EXPECT_EQ(ended.get(), 0);
+        std::ifstream file(path, std::ios::binary);
+        const std::string contents(std::istreambuf_iterator<char>(file), {});
+        file.close();
+        std::remove(path.c_str());
+        return contents;
     }
 
-    std::string Contents(const std::string& name) const
-    {
-        std::ifstream file(folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    const fs::path folder = fs::temp_directory_path() / "qlt_virtual_headset";
-    VirtualHeadset headset;
+    VirtualHeadset& headset = static_cast<VirtualHeadset&>(*bus);
 };
 
 } // namespace
@@ -90,27 +76,22 @@ TEST_F(VirtualHeadsetTest, WhatIsInFlightEndsWithTheDevice)
     EXPECT_EQ(frames.back().End(), "failed");
 }
 
-TEST_F(VirtualHeadsetCommandTest, RecordsWhatItReads)
+TEST_F(VirtualHeadsetTest, TheCommandRecordsWhatItReads)
 {
     std::string sent;
     const auto next = [&]
     {
-        const auto number = static_cast<std::uint32_t>(sent.size() / 64);
-        const ReportWriter report(number, number * 1000);
+        const ReportWriter report(static_cast<std::uint32_t>(sent.size() / 64));
         sent.append(report.begin(), report.end());
         return Bytes(report.begin(), report.end());
     };
-    const std::string file = (folder / "r.bin").string();
-    EXPECT_EQ(Run("record \"" + file + "\" --seconds 2", REPORTS, next), 0);
-    const std::string recorded = Contents("r.bin");
+    const std::string recorded = Run("record --seconds 2", REPORTS, next);
     EXPECT_GT(recorded.size(), 64u * 5);
     EXPECT_EQ(recorded, sent.substr(0, recorded.size()));
 }
 
-TEST_F(VirtualHeadsetCommandTest, SavesAFrameOfTheCamera)
+TEST_F(VirtualHeadsetTest, TheCommandSavesAFrameOfTheCamera)
 {
     const auto next = [] { return ScriptedUsbHost::Frame(FRAME_SIZE, 77); };
-    const std::string file = (folder / "c.png").string();
-    EXPECT_EQ(Run("camera --seconds 1 --png \"" + file + "\"", FRAMES, next), 0);
-    EXPECT_EQ(Contents("c.png").substr(1, 3), "PNG");
+    EXPECT_EQ(Run("camera --seconds 1 --png", FRAMES, next).substr(1, 3), "PNG");
 }

@@ -4,11 +4,21 @@
 
 #include "Sensors/DistortConstants.h"
 
+#include "fakes/EventLog.h"
 #include "fakes/FloatBits.h"
 
 #include <gtest/gtest.h>
 
 using qlt::Params;
+
+// The others are what the C functions say.
+TEST(ParamsTest, DescribesThePanel)
+{
+    EXPECT_EQ(Params::HMD_RESOLUTION_X * 10000 + Params::HMD_RESOLUTION_Y, 25601440);
+    EXPECT_EQ(
+        Text(Params::HMD_SCREEN_SIZE_HORZ, Params::HMD_ASPECT_RATIO, Params::EYE_ASPECT_RATIO),
+        "125.44 1.77778 0.888889");
+}
 
 // What is written out as a literal is what the formulas give.
 TEST(ParamsTest, LiteralsAreTheirFormulas)

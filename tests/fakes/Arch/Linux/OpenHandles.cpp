@@ -15,4 +15,6 @@ std::size_t CountEntries(const char* folder)
 
 std::size_t CountOpenHandles() { return CountEntries("/proc/self/fd"); }
 
+const std::size_t RUNTIME_HANDLES = 0;
+
 std::size_t CountThreads() { return CountEntries("/proc/self/task"); }

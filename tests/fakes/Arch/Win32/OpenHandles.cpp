@@ -18,6 +18,8 @@ std::size_t CountOpenHandles()
     return count;
 }
 
+const std::size_t RUNTIME_HANDLES = 9;
+
 std::size_t CountThreads()
 {
     HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);

@@ -5,9 +5,9 @@
 #include "fakes/AllocationCounter.h"
 
 #include <qlt/Sensors/Hmd.h>
+#include <qltkit/Headset/SoftwareHeadset.h>
 
 #include "Sensors/SensorReport.h"
-#include "SoftwareHeadset.h"
 
 #include <condition_variable>
 #include <functional>
@@ -191,7 +191,7 @@ protected:
 std::vector<qlt::SensorReport> MakeReports()
 {
     std::vector<qlt::SensorReport> reports;
-    SoftwareHeadset headset(1, false);
+    qltkit::SoftwareHeadset headset(1, false);
     for (std::size_t i = 0; i < REPORTS; ++i)
     {
         reports.push_back(headset.Next().report);

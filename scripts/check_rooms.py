@@ -4,9 +4,11 @@
     scripts/check_rooms.py [TREE]         prints FILE:LINE: MESSAGE for each violation, then exits 1
     scripts/check_rooms.py --self-test    breaks each rule in a small tree and sees it noticed
 
-A room is a folder of include/qlt and src/qlt. Its wing for one system is src/qlt/Arch/SYSTEM/ROOM;
-tools, tests and benchmarks may have wings too, in any folder called Arch. A wing includes its own
-headers; nothing else does.
+A room is a folder of a library: of include/qlt and src/qlt for the core, of include/qltkit and
+src/qltkit for the kit. A room may have sub-rooms; their public headers stay in the room's folder and
+belong to the sub-room that has the source of the same name. The wing of a room for one system is
+src/LIBRARY/Arch/SYSTEM/ROOM; tools, tests and benchmarks may have wings too, in any folder called
+Arch. A wing includes its own headers; nothing else does. The kit sees only the core's public headers.
 """
 
 import pathlib
@@ -15,8 +17,13 @@ import sys
 import tempfile
 import unittest
 
-# Lowest first: a room includes itself and what stands before it.
-ROOMS = ["Runtime", "Math", "Sensors", "Render", "qlt_c_api"]
+# Lowest first: a room includes itself and the rooms that stand before it.
+ROOMS = {
+    "qlt": ["Runtime", "Math", "Sensors/Lens", "Sensors/HostService", "Sensors", "Sensors/Headset",
+            "Sensors/Camera", "Render", "qlt_c_api"],
+    "qltkit": ["Capture", "Headset", "Tracking", "Diagnosis", "qltkit_c_api"],
+}
+LIBRARIES = list(ROOMS)  # lowest first, too
 
 # The trees with C or C++ in them, and the third parties that each may include.
 TREES = {
@@ -29,7 +36,7 @@ TREES = {
 }
 
 # Where an #include "..." is looked for, after the folder of the including file.
-INCLUDE_FOLDERS = ("src/qlt", "include", "tests", "tools/qlt", "bench")
+INCLUDE_FOLDERS = ("src/qlt", "src/qltkit", "include", "tests", "tools/qlt", "bench")
 
 STANDARD_LIBRARY = set("""
     algorithm any array atomic bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes
@@ -48,7 +55,9 @@ SYSTEM_MACRO = re.compile(
     r"\b(_?_?WIN(32|64)(__)?|_?_?linux(__)?|_?_?unix(__)?|__APPLE__|__ANDROID__|__CYGWIN__|"
     r"__MINGW(32|64)__|__FreeBSD__|_MSC_VER|_POSIX_\w+)\b")
 
-UMBRELLA = "include/qlt/qlt.h"
+UMBRELLAS = [f"include/{library}/{library}.h" for library in LIBRARIES]
+
+FRIEND = re.compile(r"\bfriend\s+(?:class|struct)\s+(?:\w+::)*(\w+)")
 
 # Raw strings, comments, and what could hide the beginning of either.
 TOKENS = re.compile(
@@ -64,16 +73,11 @@ def without_comments(text):
     return TOKENS.sub(blank, text)
 
 
-def room_of(path):
-    """The room's place in ROOMS; -1 below and len(ROOMS) above all rooms; None outside of them."""
-    if path == UMBRELLA:
-        return len(ROOMS)
+def library_of(path):
+    """The library's place in LIBRARIES; None for a file outside of the libraries."""
     parts = path.split("/")
-    if parts[:2] not in (["include", "qlt"], ["src", "qlt"]):
-        return None
-    inner = parts[4:] if parts[2] == "Arch" else parts[2:]
-    name = inner[0] if len(inner) > 1 else inner[0].split(".")[0]
-    return ROOMS.index(name) if name in ROOMS else -1
+    named = len(parts) > 2 and parts[0] in ("include", "src") and parts[1] in LIBRARIES
+    return LIBRARIES.index(parts[1]) if named else None
 
 
 def wing_of(path):
@@ -83,6 +87,8 @@ def wing_of(path):
 
 
 class House:
+    """The files of a tree, who includes whom, and what is wrong with it."""
+
     def __init__(self, root):
         self.root = pathlib.Path(root)
         self.files = sorted(
@@ -96,8 +102,32 @@ class House:
         for file in self.files:
             self.check_file(file)
         self.check_cycles()
-        self.check_umbrella()
+        for umbrella in UMBRELLAS:
+            self.check_umbrella(umbrella)
         return self.violations
+
+    def room_of(self, path):
+        """(library, room), each by its place; the room is -1 below and past the end above all
+        rooms. None outside of the libraries."""
+        library = library_of(path)
+        if library is None:
+            return None
+        rooms = ROOMS[LIBRARIES[library]]
+        if path in UMBRELLAS:
+            return library, len(rooms)
+        parts = path.split("/")
+        inner = parts[4:] if parts[2] == "Arch" else parts[2:]
+        name = "/".join(inner[:-1]) or inner[0].split(".")[0]
+        if path.startswith("include/"):
+            name = self.sub_room_of(path, name, rooms)
+        return library, rooms.index(name) if name in rooms else -1
+
+    def sub_room_of(self, header, room, rooms):
+        library, stem = header.split("/")[1], pathlib.PurePosixPath(header).stem
+        for name in rooms:
+            if name.startswith(room + "/") and f"src/{library}/{name}/{stem}.cpp" in self.known:
+                return name
+        return room
 
     def report(self, file, line, message):
         self.violations.append(f"{file}:{line}: {message}")
@@ -110,23 +140,40 @@ class House:
             condition = re.match(r"\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)", line)
             if condition and SYSTEM_MACRO.search(condition.group(1)):
                 self.check_condition(file, number)
+            self.check_friend(file, number, line)
             include = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)
             if include:
                 self.check_include(file, number, *include.groups(), first)
                 first = False
 
     def check_condition(self, file, number):
-        if "/Arch/" not in file and file != "include/qlt/Export.h":
+        if "/Arch/" not in file and file not in ("include/qlt/Export.h", "include/qltkit/Export.h"):
             self.report(file, number, "asks for the system outside of a wing")
+
+    def check_friend(self, file, number, line):
+        friend = FRIEND.search(line)
+        own = self.room_of(file)
+        if friend is None or own is None:
+            return
+        for room in self.rooms_with(friend.group(1)):
+            if room > own:
+                self.report(file, number, f"has the friend {friend.group(1)} in a room above")
+
+    def rooms_with(self, name):
+        """The rooms that define the class `name`."""
+        definition = re.compile(rf"\b(?:class|struct)\s+(?:\w+_API\s+)?{name}\b[^;()]*{{")
+        files = (file for file in self.files if library_of(file) is not None)
+        return {self.room_of(file) for file in files
+                if definition.search((self.root / file).read_text(encoding="utf-8"))}
 
     def check_include(self, file, number, quote, name, first):
         target = self.resolve(file, quote, name)
-        if first and file.startswith("src/qlt/") and file.endswith(".cpp"):
+        if first and file.startswith("src/") and file.endswith(".cpp"):
             self.check_own_header(file, number, target)
         if target is not None:
             self.includes[file].append((number, target))
             self.check_target(file, number, quote, target)
-        elif quote == '"' or name.startswith("qlt/"):
+        elif quote == '"' or name.split("/")[0] in LIBRARIES:
             self.report(file, number, f"{name} is not in the tree")
         elif name not in STANDARD_LIBRARY and "/Arch/" not in file:
             if not name.startswith(TREES[file.split("/")[0]] or ("\0",)):
@@ -142,9 +189,11 @@ class House:
         return None
 
     def check_own_header(self, file, number, target):
-        parts = file[len("src/qlt/"):-len(".cpp")].split("/")
+        library, parts = file.split("/")[1], file[:-len(".cpp")].split("/")[2:]
         own = "/".join(parts[2:] if parts[0] == "Arch" else parts) + ".h"
-        headers = {f"{folder}/{own}" for folder in ("include/qlt", "src/qlt")} & self.known
+        shallow = own.split("/")[0] + "/" + own.split("/")[-1]  # a sub-room's public header
+        headers = {f"{folder}/{name}" for folder in (f"include/{library}", f"src/{library}")
+                   for name in (own, shallow)} & self.known
         headers |= {file[:-len(".cpp")] + ".h"} & self.known
         if headers and target not in headers:
             self.report(file, number, f"does not include its own header {own} first")
@@ -155,13 +204,15 @@ class House:
         for_users = file.startswith(("include/", "examples/"))
         if for_users and (quote == '"' or not target.startswith("include/")):
             self.report(file, number, "is for users and includes other than <qlt/...>")
-        room, below = room_of(file), room_of(target)
+        room, below = self.room_of(file), self.room_of(target)
         if room is None:
             return
         if below is None:
             self.report(file, number, f"includes {target} from outside the library")
         elif below > room:
             self.report(file, number, f"includes {target} from a room above")
+        elif below[0] < room[0] and not target.startswith("include/"):
+            self.report(file, number, f"includes {target}, which is private to a library below")
 
     def check_cycles(self):
         done = set()
@@ -181,14 +232,15 @@ class House:
         path.pop()
         done.add(file)
 
-    def check_umbrella(self):
-        if UMBRELLA not in self.known:
+    def check_umbrella(self, umbrella):
+        if umbrella not in self.known:
             return
-        named = {target for _, target in self.includes[UMBRELLA]}
-        rooms = tuple(f"include/qlt/{room}/" for room in ROOMS)
+        library = umbrella.split("/")[1]
+        named = {target for _, target in self.includes[umbrella]}
+        rooms = tuple(f"include/{library}/{room}/" for room in ROOMS[library])
         for file in self.files:
             if file.startswith(rooms) and file not in named:
-                self.report(UMBRELLA, 1, f"does not include {file}")
+                self.report(umbrella, 1, f"does not include {file}")
 
 
 class SelfTest(unittest.TestCase):
@@ -225,6 +277,30 @@ class SelfTest(unittest.TestCase):
                            src__qlt__Arch__Linux__Runtime__R_cpp='#include "Math/M.h"\n')
         self.assert_broken("room above", include__qlt__qlt_h="",
                            src__qlt__Runtime__R_h="#include <qlt/qlt.h>\n")
+
+    def test_sub_rooms_have_an_order_and_own_the_public_headers_of_their_sources(self):
+        lens = {"include__qlt__Sensors__L_h": "",
+                "src__qlt__Sensors__Lens__L_cpp": "#include <qlt/Sensors/L.h>\n"}
+        self.assert_kept(**lens, src__qlt__Sensors__T_cpp='#include "Sensors/Lens/P.h"\n',
+                         src__qlt__Sensors__Lens__P_h="#include <qlt/Sensors/L.h>\n")
+        camera = {"src__qlt__Sensors__Camera__C_cpp": "#include <qlt/Sensors/C.h>\n",
+                  "include__qlt__Sensors__C_h": ""}
+        self.assert_broken("^src/qlt/Sensors/T.h:1: .*room above", **camera,
+                           src__qlt__Sensors__T_h="#include <qlt/Sensors/C.h>\n")
+
+    def test_the_kit_sees_the_core_from_outside(self):
+        self.assert_kept(include__qlt__Math__M_h="",
+                         src__qltkit__Headset__H_cpp="#include <qlt/Math/M.h>\n")
+        self.assert_broken("private to a library below", src__qlt__Math__P_h="",
+                           src__qltkit__Headset__H_cpp='#include "Math/P.h"\n')
+        self.assert_broken("room above", include__qltkit__Headset__H_h="",
+                           src__qlt__Math__M_cpp="#include <qltkit/Headset/H.h>\n")
+
+    def test_a_friend_is_of_the_same_room_or_below(self):
+        self.assert_kept(src__qlt__Math__M_h="class M\n{\n    friend struct N;\n};\nstruct N\n{\n};")
+        self.assert_broken("^src/qlt/Math/M.h:3: has the friend F in a room above",
+                           src__qlt__Math__M_h="class M\n{\n    friend struct F;\n};\n",
+                           src__qlt__Render__F_cpp="\nstruct F final : G\n{\n};\n")
 
     def test_the_library_includes_neither_tools_nor_tests(self):
         self.assert_broken("outside the library", tests__fakes__F_h="",

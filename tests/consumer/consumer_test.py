@@ -16,13 +16,16 @@ import subprocess
 
 PROGRAM = pathlib.Path(__file__).resolve().parent / "program"
 FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/QueltaSDK.pc",
+         "include/qltkit/qltkit.h", "lib/pkgconfig/QueltaKit.pc",
          "lib/cmake/QueltaSDK/QueltaSDKConfig.cmake",
          "share/QueltaSDK/bindings/python/quelta/__init__.py",
          "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs",
          "share/doc/QueltaSDK/LICENSE", "share/doc/QueltaSDK/README.txt"]
 SYSTEM_FILES = {
-    "Linux": ["lib/libQueltaSDK.so", "lib/udev/rules.d/70-quelta-orbel-ixo.rules", "bin/qlt"],
-    "Windows": ["bin/QueltaSDK.dll", "lib/libQueltaSDK.dll.a", "lib/QueltaSDK.lib",
+    "Linux": ["lib/libQueltaSDK.so", "lib/libQueltaKit.so",
+              "lib/udev/rules.d/70-quelta-orbel-ixo.rules", "bin/qlt"],
+    "Windows": ["bin/QueltaSDK.dll", "bin/QueltaKit.dll",
+                "lib/libQueltaSDK.dll.a", "lib/QueltaSDK.lib",
                 "bin/qlt.exe"],
 }
 
@@ -51,7 +54,7 @@ class Consumer:
 
     def pkg_config(self):
         place = dict(os.environ, PKG_CONFIG_LIBDIR=f"{self.prefix}/lib/pkgconfig")
-        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "QueltaSDK"], env=place,
+        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "QueltaKit"], env=place,
                                check=True, capture_output=True, text=True).stdout.split()
         self.compile("pkg_config", flags)
 
@@ -69,7 +72,8 @@ class Consumer:
         missing = [file for file in files if not (self.prefix / file).is_file()]
         assert not missing, f"not in the package: {missing}"
         assert "QueltaSDK" in self.output_of(self.prefix / "bin/qlt", "info")
-        self.compile("packaged", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib", "-lQueltaSDK"])
+        self.compile("packaged", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib",
+                                  "-lQueltaKit", "-lQueltaSDK"])
 
     def compile(self, name, flags):
         program = self.folder / name

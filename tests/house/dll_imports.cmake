@@ -1,7 +1,8 @@
 # cmake -D OBJDUMP=... -D FILES=... -P dll_imports.cmake: fails when one of FILES needs a DLL that
 # neither comes with Windows nor is ours, such as a compiler's: users would have to ship it.
 cmake_minimum_required(VERSION 3.20)
-set(allowed ADVAPI32 D3D11 DXGI GDI32 KERNEL32 MSVCRT OPENGL32 SETUPAPI SHELL32 USER32 QUELTASDK)
+set(allowed ADVAPI32 D3D11 DXGI GDI32 KERNEL32 MSVCRT OPENGL32 SETUPAPI SHELL32 USER32
+    QUELTASDK QUELTAKIT)
 
 foreach(file IN LISTS FILES)
   execute_process(COMMAND ${OBJDUMP} -p ${file} OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)

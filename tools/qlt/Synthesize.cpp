@@ -1,7 +1,8 @@
 #include "Commands.h"
 
+#include <qltkit/Headset/SoftwareHeadset.h>
+
 #include "OutputFile.h"
-#include "SoftwareHeadset.h"
 
 #include <cmath>
 #include <cstdio>
@@ -12,7 +13,7 @@ namespace
 /// A truth row is written for every so many reports.
 constexpr long TRUTH_STEP = 10;
 
-void WriteTruth(OutputFile& file, long index, const SoftwareHeadset::Sample& sample)
+void WriteTruth(OutputFile& file, long index, const qltkit::SoftwareHeadset::Sample& sample)
 {
     const auto& q = sample.orientation;
     file.Print("%ld,%lu,1,%d,%.6f,%.6f,%.6f,%.6f\n", index,
@@ -25,13 +26,13 @@ void WriteTruth(OutputFile& file, long index, const SoftwareHeadset::Sample& sam
 int RunSynthesize(const SynthesizeOptions& options)
 {
     const long reports = std::lround(options.seconds * 1000.0);
-    SoftwareHeadset headset(options.seed, options.ideal);
+    qltkit::SoftwareHeadset headset(options.seed, options.ideal);
     OutputFile recording(options.recording);
     OutputFile truth(options.truth);
     truth.Write("report,time_us,valid,moving,qw,qx,qy,qz\n");
     for (long i = 0; i < reports; ++i)
     {
-        const SoftwareHeadset::Sample sample = headset.Next();
+        const qltkit::SoftwareHeadset::Sample sample = headset.Next();
         recording.Write(std::string(sample.report.begin(), sample.report.end()));
         if (i % TRUTH_STEP == 0)
         {

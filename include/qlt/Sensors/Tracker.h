@@ -67,13 +67,18 @@ public:
     /// Asserts that the listener is registered. After the return it is not called any more.
     void RemoveListener(TrackerListener& listener);
 
-    /// The last orientation with the yaw origin applied. The reference follows later events: copy
-    /// it inside a listener, or take GetPredictedOrientation, to be sure of four values of one
-    /// event.
+    /// The last orientation with the yaw origin applied. The reference follows later events: take
+    /// CopyOrientation to be sure of four values of one event.
     const Quaternion& GetOrientation() const;
+
+    /// The last orientation as a copy of one event, taken under the lock. Any thread.
+    Quaternion CopyOrientation() const;
 
     /// The last position, metres; the reference follows later events.
     const Vec3& GetPosition() const;
+
+    /// The last position as a copy of one event, metres, taken under the lock. Any thread.
+    Vec3 CopyPosition() const;
 
     /// The orientation expected in `dt` seconds. deliberate: a tracker without a prediction of its
     /// own returns the last orientation with the yaw origin applied once more.
@@ -120,8 +125,6 @@ protected:
     void NotifyPositionEvent(const Vec3& position, float time);
 
 private:
-    friend struct FlatTracker; // of the flat interface, which copies what the references follow
-
     void StartClientThread();
     void StopClientThread();
 

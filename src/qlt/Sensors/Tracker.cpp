@@ -165,6 +165,18 @@ const Vec3& Tracker::GetPosition() const
     return mPosition;
 }
 
+Quaternion Tracker::CopyOrientation() const
+{
+    const Lock lock(*mMutex);
+    return mOrientation;
+}
+
+Vec3 Tracker::CopyPosition() const
+{
+    const Lock lock(*mMutex);
+    return mPosition;
+}
+
 Quaternion Tracker::GetPredictedOrientation(float dt) const
 {
     const Lock lock(*mMutex);

@@ -14,27 +14,6 @@
 
 #define QLT_SOURCE_FILE L"qlt_c_api"
 
-namespace qlt
-{
-
-/// The pose by value: what GetOrientation and GetPosition refer to changes without the lock.
-struct FlatTracker
-{
-    static Quaternion Orientation(const Tracker& tracker)
-    {
-        const std::lock_guard<std::recursive_mutex> lock(*tracker.mMutex);
-        return tracker.GetOrientation();
-    }
-
-    static Vec3 Position(const Tracker& tracker)
-    {
-        const std::lock_guard<std::recursive_mutex> lock(*tracker.mMutex);
-        return tracker.GetPosition();
-    }
-};
-
-} // namespace qlt
-
 using namespace qlt;
 
 namespace
@@ -186,7 +165,7 @@ void qlt_Tracker_GetOrientation(qlt_Tracker* pTracker, qlt_Quaternion* pOrientat
 {
     QLT_CHECK_LINE(pTracker != nullptr, 285);
     QLT_CHECK_LINE(pOrientation != nullptr, 286);
-    *Object(pOrientation) = FlatTracker::Orientation(*Object(pTracker));
+    *Object(pOrientation) = Object(pTracker)->CopyOrientation();
 }
 
 void qlt_Tracker_GetPredictedOrientation(qlt_Tracker* pTracker, qlt_Quaternion* pOrientation,
@@ -201,7 +180,7 @@ void qlt_Tracker_GetPosition(qlt_Tracker* pTracker, qlt_Vec3* pPosition)
 {
     QLT_CHECK_LINE(pTracker != nullptr, 301);
     QLT_CHECK_LINE(pPosition != nullptr, 302);
-    *Object(pPosition) = FlatTracker::Position(*Object(pTracker));
+    *Object(pPosition) = Object(pTracker)->CopyPosition();
 }
 
 void qlt_Tracker_GetObjectPosition(qlt_Tracker* pTracker, qlt_Vec3* pPosition, int32_t index)

@@ -1,6 +1,7 @@
 // Uses the library as it is installed: a constant, the simulator's events through a listener of
 // another program, and an exception that passes through the library. Fails when one is not right.
 #include <qlt/qlt.h>
+#include <qltkit/qltkit.h>
 
 #include <atomic>
 #include <iostream>
@@ -58,10 +59,13 @@ bool ExceptionsPass()
     return false;
 }
 
+/// The first report of a software headset has sequence number 1, which the kit's library writes.
+bool TheKitWorks() { return qltkit::SoftwareHeadset(1, true).Next().report[0] == 1; }
+
 } // namespace
 
 int main()
 {
     std::cout << qlt::Params::HMD_NAME << std::endl;
-    return Tracks() && ExceptionsPass() ? 0 : 1;
+    return Tracks() && ExceptionsPass() && TheKitWorks() ? 0 : 1;
 }

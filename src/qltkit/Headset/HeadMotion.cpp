@@ -1,8 +1,11 @@
-#include "HeadMotion.h"
+#include <qltkit/Headset/HeadMotion.h>
 
 #include <cmath>
 
-#include "Random.h"
+#include "Headset/Random.h"
+
+namespace qltkit
+{
 
 namespace
 {
@@ -80,3 +83,5 @@ HeadAngles HeadMotion::At(double timeS)
     }
     return angles;
 }
+
+} // namespace qltkit

@@ -1,11 +1,14 @@
-#include "SoftwareHeadset.h"
+#include <qltkit/Headset/SoftwareHeadset.h>
 
 #include <qlt/Sensors/Params.h>
 
-#include "Random.h"
+#include "Headset/Random.h"
 
 #include <algorithm>
 #include <cmath>
+
+namespace qltkit
+{
 
 namespace
 {
@@ -197,3 +200,5 @@ SoftwareHeadset::Sample SoftwareHeadset::Next()
     ++mReports;
     return sample;
 }
+
+} // namespace qltkit

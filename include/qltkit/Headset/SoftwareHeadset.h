@@ -2,13 +2,16 @@
 // headset would send, in the exact inverse of what the tracker makes of them.
 #pragma once
 
-#include "HeadMotion.h"
+#include <qltkit/Headset/HeadMotion.h>
 
 #include <array>
 #include <cstdint>
 #include <random>
 
-class SoftwareHeadset
+namespace qltkit
+{
+
+class QLTKIT_API SoftwareHeadset
 {
 public:
     using Vector = std::array<double, 3>;
@@ -39,3 +42,5 @@ private:
     Vector mGyroscopeBias{};
     std::uint32_t mReports = 0;
 };
+
+} // namespace qltkit

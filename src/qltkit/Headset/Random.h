@@ -4,6 +4,9 @@
 
 #include <random>
 
+namespace qltkit
+{
+
 /// In [low, high).
 inline double Uniform(std::mt19937_64& random, double low, double high)
 {
@@ -21,3 +24,5 @@ inline double Normal(std::mt19937_64& random, double deviation)
     }
     return sum * deviation;
 }
+
+} // namespace qltkit

@@ -1,7 +1,12 @@
 // A head that turns, nods, tilts and rests: smooth motion with a known orientation at every moment.
 #pragma once
 
+#include <qltkit/Export.h>
+
 #include <random>
+
+namespace qltkit
+{
 
 /// Where the head is: turns about y (yaw), then x (pitch), then z (roll), radians and radians per
 /// second.
@@ -16,7 +21,7 @@ struct HeadAngles
 };
 
 /// The same seed gives the same motion on every system. Peak speeds reach 300 degrees a second.
-class HeadMotion
+class QLTKIT_API HeadMotion
 {
 public:
     /// Starts with a rest of one second, upright and facing forward.
@@ -46,3 +51,5 @@ private:
     double mAmplitude = 0.0; // radians: a turn stays, a nod and a tilt come back
     double mYaw = 0.0;       // before the current move
 };
+
+} // namespace qltkit

@@ -25,6 +25,12 @@ import xml.etree.ElementTree
 
 ARGUMENTS = None
 IDENTITY = (0, 16384, 0, 0)  # z, w, x, y
+LENS_EDGE_RADIUS = 0.99553567  # half widths of an eye's viewport, from the lens's centre
+
+
+def lens_center(eye):
+    """How far right of the middle of the viewport it is, in half widths."""
+    return -0.012436205 if eye == "left" else 0.012436205
 
 
 def report(sequence, time_us):
@@ -251,12 +257,37 @@ class QltTest(unittest.TestCase):
 
     def test_the_pictures_in_the_documents_are_what_the_command_draws(self):
         documents = pathlib.Path(__file__).resolve().parents[2] / "docs"
-        for name, command in (("lens-mesh.svg", ["mesh"]), ("lens-optics.svg", ["optics"])):
-            with self.subTest(name):
-                self.qlt(*command, "--svg", self.path(name))
+        for command, legend in (("mesh", "grey: outside of the lens"),
+                                ("optics", "line = fitted, circle = measured")):
+            with self.subTest(command):
+                name = f"lens-{command}.svg"
+                self.qlt(command, "--svg", self.path(name))
                 drawn = pathlib.Path(self.path(name)).read_bytes()
                 self.assertEqual(drawn, (documents / name).read_bytes())
-                xml.etree.ElementTree.fromstring(drawn)
+                self.assertIn(legend, "".join(xml.etree.ElementTree.fromstring(drawn).itertext()))
+
+    def test_mesh_draws_its_lines_up_to_the_round_edge_of_the_lens(self):
+        for eye, resolution in (("left", "32x36"), ("right", "9x7")):
+            with self.subTest(eye):
+                self.qlt("mesh", "--svg", self.path("m.svg"), "--eye", eye, "--resolution",
+                         resolution)
+                drawing = xml.etree.ElementTree.parse(self.path("m.svg")).getroot()
+                svg = "{http://www.w3.org/2000/svg}"
+                circle = drawing.find(f"{svg}clipPath[@id='lens']/{svg}circle").attrib
+                cx, cy, radius = (float(circle[key]) for key in ("cx", "cy", "r"))
+                # Half of the eye's viewport is 320 wide and its middle is at (340, 380).
+                self.assertAlmostEqual(cx, 340 + lens_center(eye) * 320, places=2)
+                self.assertEqual(cy, 380)
+                self.assertAlmostEqual(radius, LENS_EDGE_RADIUS * 320, places=2)
+                self.assertEqual(drawing.findall(f"{svg}path"), [])
+                reach = {}
+                for path in drawing.findall(f"{svg}g[@clip-path='url(#lens)']/{svg}path"):
+                    for x, y in re.findall(r"[ML]([\d.]+) ([\d.]+)", path.get("d")):
+                        dx, dy = float(x) - cx, float(y) - cy
+                        part = round(math.degrees(math.atan2(dy, dx)) / 10) % 36
+                        reach[part] = max(reach.get(part, 0), math.hypot(dx, dy))
+                # Where the lens is wider than the panel, the lines end 3 earlier.
+                self.assertEqual([part for part in range(36) if reach[part] < radius - 3], [])
 
     def test_view_draws_both_eyes_through_their_lenses(self):
         done = self.qlt("view", "--png", self.path("v.png"))
@@ -278,6 +309,20 @@ class QltTest(unittest.TestCase):
         # An eye each: they see the near axes from two places.
         self.assertNotEqual([picture[x, 900] for x in range(1280)],
                             [picture[1280 + x, 900] for x in range(1280)])
+
+    def test_view_ends_each_eye_at_the_round_edge_of_its_lens(self):
+        self.qlt("view", "--png", self.path("v.png"))
+        picture = Picture(self.path("v.png"))
+        for eye, left in (("left", 0), ("right", 1280)):
+            wrong = []
+            for angle in map(math.radians, range(360)):
+                for step in (-1.5, 1.5):  # pixels from the edge
+                    r = LENS_EDGE_RADIUS * 640 + step
+                    x = math.floor(640 + lens_center(eye) * 640 + r * math.cos(angle))
+                    y = math.floor(720 - r * math.sin(angle))
+                    if 0 <= x < 1280 and (max(picture[left + x, y]) > 30) != (step < 0):
+                        wrong.append((x, y))
+            self.assertEqual(wrong, [], eye)
 
     def test_view_draws_a_moment_of_a_recording(self):
         self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "9")

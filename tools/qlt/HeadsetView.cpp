@@ -11,7 +11,7 @@ using qlt::Vec3;
 namespace
 {
 
-constexpr int MESH_RES_X = 192; // cells of an eye's mesh: finer than the lens needs, for its edge
+constexpr int MESH_RES_X = 192; // cells of an eye's mesh, each less than 7 x 7 panel pixels
 constexpr int MESH_RES_Y = 216;
 constexpr float NEAR_M = 0.05f;
 constexpr float FAR_M = 500.0f;

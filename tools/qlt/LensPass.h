@@ -14,13 +14,17 @@ public:
     /// With meshes of resX x resY cells.
     LensPass(int resX, int resY);
 
-    /// Draws `texture` into the current viewport; where the lens does not show anything, nothing.
+    /// Draws `texture` into the current viewport, and black outside of the lens, whose edge
+    /// is smooth.
     void Draw(qlt::Params::Eye eye, unsigned int texture) const;
 
     /// The same without a lens: the image as it is, over the whole viewport.
     void DrawFlat(unsigned int texture) const;
 
 private:
+    void BlackenOutside(qlt::Params::Eye eye) const;
+
     GlProgram mProgram;
+    GlProgram mEdge;
     std::array<qlt::DistortionMeshBuilder, qlt::Params::EYE_COUNT> mMeshes;
 };

@@ -3,6 +3,7 @@
 #include <qlt/qlt.h>
 
 #include "OutputFile.h"
+#include "Sensors/DistortConstants.h"
 
 #include <algorithm>
 #include <array>
@@ -53,12 +54,6 @@ public:
     int Vertices() const { return mBuilder.GetNumVertices(); }
     int Indices() const { return mBuilder.GetNumIndices(); }
     const Vec3& Position(int vertex) const { return mBuilder.GetPosition()[vertex]; }
-
-    bool IsOutside(const Triangle& t) const
-    {
-        return std::any_of(t.begin(), t.end(),
-                           [this](int vertex) { return Position(vertex).z() < 0.0f; });
-    }
 
     std::vector<Triangle> triangles;
     std::array<Channel, 3> channels{};
@@ -113,29 +108,35 @@ void WriteCsv(const Mesh& mesh, const std::string& path)
 class Drawing
 {
 public:
-    Drawing(const Mesh& mesh, const std::string& path)
+    Drawing(const Mesh& mesh, const MeshOptions& options)
         : mMesh(mesh)
-        , mFile(path)
+        , mOptions(options)
+        , mCenter(OnPaper(options.rightEye ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
+        , mFile(options.svg)
     {
     }
 
-    void Draw(const MeshOptions& options)
+    void Draw()
     {
         mFile.Print("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %g %g\">\n",
                     WIDTH + 2 * MARGIN, HEIGHT + 2 * MARGIN + CAPTION);
         mFile.Write("<rect width=\"100%\" height=\"100%\" fill=\"#222\"/>\n");
-        mFile.Print("<rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", MARGIN, MARGIN, WIDTH,
-                    HEIGHT);
-        DrawOutside();
+        mFile.Print(
+            "<clipPath id=\"lens\"><circle cx=\"%.3f\" cy=\"%.3f\" r=\"%.3f\"/></clipPath>\n",
+            mCenter.x, mCenter.y, RADIUS);
+        DrawViewport("#666");
+        mFile.Write("<g clip-path=\"url(#lens)\">\n");
+        DrawViewport("#000");
         for (const Channel& channel : mMesh.channels)
         {
             DrawGrid(channel);
         }
+        mFile.Write("</g>\n");
         mFile.Print("<text x=\"%g\" y=\"%g\" font-family=\"sans-serif\" font-size=\"15\" "
                     "fill=\"#ccc\">",
                     MARGIN, HEIGHT + 2 * MARGIN + 6);
         mFile.Print("A square grid on the panel, %s lens, %d x %d cells; grey: outside of the lens",
-                    options.rightEye ? "right" : "left", options.resX, options.resY);
+                    mOptions.rightEye ? "right" : "left", mOptions.resX, mOptions.resY);
         mFile.Write("</text>\n</svg>\n");
         mFile.Close();
     }
@@ -145,6 +146,11 @@ private:
     static constexpr double HEIGHT = 720.0;
     static constexpr double MARGIN = 20.0;
     static constexpr double CAPTION = 20.0;
+    static constexpr double LENS_CENTER_X =
+        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X); // of the right eye
+    /// Of the lens's edge: its unit is half the width on both axes, so it is a circle on the paper.
+    static constexpr double RADIUS =
+        static_cast<double>(qlt::DistortConstants::LENS_EDGE_RADIUS) * WIDTH / 2.0;
     static constexpr int GRID = 24; // lines across the texture, and one less
 
     struct Point
@@ -153,30 +159,26 @@ private:
         double y;
     };
 
-    Point OnPaper(double x, double y) const
+    static Point OnPaper(double x, double y)
     {
         return {MARGIN + (x + 1.0) * 0.5 * WIDTH, MARGIN + (1.0 - y) * 0.5 * HEIGHT};
     }
 
-    void DrawOutside()
+    void DrawViewport(const char* color)
     {
-        mFile.Write("<path fill=\"#666\" stroke=\"#666\" stroke-width=\".5\" d=\"");
-        for (const Triangle& t : mMesh.triangles)
-        {
-            if (mMesh.IsOutside(t))
-            {
-                char step = 'M';
-                for (const int vertex : t)
-                {
-                    const Vec3& v = mMesh.Position(vertex);
-                    const Point p = OnPaper(At(v, 0), At(v, 1));
-                    mFile.Print("%c%.1f %.1f", step, p.x, p.y);
-                    step = 'L';
-                }
-                mFile.Write("z");
-            }
-        }
-        mFile.Write("\"/>\n");
+        mFile.Print("<rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\" fill=\"%s\"/>\n", MARGIN,
+                    MARGIN, WIDTH, HEIGHT, color);
+    }
+
+    /// Whether the nearest point of a line to the lens's centre is inside of the lens.
+    bool MeetsLens(const Point& from, const Point& to) const
+    {
+        const double x = to.x - from.x;
+        const double y = to.y - from.y;
+        const double part = ((mCenter.x - from.x) * x + (mCenter.y - from.y) * y) / (x * x + y * y);
+        const double nearest = std::clamp(part, 0.0, 1.0);
+        return std::hypot(from.x + nearest * x - mCenter.x, from.y + nearest * y - mCenter.y) <=
+               RADIUS;
     }
 
     /// The lines of equal u and of equal v, interpolated in each triangle as graphics hardware
@@ -189,7 +191,7 @@ private:
             channel.color);
         for (const Triangle& t : mMesh.triangles)
         {
-            for (int axis = 0; axis < 2 && !mMesh.IsOutside(t); ++axis)
+            for (int axis = 0; axis < 2; ++axis)
             {
                 const std::array<double, 3> values = {At(channel.texture[t[0]], axis) * GRID,
                                                       At(channel.texture[t[1]], axis) * GRID,
@@ -225,7 +227,7 @@ private:
             crossings.push_back(OnPaper(At(p, 0) + part * (At(q, 0) - At(p, 0)),
                                         At(p, 1) + part * (At(q, 1) - At(p, 1))));
         }
-        if (crossings.size() == 2)
+        if (crossings.size() == 2 && MeetsLens(crossings[0], crossings[1]))
         {
             mFile.Print("M%.1f %.1fL%.1f %.1f", crossings[0].x, crossings[0].y, crossings[1].x,
                         crossings[1].y);
@@ -233,6 +235,8 @@ private:
     }
 
     const Mesh& mMesh;
+    const MeshOptions& mOptions;
+    const Point mCenter; // of the lens
     OutputFile mFile;
 };
 
@@ -243,7 +247,7 @@ int RunMesh(const MeshOptions& options)
     const Mesh mesh(options);
     if (!options.svg.empty())
     {
-        Drawing(mesh, options.svg).Draw(options);
+        Drawing(mesh, options).Draw();
     }
     if (!options.obj.empty())
     {

@@ -3,6 +3,7 @@
 #include <qlt/qlt.h>
 
 #include "OutputFile.h"
+#include "Sensors/DistortConstants.h"
 #include "Sensors/DistortionTables.h"
 
 #include <array>
@@ -18,7 +19,7 @@ constexpr double HEIGHT = 440.0;
 constexpr double LEFT = 60.0;
 constexpr double TOP = 20.0;
 constexpr double LEAST = 0.5; // of the scale axis, which ends at 1
-constexpr double LENS_EDGE = 0.99553567;
+constexpr double LENS_EDGE = static_cast<double>(qlt::DistortConstants::LENS_EDGE_RADIUS);
 
 double ToX(double radius) { return LEFT + radius * WIDTH; }
 
@@ -53,7 +54,7 @@ qlt::DistortParams MeasuredLens()
 /// texture is so many times as far from its middle.
 double Scale(qlt::DistortionFunction& lens, double radius, qlt::Params::Color channel)
 {
-    constexpr float CENTER_X = 0.012436205f; // of the right eye
+    constexpr float CENTER_X = qlt::DistortConstants::LENS_CENTER_OFFSET_X; // of the right eye
     const float y = static_cast<float>(-radius) * qlt::Params::EYE_ASPECT_RATIO;
     const qlt::Vec3 sample =
         lens.Distortion(qlt::Vec2(CENTER_X, y), qlt::Params::EYE_RIGHT, channel);
@@ -109,6 +110,20 @@ void DrawCurve(OutputFile& file, qlt::DistortionFunction& lens, const Curve& cur
     file.Write("\n</g>\n");
 }
 
+void DrawLegend(OutputFile& file)
+{
+    double y = TOP + 24;
+    file.Write("<g font-family=\"sans-serif\" font-size=\"14\">\n");
+    for (const Curve& curve : CURVES)
+    {
+        file.Print("<text x=\"%.1f\" y=\"%.1f\" fill=\"%s\">%s</text>\n", LEFT + 16, y, curve.color,
+                   curve.name);
+        y += 20;
+    }
+    file.Print("<text x=\"%.1f\" y=\"%.1f\" fill=\"#333\">", LEFT + 16, y);
+    file.Write("line = fitted, circle = measured</text>\n</g>\n");
+}
+
 } // namespace
 
 int RunOptics(const std::string& svg)
@@ -121,15 +136,11 @@ int RunOptics(const std::string& svg)
                LEFT + WIDTH + 20, TOP + HEIGHT + 54);
     file.Write("<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n");
     DrawAxes(file);
-    double y = TOP + 24;
     for (const Curve& curve : CURVES)
     {
         DrawCurve(file, lens, curve);
-        file.Print("<text x=\"%.1f\" y=\"%.1f\" font-family=\"sans-serif\" font-size=\"14\" "
-                   "fill=\"%s\">%s, fitted and measured</text>\n",
-                   LEFT + 16, y, curve.color, curve.name);
-        y += 20;
     }
+    DrawLegend(file);
     file.Write("</svg>\n");
     file.Close();
     std::printf("%s: the scale factors of the three colours over the radius\n", svg.c_str());

@@ -21,11 +21,22 @@ struct
     NvApi::Status statuses[2] = {}; // of the calls, in their order
     std::uint32_t counts[2] = {};   // that they return
     std::string calls;
+    int initializations = 0;
 } driver;
 
-/// "Entry points" that tell their identifiers; they are looked at only.
+NvApi::Status Initialize()
+{
+    ++driver.initializations;
+    return -1;
+}
+
+/// "Entry points" that tell their identifiers; they are looked at only, but for the first.
 void* Query(std::uint32_t identifier)
 {
+    if (identifier == 0x0150E828 && driver.missing != identifier)
+    {
+        return reinterpret_cast<void*>(Initialize);
+    }
     return identifier == driver.missing ? nullptr
                                         : reinterpret_cast<void*>(std::uintptr_t{identifier});
 }
@@ -54,11 +65,11 @@ NvApi::Status EnumerateDisplays(std::uint32_t vendorId, std::uint32_t* count,
     return driver.statuses[call];
 }
 
-NvApi::Status EnumerateModes(const NvApi::Display* display, std::uint32_t* count,
-                             NvApi::Mode* modes, std::uint32_t zero)
+NvApi::Status EnumerateModes(NvApi::Display display, std::uint32_t* count, NvApi::Mode* modes,
+                             std::uint32_t zero)
 {
     const std::uint32_t room = *count;
-    const std::size_t call = Record("modes", display->bytes[15], count, modes, zero);
+    const std::size_t call = Record("modes", display.bytes[15], count, modes, zero);
     for (std::uint32_t i = 0; modes != nullptr && i < room; ++i)
     {
         EXPECT_EQ(modes[i].version, 0x10020u);
@@ -79,11 +90,16 @@ NvApi Driver(NvApi::Status first, std::uint32_t firstCount, NvApi::Status second
 
 } // namespace
 
-TEST(NvApiTest, IsCompleteWithEveryEntryPointOnly)
+TEST(NvApiTest, IsInitialisedOnceWhereItCanBeAndCompleteWithEveryOtherEntryPointOnly)
 {
     driver = {};
+    driver.missing = 0x0150E828;
+    EXPECT_TRUE(NvApi::Load(Query).complete);
+    EXPECT_EQ(driver.initializations, 0);
+    driver.missing = 0;
     const NvApi api = NvApi::Load(Query);
     EXPECT_TRUE(api.complete);
+    EXPECT_EQ(driver.initializations, 1);
     const std::uintptr_t entries[] = {reinterpret_cast<std::uintptr_t>(api.enumerateDisplays),
                                       reinterpret_cast<std::uintptr_t>(api.enumerateModes),
                                       reinterpret_cast<std::uintptr_t>(api.acquireDisplay),
@@ -134,6 +150,9 @@ TEST(NvApiTest, TheFirstModeIsChosen)
     } rows[] = {
         {{0, 0}, {1, 1}, true, counting + " modes(AB, 1, array, 0)"},
         {{0, 0}, {3, 3}, true, counting + " modes(AB, 3, array, 0)"},
+        {{0, 0}, {1024, 1024}, true, counting + " modes(AB, 1024, array, 0)"},
+        {{0, 0}, {1025, 1}, false, counting},
+        {{0, 0}, {1, 1025}, false, counting + " modes(AB, 1, array, 0)"},
         {{0, 0}, {3, 0}, false, counting + " modes(AB, 3, array, 0)"},
         {{0, -1}, {2, 2}, false, counting + " modes(AB, 2, array, 0)"},
         {{-1, 0}, {1, 1}, false, counting},

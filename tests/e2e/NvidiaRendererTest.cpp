@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-// On every system, with a driver or without one.
+// On every system, with a driver or without one. Engines count on the size.
 TEST(NvidiaRendererTest, WithoutADeviceNothingHappens)
 {
+    EXPECT_EQ(sizeof(NvidiaRenderer), sizeof(void*));
     NvidiaRenderer renderer;
     EXPECT_FALSE(renderer.Initialize());
     renderer.Submit(nullptr, nullptr);

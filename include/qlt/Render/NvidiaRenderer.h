@@ -4,13 +4,12 @@
 //
 // Windows with an NVIDIA driver; elsewhere Initialize returns false and Submit does nothing.
 //
-// All calls belong on the thread that owns the device's immediate context. Nothing throws for a
-// missing display, and nothing is printed: IsInitialized says whether frames arrive.
+// All calls belong on the thread that owns the device's immediate context. Nothing throws
+// but the default constructor (std::bad_alloc), and nothing is printed: IsInitialized says whether
+// frames arrive.
 #pragma once
 
 #include <qlt/Export.h>
-
-#include <memory>
 
 struct ID3D11Device;
 struct ID3D11Texture2D;
@@ -30,8 +29,8 @@ public:
     NvidiaRenderer& operator=(const NvidiaRenderer& other);
 
     /// Takes the display and makes all that drawing needs, on the device of the last Submit: false
-    /// without one, without a direct-mode display of the headset, or when any step fails. Submit
-    /// calls it; there is no need to.
+    /// without one, without a direct-mode display of the headset, or when any step fails, also for
+    /// lack of memory. Submit calls it; there is no need to.
     bool Initialize();
 
     /// Whether an Initialize has succeeded, and no Shutdown followed.
@@ -56,5 +55,5 @@ public:
 
 private:
     struct State;
-    std::shared_ptr<State> mState;
+    State* mState; // shared by the copies, which are counted in it
 };

@@ -9,6 +9,7 @@ namespace
 
 constexpr std::uint32_t MODE_VERSION = sizeof(NvApi::Mode) | 1U << 16;
 constexpr std::uint32_t MAX_DISPLAYS = 4;
+constexpr std::uint32_t MAX_MODES = 1024; // a larger count is an error of the driver
 
 template <typename Function>
 bool Fill(Function& entry, NvApi::QueryInterface query, std::uint32_t identifier)
@@ -21,6 +22,12 @@ bool Fill(Function& entry, NvApi::QueryInterface query, std::uint32_t identifier
 
 NvApi NvApi::Load(QueryInterface query)
 {
+    Initialize initialize = nullptr;
+    if (query != nullptr && Fill(initialize, query, 0x0150E828))
+    {
+        // deliberate: a driver that this has not initialised fails in its operations anyway.
+        initialize();
+    }
     NvApi api;
     api.complete =
         query != nullptr && //
@@ -53,12 +60,14 @@ bool NvApi::FindDisplay(std::uint32_t vendorId, Display& display) const
 bool NvApi::FindMode(const Display& display, Mode& mode) const
 {
     std::uint32_t count = 0;
-    if (enumerateModes(&display, &count, nullptr, 0) != 0 || count == 0)
+    const auto enumerate = [&](Mode* modes)
+    { return enumerateModes(display, &count, modes, 0) == 0 && count != 0 && count <= MAX_MODES; };
+    if (!enumerate(nullptr))
     {
         return false;
     }
     std::vector<Mode> modes(count, Mode{MODE_VERSION, {}, 0, {}});
-    if (enumerateModes(&display, &count, modes.data(), 0) != 0 || count == 0)
+    if (!enumerate(modes.data()))
     {
         return false;
     }

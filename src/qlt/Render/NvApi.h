@@ -25,19 +25,20 @@ struct NvApi
     };
     static_assert(sizeof(Mode) == 32, "the driver's layout");
 
-    // A display is passed by its address: by the calling convention the same as by value.
+    // A display is passed by value: the driver gets a copy and may write to it.
+    using Initialize = Status (*)();
     using EnumerateDisplays = Status (*)(std::uint32_t vendorId, std::uint32_t* count,
                                          Display* displays, std::uint32_t one);
-    using EnumerateModes = Status (*)(const Display* display, std::uint32_t* count, Mode* modes,
+    using EnumerateModes = Status (*)(Display display, std::uint32_t* count, Mode* modes,
                                       std::uint32_t zero);
     using AcquireDisplay = Status (*)(std::uint32_t vendorId, void* dxgiDevice, Display* display);
-    using CreateSurface = Status (*)(const Display* display, const Mode* mode,
-                                     std::uint32_t* surface, void** sharedHandle);
-    using SetMode = Status (*)(const Display* display, const Mode* mode);
-    using GetFrameEvent = Status (*)(const Display* display, void** event);
-    using Present = Status (*)(const Display* display, std::uint32_t surface, std::uint32_t two,
+    using CreateSurface = Status (*)(Display display, const Mode* mode, std::uint32_t* surface,
+                                     void** sharedHandle);
+    using SetMode = Status (*)(Display display, const Mode* mode);
+    using GetFrameEvent = Status (*)(Display display, void** event);
+    using Present = Status (*)(Display display, std::uint32_t surface, std::uint32_t two,
                                void* device);
-    using ReleaseDisplay = Status (*)(std::uint32_t vendorId, const Display* display);
+    using ReleaseDisplay = Status (*)(std::uint32_t vendorId, Display display);
 
     EnumerateDisplays enumerateDisplays = nullptr;
     EnumerateModes enumerateModes = nullptr;
@@ -52,10 +53,12 @@ struct NvApi
     /// The driver's way to an entry point; null when it has none of that identifier.
     using QueryInterface = void* (*)(std::uint32_t identifier);
 
+    /// Initialises the driver, if it has an entry point for that: most fail all operations before.
     /// Without a driver, null, nothing is there.
     static NvApi Load(QueryInterface query);
 
-    // What is chosen of what there is; false when there is nothing or a call fails.
+    // What is chosen of what there is; false when there is nothing or a call fails. FindMode may
+    // throw std::bad_alloc.
     bool HasDisplay(std::uint32_t vendorId) const;
     bool FindDisplay(std::uint32_t vendorId, Display& display) const;
     bool FindMode(const Display& display, Mode& mode) const;

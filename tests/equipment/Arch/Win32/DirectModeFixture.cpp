@@ -168,6 +168,10 @@ bool DirectModeFixture::Fails(const std::string& call)
         return false;
     }
     log.push_back(call);
+    if (call.rfind("setMode", 0) == 0)
+    {
+        surfaceReferences = CountReferences(surface);
+    }
     if (call.rfind("present", 0) == 0)
     {
         SetEvent(frameEvent);

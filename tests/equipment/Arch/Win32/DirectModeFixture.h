@@ -50,6 +50,7 @@ protected:
     ComPtr<ID3D11DeviceContext> context;
     ComPtr<ID3D11Texture2D> surface; // of the display
     ComPtr<ID3D11Texture2D> image;   // of the engine
+    ULONG surfaceReferences = 0;     // when the mode was set
     std::string devicePointer;       // as the log has them
     std::string dxgiDevicePointer;
 

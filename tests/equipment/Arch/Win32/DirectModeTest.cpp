@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 #include <future>
+#include <set>
+#include <stdexcept>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -17,6 +19,41 @@ namespace
 using Microsoft::WRL::ComPtr;
 
 bool IsWanted(HANDLE frameEvent) { return WaitForSingleObject(frameEvent, 0) == WAIT_OBJECT_0; }
+
+/// Makes one allocation of the shipped library fail: its `malloc`, under its operator new.
+class LibraryMemory
+{
+public:
+    LibraryMemory()
+    {
+        auto* const library = reinterpret_cast<char*>(GetModuleHandleW(L"QueltaSDK.dll"));
+        const auto* const headers = reinterpret_cast<IMAGE_NT_HEADERS*>(
+            library + reinterpret_cast<IMAGE_DOS_HEADER*>(library)->e_lfanew);
+        const IMAGE_DATA_DIRECTORY& imports =
+            headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+        auto* const first = reinterpret_cast<Malloc*>(library + imports.VirtualAddress);
+        Malloc* const last = first + imports.Size / sizeof *first;
+        mMalloc = reinterpret_cast<Malloc>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
+        mEntry = std::find(first, last, mMalloc);
+        DWORD protection = 0;
+        if (mEntry == last || !VirtualProtect(mEntry, sizeof *mEntry, PAGE_READWRITE, &protection))
+        {
+            throw std::runtime_error("find the library's malloc");
+        }
+        *mEntry = [](std::size_t size) { return left-- == 0 ? nullptr : std::malloc(size); };
+    }
+
+    ~LibraryMemory() { *mEntry = mMalloc; }
+
+    static inline std::size_t left = SIZE_MAX; // allocations before the one that fails
+
+private:
+    using Malloc = void* (*)(std::size_t);
+
+    Malloc mMalloc;
+    Malloc* mEntry;
+};
 
 /// A smooth image, different for each colour and eye: from 0 to 1.
 double Image(std::size_t color, int eye, double u, double v)
@@ -140,7 +177,8 @@ TEST_F(DirectModeTest, AFrameTakesItsStepsInOrder)
     SubmitFirst(*renderer);
     EXPECT_EQ(TakeLog(), firstFrame);
     EXPECT_TRUE(renderer->IsInitialized());
-    renderer->Submit(nullptr, image.Get()); // the device is known
+    EXPECT_EQ(surfaceReferences, CountReferences(surface)); // the view's alone
+    renderer->Submit(nullptr, image.Get());                 // the device is known
     EXPECT_EQ(TakeLog(), frame);
     renderer->Shutdown();
     renderer->Shutdown();
@@ -244,6 +282,43 @@ TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
     }
 }
 
+TEST_F(DirectModeTest, AFailedAllocationIsAFailedStep)
+{
+    LibraryMemory memory;
+    std::set<std::size_t> failures; // in steps that were begun
+    for (std::size_t allocation = 0; !renderer->IsInitialized(); ++allocation)
+    {
+        TakeLog();
+        LibraryMemory::left = allocation;
+        SubmitFirst(*renderer);
+        failures.insert(log.size());
+    }
+    EXPECT_EQ(TakeLog(), firstFrame);
+    EXPECT_EQ(failures, (std::set<std::size_t>{4, 10, 12, firstFrame.size()})); // modes and meshes
+}
+
+TEST_F(DirectModeTest, ItsObjectsAreHeldByTheOneReferenceThatTheDeviceGave)
+{
+    const CD3D11_SAMPLER_DESC description(D3D11_DEFAULT);
+    ComPtr<ID3D11SamplerState> sampler;
+    device->CreateSamplerState(&description, sampler.GetAddressOf());
+    FunctionTable functions(sampler.Get());
+    int references = 0;
+    functions.Watch(1, [&](FunctionTable::Arguments)
+                    { return ++references, std::optional<std::int32_t>(); });
+    deviceFunctions->Watch(23,
+                           [&](FunctionTable::Arguments a) -> std::optional<std::int32_t>
+                           {
+                               sampler.CopyTo(reinterpret_cast<ID3D11SamplerState**>(a[2]));
+                               return S_OK;
+                           });
+    device->AddRef();
+    renderer->Submit(device.Get(), nullptr); // Wine draws with its own tables only
+    EXPECT_TRUE(renderer->IsInitialized());
+    EXPECT_EQ(references, 1);
+    renderer.reset();
+}
+
 TEST_F(DirectModeTest, WithoutADisplayOrAModeNothingIsDrawn)
 {
     driver.displays = 0;
@@ -319,17 +394,27 @@ TEST_F(DirectModeTest, TheDeviceIsReleasedOnceAndAFailedAttemptKeepsTheContext)
 TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
 {
     auto copy = std::make_unique<NvidiaRenderer>(*renderer);
-    NvidiaRenderer assigned;
-    assigned = *copy;
+    auto assigned = std::make_unique<NvidiaRenderer>();
+    *assigned = *copy;
+    *copy = *renderer; // which is the same
     SubmitFirst(*renderer);
     EXPECT_TRUE(copy->IsInitialized());
     TakeLog();
     copy.reset();
     EXPECT_EQ(TakeLog(), Log{"release 37957 DA"});
     EXPECT_FALSE(renderer->IsInitialized());
-    SubmitFirst(assigned);
+    SubmitFirst(*assigned);
     EXPECT_EQ(TakeLog(), firstFrame);
     EXPECT_TRUE(renderer->IsInitialized());
+    renderer->Shutdown();
+    TakeLog();
+    failing = steps.size() - 1;
+    SubmitFirst(*renderer);
+    const ULONG references = CountReferences(device); // also by what the steps before have made
+    assigned.reset();
+    EXPECT_EQ(CountReferences(device), references);
+    renderer.reset(); // the last one frees it
+    EXPECT_LT(CountReferences(device), references);
 }
 
 // A fake driver lies beside the program. In a process of its own: the library looks for it once.

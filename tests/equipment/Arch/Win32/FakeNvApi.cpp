@@ -1,5 +1,5 @@
 // A fake nvapi64.dll: the entry points of direct mode, by their identifiers. Displays are passed by
-// value, as the driver's own headers have it.
+// value, as the driver's own headers have it. Nothing works until it has been initialised, once.
 #include "FakeNvApi.h"
 
 #include <cstdio>
@@ -20,26 +20,37 @@ struct Mode
 
 const NvApiScript NOTHING{0, 0};
 const NvApiScript* script = &NOTHING;
+int initializations = 0;
+
+std::int32_t Initialize()
+{
+    ++initializations;
+    return -1;
+}
 
 template <typename... Arguments>
 std::int32_t Call(const char* format, Arguments... arguments)
 {
+    if (initializations != 1)
+    {
+        return -4;
+    }
     char call[128];
     std::snprintf(call, sizeof call, format, arguments...);
     return script->onCall == nullptr ? -1 : script->onCall(script->context, call);
 }
 
-/// What its bytes are, if they are all the same.
-unsigned Number(const Display& display)
+/// What an argument's bytes are, if they are all the same; overwrites them, as a driver may.
+unsigned Take(Display& display)
 {
-    for (const unsigned char byte : display.bytes)
+    const unsigned first = display.bytes[0];
+    bool same = true;
+    for (volatile unsigned char& byte : display.bytes)
     {
-        if (byte != display.bytes[0])
-        {
-            return 0;
-        }
+        same = same && byte == first;
+        byte = 0xEE;
     }
-    return display.bytes[0];
+    return same ? first : 0;
 }
 
 std::int32_t EnumerateDisplays(std::uint32_t vendorId, std::uint32_t* count, Display* displays,
@@ -66,7 +77,7 @@ std::int32_t EnumerateModes(Display display, std::uint32_t* count, Mode* modes, 
         modes[i].words[5] = i == 0 ? script->pixelFormat : 32;
     }
     *count = script->modes;
-    return Call("enumerateModes %X %u %u %u", Number(display), room, versions, zero);
+    return Call("enumerateModes %X %u %u %u", Take(display), room, versions, zero);
 }
 
 std::int32_t Acquire(std::uint32_t vendorId, void* dxgiDevice, Display* display)
@@ -79,30 +90,30 @@ std::int32_t CreateSurface(Display display, const Mode* mode, std::uint32_t* sur
 {
     *surface = 1234;
     *shared = script->surface;
-    return Call("createSurface %X %X %u %u", Number(display), mode->words[0], mode->words[1],
+    return Call("createSurface %X %X %u %u", Take(display), mode->words[0], mode->words[1],
                 mode->words[5]);
 }
 
 std::int32_t SetMode(Display display, const Mode* mode)
 {
-    return Call("setMode %X %X %u %u", Number(display), mode->words[0], mode->words[1],
+    return Call("setMode %X %X %u %u", Take(display), mode->words[0], mode->words[1],
                 mode->words[5]);
 }
 
 std::int32_t GetFrameEvent(Display display, void** event)
 {
     *event = script->frameEvent;
-    return Call("getFrameEvent %X", Number(display));
+    return Call("getFrameEvent %X", Take(display));
 }
 
 std::int32_t Present(Display display, std::uint32_t surface, std::uint32_t two, void* device)
 {
-    return Call("present %X %u %u %p", Number(display), surface, two, device);
+    return Call("present %X %u %u %p", Take(display), surface, two, device);
 }
 
 std::int32_t Release(std::uint32_t vendorId, Display display)
 {
-    return Call("release %u %X", vendorId, Number(display));
+    return Call("release %u %X", vendorId, Take(display));
 }
 
 } // namespace
@@ -119,6 +130,7 @@ extern "C" __declspec(dllexport) void* nvapi_QueryInterface(std::uint32_t identi
         std::uint32_t identifier;
         void* function;
     } entries[] = {
+        {0x0150E828, reinterpret_cast<void*>(Initialize)},
         {0x602F60D8, reinterpret_cast<void*>(EnumerateDisplays)},
         {0x79C3FE22, reinterpret_cast<void*>(EnumerateModes)},
         {0xC4E4EFDA, reinterpret_cast<void*>(Acquire)},

@@ -1,12 +1,11 @@
 #include <qlt/Render/NvidiaRenderer.h>
 
-// There is neither Direct3D nor direct mode here.
+// There is neither Direct3D nor direct mode here, and no state.
 
-struct NvidiaRenderer::State
+NvidiaRenderer::NvidiaRenderer()
+    : mState(nullptr)
 {
-};
-
-NvidiaRenderer::NvidiaRenderer() = default;
+}
 
 NvidiaRenderer::~NvidiaRenderer() = default;
 

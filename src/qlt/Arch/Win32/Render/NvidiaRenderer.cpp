@@ -4,6 +4,9 @@
 
 #include "DirectModePipeline.h"
 
+#include <atomic>
+#include <new>
+#include <optional>
 #include <utility>
 #include <windows.h>
 
@@ -41,7 +44,11 @@ const NvApi& SystemNvApi()
 /// The display, and what is drawn on it with.
 struct Screen
 {
+    /// False when a step fails; what the steps before it made stays.
     bool Open(ID3D11Device& device, ID3D11DeviceContext& context);
+
+    bool Take(ID3D11Device& device);
+    bool SetTarget(ID3D11Device& device, HANDLE shared);
 
     NvApi::Display display{};
     NvApi::Mode mode{};
@@ -51,40 +58,80 @@ struct Screen
 
 bool Screen::Open(ID3D11Device& device, ID3D11DeviceContext& context)
 {
+    try
+    {
+        return Take(device) && pipeline.Make(device, context);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+bool Screen::Take(ID3D11Device& device)
+{
     const NvApi& api = SystemNvApi();
     ComPtr<IDXGIDevice> dxgiDevice;
     HANDLE shared = nullptr;
-    ComPtr<ID3D11Texture2D> texture;
     return SUCCEEDED(device.QueryInterface(IID_PPV_ARGS(dxgiDevice.GetAddressOf()))) &&
            api.FindDisplay(VENDOR_ID, display) && api.FindMode(display, mode) &&
            api.acquireDisplay(VENDOR_ID, dxgiDevice.Get(), &display) == 0 &&
-           api.createSurface(&display, &mode, &surface, &shared) == 0 &&
-           SUCCEEDED(device.OpenSharedResource(shared, IID_PPV_ARGS(texture.GetAddressOf()))) &&
+           api.createSurface(display, &mode, &surface, &shared) == 0 && SetTarget(device, shared) &&
+           api.setMode(display, &mode) == 0;
+}
+
+/// Releases the surface's texture, too, before the mode is set: the view keeps it alive.
+bool Screen::SetTarget(ID3D11Device& device, HANDLE shared)
+{
+    ComPtr<ID3D11Texture2D> texture;
+    return SUCCEEDED(device.OpenSharedResource(shared, IID_PPV_ARGS(texture.GetAddressOf()))) &&
            pipeline.SetTarget(device, *texture.Get(),
-                              static_cast<DXGI_FORMAT>(SurfaceFormat(mode))) &&
-           api.setMode(&display, &mode) == 0 && pipeline.Make(device, context);
+                              static_cast<DXGI_FORMAT>(SurfaceFormat(mode)));
 }
 
 } // namespace
 
 struct NvidiaRenderer::State
 {
+    void RemoveOwner()
+    {
+        if (--owners == 0)
+        {
+            delete this;
+        }
+    }
+
+    std::atomic<int> owners{1};
     bool initialized = false;
-    Screen screen;
+    std::optional<Screen> screen;           // of the last attempt
     ID3D11Device* device = nullptr;         // deliberate: without a reference, and yet released
     ID3D11DeviceContext* context = nullptr; // deliberate: a failed attempt's is never released
 };
 
 NvidiaRenderer::NvidiaRenderer()
-    : mState(std::make_shared<State>())
+    : mState(new State)
 {
 }
 
-NvidiaRenderer::~NvidiaRenderer() { Shutdown(); }
+NvidiaRenderer::~NvidiaRenderer()
+{
+    Shutdown();
+    mState->RemoveOwner();
+}
 
-NvidiaRenderer::NvidiaRenderer(const NvidiaRenderer& other) = default;
+NvidiaRenderer::NvidiaRenderer(const NvidiaRenderer& other)
+    : mState(other.mState)
+{
+    ++mState->owners;
+}
 
-NvidiaRenderer& NvidiaRenderer::operator=(const NvidiaRenderer& other) = default;
+NvidiaRenderer& NvidiaRenderer::operator=(const NvidiaRenderer& other)
+{
+    ++other.mState->owners; // first, in case that both are one
+    mState->RemoveOwner();
+    mState = other.mState;
+    return *this;
+}
 
 bool NvidiaRenderer::IsInitialized() { return mState->initialized; }
 
@@ -97,7 +144,7 @@ bool NvidiaRenderer::Initialize()
     // What a failed step leaves stays as it is until the next attempt; but what works is kept.
     if (opened || !s.initialized)
     {
-        s.screen = std::move(screen);
+        s.screen.emplace(std::move(screen)); // an assignment may take references
     }
     s.initialized = s.initialized || opened;
     return opened;
@@ -110,12 +157,12 @@ void NvidiaRenderer::Shutdown()
     {
         return;
     }
-    SystemNvApi().releaseDisplay(VENDOR_ID, &s.screen.display);
+    SystemNvApi().releaseDisplay(VENDOR_ID, s.screen->display);
     s.context->Release();
     s.context = nullptr;
     s.device->Release();
     s.device = nullptr;
-    s.screen.pipeline.Release();
+    s.screen->pipeline.Release();
     s.initialized = false;
 }
 
@@ -136,7 +183,7 @@ void NvidiaRenderer::Submit(ID3D11Device* device, ID3D11Texture2D* texture)
         return;
     }
     HANDLE wanted = nullptr;
-    SystemNvApi().getFrameEvent(&s.screen.display, &wanted);
+    SystemNvApi().getFrameEvent(s.screen->display, &wanted);
     WaitForSingleObject(wanted, INFINITE);
 
     D3D11_SHADER_RESOURCE_VIEW_DESC description{};
@@ -148,8 +195,8 @@ void NvidiaRenderer::Submit(ID3D11Device* device, ID3D11Texture2D* texture)
     {
         return;
     }
-    s.screen.pipeline.Draw(*s.context, view.Get());
+    s.screen->pipeline.Draw(*s.context, view.Get());
     s.context->Flush();
     view.Reset();
-    SystemNvApi().present(&s.screen.display, s.screen.surface, PRESENT_ARGUMENT, s.device);
+    SystemNvApi().present(s.screen->display, s.screen->surface, PRESENT_ARGUMENT, s.device);
 }

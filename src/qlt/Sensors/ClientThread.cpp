@@ -4,6 +4,7 @@
 
 #include "Runtime/LastErrorText.h"
 
+#include <array>
 #include <utility>
 
 namespace qlt
@@ -106,94 +107,98 @@ void ClientThread::Run()
     }
 }
 
-/// Waits for the next thing to happen and does it; false when the owner wants an end.
+/// Waits until the owner or one of the connections has something to say, and acts on it. False when
+/// the owner wants the end.
 bool ClientThread::Pass()
 {
-    mFlags = {};
-    NativeEventHandle events[4] = {mStopEvent.Handle()};
-    const Connection* sources[4] = {};
+    const Source sources[] = {{mClientManager.get(), &ClientThread::DrainManager},
+                              {mClient.get(), &ClientThread::DrainClient},
+                              {mDevice.get(), &ClientThread::DrainDevice}};
+    std::array<NativeEventHandle, 4> events{mStopEvent.Handle()};
+    std::array<const Source*, 4> waited{};
     std::size_t count = 1;
-    const auto add = [&](const Connection* source)
+    for (const Source& source : sources)
     {
-        if (source != nullptr)
+        if (source.connection != nullptr)
         {
-            sources[count] = source;
-            events[count] = source->NotificationEvent().Handle();
+            waited[count] = &source;
+            events[count] = source.connection->NotificationEvent().Handle();
             ++count;
         }
-    };
-    add(mClientManager.get());
-    add(mClient.get());
-    add(mDevice.get());
-
-    const std::uint32_t result = WaitNativeEvents(events, count, WAIT_FOREVER);
+    }
+    const std::uint32_t result = WaitNativeEvents(events.data(), count, WAIT_FOREVER);
     if (result >= count && result != WAIT_TIMED_OUT)
     {
         throw VRExceptionSoftware(VR_STATUS_ERROR_SOFTWARE, GetLastErrorText());
     }
-    const Connection* source = result < count ? sources[result] : nullptr;
-    if (source != nullptr && source == mClientManager.get())
-    {
-        Drain(*mClientManager, [this](const Notification& n) { HandleManager(n); });
-    }
-    else if (source != nullptr && source == mClient.get())
-    {
-        Drain(*mClient, [this](const Notification& n) { HandleClient(n); });
-    }
-    else if (source != nullptr)
-    {
-        Drain(*mDevice, [this](const Notification& n) { HandleDevice(n); });
-    }
     const bool stop = result == WAIT_SIGNALLED;
-    DropLost(stop);
+    Lost lost;
+    if (!stop && result < count)
+    {
+        (this->*waited[result]->drain)(lost);
+    }
+    DropLost(lost, stop);
     return !stop;
 }
 
-void ClientThread::DropLost(bool stop)
+void ClientThread::DropLost(const Lost& lost, bool stop)
 {
     // deliberate: any loss drops the camera and the scene together; they come back together.
-    if (stop || mFlags.client || mFlags.device || mFlags.scene || mFlags.camera)
+    if (stop || lost.client || lost.device || lost.scene || lost.camera)
     {
         mCamera = nullptr;
         mScene.Set(nullptr);
     }
-    if (stop || mFlags.device || mFlags.client)
+    if (stop || lost.device || lost.client)
     {
         Disconnect(mDevice);
     }
-    if (stop || mFlags.client)
+    if (stop || lost.client)
     {
         Disconnect(mClient);
     }
 }
 
-void ClientThread::HandleManager(const Notification& notification)
+void ClientThread::DrainManager(Lost& lost)
 {
-    if (notification.type == CLIENT_AVAILABLE && mClient == nullptr)
-    {
-        mClient = std::make_unique<VRHostClient>(mService,
-                                                 mClientManager->ConnectClient(notification.info));
-    }
-    else if (notification.type == CLIENT_WITHDRAWN && mClient != nullptr)
-    {
-        mFlags.client = true;
-    }
+    Drain(*mClientManager,
+          [&](const Notification& notification)
+          {
+              if (notification.type == CLIENT_AVAILABLE && mClient == nullptr)
+              {
+                  mClient = std::make_unique<VRHostClient>(
+                      mService, mClientManager->ConnectClient(notification.info));
+              }
+              else if (notification.type == CLIENT_WITHDRAWN && mClient != nullptr)
+              {
+                  lost.client = true;
+              }
+          });
 }
 
-void ClientThread::HandleClient(const Notification& notification)
+void ClientThread::DrainClient(Lost& lost)
 {
-    if (notification.type == DEVICE_AVAILABLE && mDevice == nullptr)
-    {
-        mDevice =
-            std::make_unique<VRHostDevice>(mService, mClient->ConnectDevice(notification.info));
-    }
-    else if (notification.type == DEVICE_WITHDRAWN && mDevice != nullptr)
-    {
-        mFlags.device = true;
-    }
+    Drain(*mClient,
+          [&](const Notification& notification)
+          {
+              if (notification.type == DEVICE_AVAILABLE && mDevice == nullptr)
+              {
+                  mDevice = std::make_unique<VRHostDevice>(
+                      mService, mClient->ConnectDevice(notification.info));
+              }
+              else if (notification.type == DEVICE_WITHDRAWN && mDevice != nullptr)
+              {
+                  lost.device = true;
+              }
+          });
 }
 
-void ClientThread::HandleDevice(const Notification& notification)
+void ClientThread::DrainDevice(Lost& lost)
+{
+    Drain(*mDevice, [&](const Notification& notification) { HandleDevice(notification, lost); });
+}
+
+void ClientThread::HandleDevice(const Notification& notification, Lost& lost)
 {
     if (notification.type == CAMERA_AVAILABLE && mCamera == nullptr)
     {
@@ -202,7 +207,7 @@ void ClientThread::HandleDevice(const Notification& notification)
     }
     else if (notification.type == CAMERA_WITHDRAWN && mCamera != nullptr)
     {
-        mFlags.camera = true;
+        lost.camera = true;
     }
     else if (notification.type == SCENE_AVAILABLE && mScene.Get() == nullptr)
     {
@@ -211,7 +216,7 @@ void ClientThread::HandleDevice(const Notification& notification)
     }
     else if (notification.type == SCENE_WITHDRAWN && mScene.Get() != nullptr)
     {
-        mFlags.scene = true;
+        lost.scene = true;
     }
 }
 

@@ -51,7 +51,7 @@ public:
     void Shutdown();
 
 private:
-    /// What one pass found withdrawn.
+    /// The connections that the service withdrew during one pass.
     struct Lost
     {
         bool client = false;
@@ -60,16 +60,23 @@ private:
         bool camera = false;
     };
 
+    /// A connection that may have notifications, and the operation that reads them all.
+    struct Source
+    {
+        const vr_host_client::Connection* connection; // null while there is none
+        void (ClientThread::*drain)(Lost& lost);
+    };
+
     void Run() override;
     bool Pass();
-    void DropLost(bool stop);
-    void HandleManager(const vr_host_client::Notification& notification);
-    void HandleClient(const vr_host_client::Notification& notification);
-    void HandleDevice(const vr_host_client::Notification& notification);
+    void DropLost(const Lost& lost, bool stop);
+    void DrainManager(Lost& lost);
+    void DrainClient(Lost& lost);
+    void DrainDevice(Lost& lost);
+    void HandleDevice(const vr_host_client::Notification& notification, Lost& lost);
 
     const HostService& mService;
     bool mShutDown = false;
-    Lost mFlags;
     std::unique_ptr<vr_host_client::ClientManager> mClientManager; // null without the library
     std::unique_ptr<vr_host_client::VRHostClient> mClient;
     std::unique_ptr<vr_host_client::VRHostDevice> mDevice;

@@ -7,7 +7,7 @@
 #include <qlt/Sensors/Hmd.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 
-#include "Sensors/SensorReport.h"
+#include <qlt/Sensors/SensorReport.h>
 
 #include <condition_variable>
 #include <functional>
@@ -226,7 +226,7 @@ public:
             {
                 for (std::size_t i = 0; i < mReports.size(); ++i)
                 {
-                    mSamples[i] = qlt::DecodeSensorReport(mReports[i], qlt::HEADSET_SCALES);
+                    mSamples[i] = qlt::DecodeSensorReport(mReports[i]);
                 }
             });
         const double fuse = Seconds(

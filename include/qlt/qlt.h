@@ -18,6 +18,7 @@
 #include <qlt/Sensors/Hmd.h>
 #include <qlt/Sensors/Params.h>
 #include <qlt/Sensors/SensorFusion.h>
+#include <qlt/Sensors/SensorReport.h>
 #include <qlt/Sensors/SimulatorTracker.h>
 #include <qlt/Sensors/Tracker.h>
 #include <qlt/Sensors/TrackerListener.h>

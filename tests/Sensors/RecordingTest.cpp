@@ -1,5 +1,5 @@
 // Recordings of real sensors, through a real headset tracker.
-#include "Sensors/SensorReport.h"
+#include <qlt/Sensors/SensorReport.h>
 
 #include "fakes/PlainFusion.h"
 #include "fakes/ScriptedHeadset.h"
@@ -34,7 +34,7 @@ void ExpectPlainFilter(const Reports& reports)
     listener.call = [&](const qlt::Quaternion& q)
     {
         const std::size_t i = count++;
-        const auto sample = qlt::DecodeSensorReport(reports[i], qlt::HEADSET_SCALES);
+        const auto sample = qlt::DecodeSensorReport(reports[i]);
         const qlt::Vec3& a = sample.accelerometer;
         const qlt::Vec3& g = sample.gyroscope;
         plain.Step({a.x(), a.y(), a.z()}, {g.x(), g.y(), g.z()}, TimeNs(reports, i));

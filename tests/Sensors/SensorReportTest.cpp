@@ -1,4 +1,4 @@
-#include "Sensors/SensorReport.h"
+#include <qlt/Sensors/SensorReport.h>
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/EventLog.h"
@@ -32,7 +32,7 @@ TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
     report.I16(22, 4000).I16(24, 32767).I16(26, -32768);
     report.I16(28, 1000).I16(30, 2000).I16(32, -3000);
     report.I16(34, 1000).U32(44, 1000).U32(48, 1000).U32(52, 1000);
-    const qlt::SensorSample sample = qlt::DecodeSensorReport(report, qlt::HEADSET_SCALES);
+    const qlt::SensorSample sample = qlt::DecodeSensorReport(report);
     EXPECT_EQ(Text(sample.gyroscope), "1.06709 0.537966 1.60288");
     EXPECT_EQ(Text(sample.accelerometer), "-3.61741 0.464763 -3.59194");
     EXPECT_EQ(Text(sample.magnetometer), "-0.292312 0.146156 -0.438468");

@@ -10,6 +10,7 @@
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Sensors/SensorFusion.h>
+#include <qlt/Sensors/SensorReport.h>
 #include <qlt/Sensors/Tracker.h>
 
 #include <memory>
@@ -40,6 +41,9 @@ protected:
 
 private:
     class QLT_LOCAL HardwareIo;
+
+    /// Decodes a report, fuses it and raises its events. On the processing thread.
+    void Deliver(const SensorReport& report);
 
     std::unique_ptr<HardwareIo> mHardwareIo;
     SensorFusion mFusion; // only the processing thread touches it

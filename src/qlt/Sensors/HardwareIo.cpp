@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-// deliberate: the place that clients of the Windows library know these assertions by.
+// deliberate: assertions report this path on every system, because support identifies them by it.
 #define QLT_SOURCE_FILE L"Arch/Win32/Sensors/Hmd"
 
 namespace qlt
@@ -17,7 +17,6 @@ constexpr std::uint16_t HEADSET_PRODUCT_ID = 0x00F1;
 constexpr std::uint8_t INTERRUPT_TRANSFER = 3;
 constexpr std::int64_t WATCH_PERIOD_NS = 1000000000;
 constexpr float REPORT_PERIOD_S = 0.001f;
-constexpr std::uint32_t MAX_SEQUENCE_STEP = 10;
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
@@ -39,35 +38,13 @@ UsbEndPoint* FindInterruptEndPoint(VendorUsbDevice& device)
     return nullptr;
 }
 
-/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate:
-/// once in a process, over all its headsets; applications rely on no later jump turning the view.
-bool IsFirstJump(std::uint32_t sequence)
-{
-    static std::atomic<std::uint32_t> previous{sequence};
-    static std::atomic<bool> synchronised{false};
-    if (synchronised)
-    {
-        return false;
-    }
-    const std::uint32_t step = sequence - previous.load(std::memory_order_relaxed);
-    previous.store(sequence, std::memory_order_relaxed);
-    if (step <= MAX_SEQUENCE_STEP)
-    {
-        return false;
-    }
-    synchronised = true;
-    return true;
-}
-
 } // namespace
 
-Hmd::HardwareIo::HardwareIo(Hmd* hmd, UsbHost& host, Clock& clock)
-    : mHmd(hmd)
-    , mHost(host)
+Hmd::HardwareIo::HardwareIo(UsbHost& host, Clock& clock)
+    : mHost(host)
     , mClock(clock)
     , mWatcher([this] { Watch(); })
 {
-    QLT_CHECK_LINE(mHmd != nullptr, 269);
 }
 
 Hmd::HardwareIo::~HardwareIo()
@@ -119,7 +96,6 @@ void Hmd::HardwareIo::Connect()
     }
     mUSBDevice = std::move(device);
     mEndPoint = endPoint;
-    mScales = HEADSET_SCALES;
     mConnected = true;
     std::cout << "USB Connected" << std::endl;
 }
@@ -136,50 +112,32 @@ void Hmd::HardwareIo::Disconnect()
     mConnected = false;
 }
 
-bool Hmd::HardwareIo::Read()
+Hmd::HardwareIo::ReadResult Hmd::HardwareIo::Read(SensorReport& report)
 {
     std::uint32_t length = SENSOR_REPORT_SIZE;
     {
         const Lock lock(mMutex);
         if (!mConnected)
         {
-            return false;
+            return ReadResult::NotConnected;
         }
         // A failure shows in the length.
-        mEndPoint->TransferData(mReport.data(), length);
+        mEndPoint->TransferData(report.data(), length);
     }
     if (length != SENSOR_REPORT_SIZE)
     {
         std::cerr << "Read " << length << " instead of " << SENSOR_REPORT_SIZE << "!" << std::endl;
         Disconnect();
-        return true;
+        return ReadResult::Incomplete;
     }
-    // The scales change only while disconnected, and only this thread disconnects.
-    SensorSample sample = DecodeSensorReport(mReport, mScales);
-    // The host service knows better than the device where it is.
-    sample.position = mHmd->GetClientPosition();
-    Deliver(sample);
-    return true;
+    return ReadResult::Whole;
 }
 
-void Hmd::HardwareIo::Deliver(const SensorSample& sample)
+float Hmd::HardwareIo::NextEventTime()
 {
-    const float t = mEventTime;
-    mEventTime = t + REPORT_PERIOD_S;
-    SensorFusion& fusion = mHmd->mFusion;
-    if (IsFirstJump(sample.sequence))
-    {
-        fusion.Reset();
-    }
-    fusion.Fuse(sample.accelerometer, sample.gyroscope, sample.magnetometer,
-                static_cast<float>(sample.deviceTimeS));
-    mHmd->NotifyAccelerometerEvent(sample.accelerometer, t);
-    mHmd->NotifyGyroscopeEvent(sample.gyroscope, t);
-    mHmd->NotifyMagnetometerEvent(sample.magnetometer, t);
-    mHmd->NotifyQuaternionEvent(sample.quaternion, t);
-    mHmd->NotifyTemperatureEvent(sample.temperature, t);
-    mHmd->NotifyPositionEvent(sample.position, t);
-    mHmd->NotifyOrientationEvent(fusion.GetQuaternion(), t);
+    const float time = mEventTime;
+    mEventTime = time + REPORT_PERIOD_S;
+    return time;
 }
 
 } // namespace qlt

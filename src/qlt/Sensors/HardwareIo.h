@@ -1,13 +1,12 @@
-// The connection of an Hmd to its device: finds it, reads its reports, hands them on.
+// The connection of an Hmd to its device: it finds the device and reads its reports.
 //
-// Threads: the connection watcher, which it owns, connects; the processing thread of the tracker
-// reads and disconnects; anyone may ask whether it is connected. The mutex guards the connection
-// (connected, device, endpoint, scales) and is held across a blocking read.
+// Threads: the connection watcher, which it owns, connects. The tracker's processing thread reads
+// and disconnects. Any thread may ask whether it is connected. The mutex guards the connection
+// (flag, device and endpoint) and is held across a blocking read.
 #pragma once
 
 #include <qlt/Sensors/Hmd.h>
-
-#include "Sensors/SensorReport.h"
+#include <qlt/Sensors/SensorReport.h>
 
 #include <atomic>
 #include <memory>
@@ -20,8 +19,15 @@ namespace qlt
 class Hmd::HardwareIo
 {
 public:
-    /// Starts the connection watcher at once. All three must outlive this.
-    HardwareIo(Hmd* hmd, UsbHost& host, Clock& clock);
+    enum class ReadResult
+    {
+        NotConnected, // at once
+        Incomplete,   // a read of another length, which disconnects
+        Whole,
+    };
+
+    /// Starts the connection watcher at once. Host and clock must outlive this.
+    HardwareIo(UsbHost& host, Clock& clock);
 
     /// Waits for the watcher's current sleep, then closes the device.
     ~HardwareIo();
@@ -31,26 +37,24 @@ public:
 
     bool IsConnected() const;
 
-    /// Reads one report and raises its events; a read that is not whole disconnects. False at once
-    /// when not connected. On the processing thread only.
-    bool Read();
+    /// Waits for one report and reads it into `report`. On the processing thread only.
+    ReadResult Read(SensorReport& report);
+
+    /// The time stamp, in seconds, of the next report's events. On the processing thread only.
+    float NextEventTime();
 
 private:
     void Watch();
     void Connect();
     void Disconnect();
-    void Deliver(const SensorSample& sample);
 
-    Hmd* const mHmd;
     UsbHost& mHost;
     Clock& mClock;
     bool mConnected = false;
     std::atomic<bool> mRunning{true};
-    float mEventTime = 0.0f; // only the processing thread touches it and the report
+    float mEventTime = 0.0f; // only the processing thread touches it
     std::unique_ptr<VendorUsbDevice> mUSBDevice;
     UsbEndPoint* mEndPoint = nullptr; // the device's
-    SensorReport mReport{};
-    SensorScales mScales;
     mutable std::recursive_mutex mMutex;
     std::thread mWatcher;
 };

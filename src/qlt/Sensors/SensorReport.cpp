@@ -1,4 +1,4 @@
-#include "Sensors/SensorReport.h"
+#include <qlt/Sensors/SensorReport.h>
 
 #include <qlt/Sensors/Params.h>
 

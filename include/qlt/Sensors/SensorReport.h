@@ -8,6 +8,7 @@
 //   56 u32 reserved C   60 u32 reserved D
 #pragma once
 
+#include <qlt/Export.h>
 #include <qlt/Math/MathUtil.h>
 #include <qlt/Math/Quaternion.h>
 #include <qlt/Math/Vector.h>
@@ -59,7 +60,8 @@ struct SensorSample
 };
 
 /// Decodes and calibrates. A report whose four quaternion counts are all zero reports the assertion
-/// of Quaternion::Normalize and gives the zero quaternion.
-SensorSample DecodeSensorReport(const SensorReport& report, const SensorScales& scales);
+/// of Quaternion::Normalize and gives the zero quaternion. Any thread.
+QLT_API SensorSample DecodeSensorReport(const SensorReport& report,
+                                        const SensorScales& scales = HEADSET_SCALES);
 
 } // namespace qlt

@@ -16,6 +16,7 @@ import pathlib
 import re
 import shlex
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -67,7 +68,7 @@ class QltTest(unittest.TestCase):
     def qlt(self, *arguments, code=0):
         command = shlex.split(ARGUMENTS.emulator) + [ARGUMENTS.qlt, *arguments]
         done = subprocess.run(command, capture_output=True, text=True, timeout=60, check=False,
-                              stdin=subprocess.DEVNULL)
+                              stdin=subprocess.DEVNULL, cwd=self.folder)
         self.assertEqual(done.returncode, code, f"{command}\n{done.stdout}\n{done.stderr}")
         return done
 
@@ -149,13 +150,110 @@ class QltTest(unittest.TestCase):
 
     def test_a_file_that_cannot_be_written_fails(self):
         path = self.recording("a.bin")
-        nowhere = self.path("no/such/folder")
-        for arguments in (["replay", path, "--csv", nowhere], ["synthesize", nowhere],
-                          ["monitor", "--seconds", "0.1", "--csv", nowhere],
-                          ["mesh", "--svg", nowhere], ["mesh", "--obj", nowhere],
-                          ["mesh", "--csv", nowhere], ["optics", "--svg", nowhere]):
-            with self.subTest(arguments[0]):
-                self.assertIn("cannot write", self.qlt(*arguments, code=1).stderr)
+        for name in (self.path("no/such/folder"), str(self.folder)):
+            # Before the source is opened: there are no missing.bin and no headset.
+            for arguments in (["replay", "missing.bin", "--csv"], ["synthesize"],
+                              ["synthesize", "s.bin", "--truth"], ["record"], ["camera", "--png"],
+                              ["monitor", "--source", "missing.bin", "--csv"],
+                              ["view", "--source", "missing.bin", "--png"], ["mesh", "--svg"],
+                              ["mesh", "--obj"], ["mesh", "--csv"], ["optics", "--svg"]):
+                with self.subTest(arguments):
+                    done = self.qlt(*arguments, name, code=1)
+                    self.assertRegex(done.stderr, r"^qlt: cannot write .*: .*\n$")
+        self.assertEqual(os.listdir(self.folder), [pathlib.Path(path).name])
+
+    def test_a_command_that_fails_leaves_the_older_file_as_it_was(self):
+        old = pathlib.Path(self.path("old"))
+        old.write_bytes(b"precious")
+        for arguments in (["record", "old", "--seconds", "0.1"], ["camera", "--png", "old"],
+                          ["replay", "missing.bin", "--csv", "old"],
+                          ["monitor", "--source", "missing.bin", "--csv", "old"],
+                          ["view", "--source", "missing.bin", "--png", "old"],
+                          ["synthesize", "old", "--truth", "no/such/folder"],
+                          ["mesh", "--svg", "old", "--obj", "no/such/folder"]):
+            with self.subTest(arguments):
+                self.qlt(*arguments, code=1)
+                self.assertEqual(old.read_bytes(), b"precious")
+                self.assertEqual(os.listdir(self.folder), ["old"])
+
+    def test_an_older_file_is_replaced_by_a_complete_one_through_links_and_with_its_mode(self):
+        old = pathlib.Path(self.path("old.csv"))
+        old.write_bytes(b"precious")
+        old.chmod(0o600)
+        link = pathlib.Path(self.path("link.csv"))
+        name = "old.csv" if ARGUMENTS.emulator else "link.csv"
+        link.symlink_to("old.csv")
+        self.qlt("mesh", "--csv", name)
+        self.assertEqual(len(old.read_text().splitlines()), 1222)
+        self.assertTrue(link.is_symlink())
+        self.assertEqual(sorted(os.listdir(self.folder)), ["link.csv", "old.csv"])
+        if not ARGUMENTS.emulator:
+            self.assertEqual(old.stat().st_mode & 0o777, 0o600)
+
+    def test_ctrl_c_completes_what_is_written(self):
+        if ARGUMENTS.emulator:
+            self.skipTest("Wine's programs get no signals")
+        old = pathlib.Path(self.path("m.csv"))
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with self.subTest(number):
+                old.write_bytes(b"precious")
+                with subprocess.Popen([ARGUMENTS.qlt, "monitor", "--csv", old],
+                                      stdout=subprocess.PIPE) as monitor:
+                    monitor.stdout.readline()
+                    self.assertEqual(old.read_bytes(), b"precious")
+                    monitor.send_signal(number)
+                    self.assertEqual(monitor.wait(timeout=30), 0)
+                self.assertGreater(len(old.read_text().splitlines()), 300)
+                self.assertEqual(os.listdir(self.folder), ["m.csv"])
+
+    def test_a_file_is_not_used_twice_in_one_command(self):
+        self.recording("a.bin")
+        self.recording("t.csv")
+        pathlib.Path(self.path("d")).mkdir()
+        before = sorted(os.listdir(self.folder))
+        cases = [["replay", "a.bin", "--csv", "./a.bin"],
+                 ["replay", "a.bin", "--truth", "t.csv", "--csv", "d/../t.csv"],
+                 ["monitor", "--source", "a.bin", "--csv", "a.bin"],
+                 ["view", "--source", "a.bin", "--png", self.path("a.bin")],
+                 ["synthesize", "new", "--truth", "d/.././new"],
+                 ["mesh", "--svg", "x", "--csv", "x"], ["mesh", "--obj", "x", "--csv", "d/../x"]]
+        if ARGUMENTS.emulator:
+            cases.append(["mesh", "--obj", "d\\x.csv", "--csv", "D/X.csv"])
+        else:
+            os.symlink("a.bin", self.path("link"))
+            os.link(self.path("a.bin"), self.path("hard"))
+            os.symlink("new", self.path("dangling"))
+            os.symlink("d", self.path("e"))
+            before = sorted(os.listdir(self.folder))
+            cases += [["replay", "a.bin", "--csv", "link"], ["replay", "link", "--csv", "hard"],
+                      ["synthesize", "new", "--truth", "dangling"],
+                      ["mesh", "--obj", "d/x", "--svg", "e/x"]]
+        for arguments in cases:
+            with self.subTest(arguments):
+                self.assertRegex(self.qlt(*arguments, code=2).stderr,
+                                 "would be (both read and written|written twice)\n")
+                self.assertEqual(sorted(os.listdir(self.folder)), before)
+
+    def test_pipes_and_devices_are_written_directly(self):
+        if ARGUMENTS.emulator:
+            for name in ("NUL", "nul"):
+                self.qlt("mesh", "--csv", name)
+            self.assertEqual(os.listdir(self.folder), [])
+            return
+        self.qlt("mesh", "--csv", "/dev/null")
+        self.assertTrue(pathlib.Path("/dev/null").is_char_device())
+        lines = self.qlt("mesh", "--resolution", "2x2", "--csv", "/dev/stdout").stdout.splitlines()
+        # A file behind the name is written once, with what is printed after it.
+        with open(self.path("out"), "w+", encoding="utf-8") as out:
+            subprocess.run([ARGUMENTS.qlt, "mesh", "--resolution", "2x2", "--csv", "/dev/stdout"],
+                           stdout=out, check=True)
+            out.seek(0)
+            self.assertEqual(out.read().splitlines(), lines)
+        self.assertEqual((lines[0][:9], lines[10][:9]), ("vertex,x,", "left eye,"))
+        os.mkfifo(self.path("fifo"))
+        with subprocess.Popen(["cat", self.path("fifo")], stdout=subprocess.PIPE) as reader:
+            self.qlt("mesh", "--resolution", "2x2", "--csv", "fifo")
+            self.assertEqual(reader.stdout.read().decode().splitlines(), lines[:10])
 
     def test_a_truth_that_is_none_fails(self):
         path = self.recording("a.bin")
@@ -356,11 +454,11 @@ class QltTest(unittest.TestCase):
         self.assertEqual(done.stderr, "qlt: there is no display to open a window on\n")
 
     def test_record_and_camera_say_that_there_is_no_headset(self):
-        done = self.qlt("record", self.path("r.bin"), "--seconds", "0.2")
-        self.assertIn("no headset is connected", done.stderr)
-        self.assertIn("0 reports", done.stdout)
-        self.assertEqual(pathlib.Path(self.path("r.bin")).read_bytes(), b"")
+        done = self.qlt("record", "r.bin", "--seconds", "0.2", code=1)
+        self.assertEqual(done.stderr, "qlt: no headset is connected; waiting for one\n"
+                                      "qlt: no report has come; r.bin is not written\n")
         self.assertIn("no headset is connected", self.qlt("camera", code=1).stderr)
+        self.assertEqual(os.listdir(self.folder), [])
 
     def test_real_recordings_meet_their_truth(self):
         folder = pathlib.Path(ARGUMENTS.recordings)

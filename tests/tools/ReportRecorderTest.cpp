@@ -13,11 +13,25 @@
 namespace
 {
 
-std::string Contents(const std::string& path)
+namespace fs = std::filesystem;
+
+/// A folder of the test's own, with one file at a time.
+struct Folder
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+    Folder() { fs::create_directory(path); }
+    ~Folder() { fs::remove_all(path); }
+
+    fs::path File() const { return fs::directory_iterator(path)->path(); }
+
+    std::string Contents() const
+    {
+        std::ifstream file(File(), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    const fs::path path =
+        fs::temp_directory_path() / ("qlt_recorder_" + std::to_string(std::random_device()()));
+};
 
 /// Reads `reports` through the recorder and then one that is short, and what `between` says after
 /// each; returns what should be on the disk.
@@ -46,18 +60,23 @@ std::string Read(ScriptedUsbHost& host, ReportRecorder& recorder, std::uint32_t 
 
 TEST(ReportRecorderTest, WritesEveryReportAsItComes)
 {
-    const std::string name = "qlt_recorder_" + std::to_string(std::random_device()()) + ".bin";
-    const std::string path = (std::filesystem::temp_directory_path() / name).string();
+    const Folder folder;
+    const fs::path path = folder.path / "r.bin";
     ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
-    ReportRecorder recorder(host, path);
+    ReportRecorder recorder(host, path.string());
     // Whole on the disk at once: a recorder that is killed loses nothing more.
     const std::string all =
-        Read(host, recorder, 5, [&](const std::string& text) { EXPECT_EQ(Contents(path), text); });
+        Read(host, recorder, 5,
+             [&](const std::string& text)
+             {
+                 EXPECT_EQ(folder.Contents(), text);
+                 EXPECT_EQ(folder.File().string().rfind(path.string() + '.', 0), 0u);
+             });
     EXPECT_EQ(recorder.Reports(), 5u);
     EXPECT_FALSE(recorder.Failed());
     recorder.Close();
-    EXPECT_EQ(Contents(path), all);
-    std::filesystem::remove(path);
+    EXPECT_EQ(folder.File(), path);
+    EXPECT_EQ(folder.Contents(), all);
 }
 
 TEST(ReportRecorderTest, SaysThatTheDiskIsFullAndReadsOn)

@@ -3,15 +3,19 @@
 #include <qlt/qlt.h>
 
 #include "GlContext.h"
+#include "Interrupt.h"
+#include "OutputFile.h"
 #include "PngFile.h"
 #include "TrackerSource.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,6 +35,7 @@ struct Progress
     std::condition_variable changed;
     unsigned long frames = 0;
     bool ended = false;
+    std::vector<unsigned char> lastFrame; // grey, once it has ended
     std::exception_ptr failure;
 };
 
@@ -44,7 +49,7 @@ std::vector<unsigned char> ReadBack(const qlt::Camera& camera)
     return pixels;
 }
 
-void Show(const CameraOptions& options, Clock::time_point end, Progress& progress)
+void Show(Clock::time_point end, Progress& progress)
 {
     const GlContext context;
     qlt::Camera camera;
@@ -53,19 +58,29 @@ void Show(const CameraOptions& options, Clock::time_point end, Progress& progres
         camera.Update();
         const std::lock_guard<std::mutex> lock(progress.mutex);
         ++progress.frames;
-    } while (Clock::now() < end);
-    if (!options.png.empty())
+    } while (Clock::now() < end && !Interrupted());
+    progress.lastFrame = ReadBack(camera);
+}
+
+/// Until the thread has ended; false when it has not in good time after the end or an interrupt.
+bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::time_point end)
+{
+    constexpr std::chrono::seconds PATIENCE(5); // for the start and the last frame
+    while (!progress.ended && Clock::now() < end + PATIENCE)
     {
-        WritePng(options.png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1,
-                 ReadBack(camera));
+        progress.changed.wait_for(lock, std::chrono::milliseconds(50));
+        end = Interrupted() ? std::min(end, Clock::now()) : end;
     }
+    return progress.ended;
 }
 
 } // namespace
 
 int RunCamera(const CameraOptions& options)
 {
+    std::optional<OutputFile> png(options.png);
     RequireHeadset(); // without one the camera itself would end the process
+    CatchInterrupts();
     const auto seconds =
         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));
     const Clock::time_point start = Clock::now();
@@ -75,7 +90,7 @@ int RunCamera(const CameraOptions& options)
         {
             try
             {
-                Show(options, start + seconds, progress);
+                Show(start + seconds, progress);
             }
             catch (...)
             {
@@ -86,15 +101,15 @@ int RunCamera(const CameraOptions& options)
             progress.changed.notify_all();
         });
     std::unique_lock<std::mutex> lock(progress.mutex);
-    constexpr std::chrono::seconds PATIENCE(5); // for the start, the last frame and the picture
-    progress.changed.wait_until(lock, start + seconds + PATIENCE, [&] { return progress.ended; });
+    const bool ended = WaitForEnd(progress, lock, start + seconds);
     const double elapsed = std::chrono::duration<double>(Clock::now() - start).count();
     std::printf("%lu frames, %.1f frames/s\n", progress.frames,
                 static_cast<double>(progress.frames) / elapsed);
-    if (!progress.ended)
+    if (!ended)
     {
         std::fprintf(stderr, "qlt: the camera sends no frames\n");
         std::fflush(stdout);
+        png.reset();
         std::_Exit(1); // the thread that waits for a frame cannot be woken
     }
     lock.unlock();
@@ -102,6 +117,10 @@ int RunCamera(const CameraOptions& options)
     if (progress.failure != nullptr)
     {
         std::rethrow_exception(progress.failure);
+    }
+    if (!options.png.empty())
+    {
+        WritePng(*png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1, progress.lastFrame);
     }
     return 0;
 }

@@ -66,9 +66,8 @@ double At(const Vec3& v, int axis) { return static_cast<double>(axis == 0 ? v.x(
 
 double At(const Vec2& v, int axis) { return static_cast<double>(axis == 0 ? v.x() : v.y()); }
 
-void WriteObj(const Mesh& mesh, const MeshOptions& options)
+void WriteObj(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
 {
-    OutputFile file(options.obj);
     file.Print(
         "# Lens mesh of the %s eye, %d x %d cells. Texture coordinates: the green channel.\n",
         options.rightEye ? "right" : "left", options.resX, options.resY);
@@ -87,9 +86,8 @@ void WriteObj(const Mesh& mesh, const MeshOptions& options)
     file.Close();
 }
 
-void WriteCsv(const Mesh& mesh, const std::string& path)
+void WriteCsv(const Mesh& mesh, OutputFile& file)
 {
-    OutputFile file(path);
     file.Write("vertex,x,y,depth,red_u,red_v,green_u,green_v,blue_u,blue_v\n");
     for (int i = 0; i < mesh.Vertices(); ++i)
     {
@@ -108,11 +106,11 @@ void WriteCsv(const Mesh& mesh, const std::string& path)
 class Drawing
 {
 public:
-    Drawing(const Mesh& mesh, const MeshOptions& options)
+    Drawing(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
         : mMesh(mesh)
         , mOptions(options)
         , mCenter(OnPaper(options.rightEye ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
-        , mFile(options.svg)
+        , mFile(file)
     {
     }
 
@@ -237,25 +235,28 @@ private:
     const Mesh& mMesh;
     const MeshOptions& mOptions;
     const Point mCenter; // of the lens
-    OutputFile mFile;
+    OutputFile& mFile;
 };
 
 } // namespace
 
 int RunMesh(const MeshOptions& options)
 {
+    OutputFile svg(options.svg);
+    OutputFile obj(options.obj);
+    OutputFile csv(options.csv);
     const Mesh mesh(options);
     if (!options.svg.empty())
     {
-        Drawing(mesh, options).Draw();
+        Drawing(mesh, options, svg).Draw();
     }
     if (!options.obj.empty())
     {
-        WriteObj(mesh, options);
+        WriteObj(mesh, options, obj);
     }
     if (!options.csv.empty())
     {
-        WriteCsv(mesh, options.csv);
+        WriteCsv(mesh, csv);
     }
     std::printf("%s eye, %d x %d cells: %d vertices, %d indices of a %s, %zu triangles\n",
                 options.rightEye ? "right" : "left", options.resX, options.resY, mesh.Vertices(),

@@ -2,6 +2,7 @@
 
 #include <qlt/qlt.h>
 
+#include "Interrupt.h"
 #include "Orientation.h"
 #include "Terminal.h"
 #include "TrackerSource.h"
@@ -10,7 +11,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -19,10 +19,6 @@ namespace
 {
 
 using SteadyClock = std::chrono::steady_clock;
-
-volatile std::sig_atomic_t gInterrupted = 0;
-
-void Interrupt(int) { gInterrupted = 1; }
 
 /// What the monitored tracker said last.
 class Latest final : public qlt::TrackerListener
@@ -35,7 +31,7 @@ public:
         float temperature = 0.0f;
     };
 
-    Latest(const std::string& csv, const TrackerSource& source)
+    Latest(OrientationCsv& csv, const TrackerSource& source)
         : mCsv(csv)
         , mSource(source)
     {
@@ -69,12 +65,10 @@ public:
 
     bool Ended() const { return mEnded; }
 
-    void CloseCsv() { mCsv.Close(); }
-
 private:
     mutable std::mutex mMutex; // guards the pose
     Pose mPose;
-    OrientationCsv mCsv;
+    OrientationCsv& mCsv;
     const TrackerSource& mSource;
     std::atomic<bool> mEnded{false};
 };
@@ -166,7 +160,7 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptio
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const SteadyClock::time_point now = SteadyClock::now();
         const double elapsedS = Seconds(now - start).count();
-        over = gInterrupted != 0 || latest.Ended() ||
+        over = Interrupted() || latest.Ended() ||
                (options.seconds > 0.0 && elapsedS >= options.seconds);
         if (now >= due || (over && shown == start))
         {
@@ -185,15 +179,16 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptio
 
 int RunMonitor(const MonitorOptions& options)
 {
-    std::signal(SIGINT, Interrupt);
+    OrientationCsv csv(options.csv);
     TrackerSource source(options.source);
-    Latest latest(options.csv, source);
+    CatchInterrupts();
+    Latest latest(csv, source);
     qlt::Tracker& tracker = source.Get();
     tracker.AddListener(latest);
     tracker.Start();
     Watch(tracker, latest, options);
     tracker.Stop();
     tracker.RemoveListener(latest);
-    latest.CloseCsv();
+    csv.Close();
     return source.ExitCode();
 }

@@ -5,10 +5,9 @@
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include <stb/stb_image_write.h>
 
-void WritePng(const std::string& path, int width, int height, int channels,
+void WritePng(OutputFile& file, int width, int height, int channels,
               const std::vector<unsigned char>& pixels)
 {
-    OutputFile file(path);
     const auto write = [](void* context, void* data, int size)
     {
         static_cast<OutputFile*>(context)->Write(

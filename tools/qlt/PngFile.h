@@ -1,10 +1,11 @@
 // Pictures as PNG files.
 #pragma once
 
-#include <string>
 #include <vector>
 
+class OutputFile;
+
 /// Pixels of so many channels, a byte each: 1 grey, 3 red, green and blue. The first row is the
-/// upper one. std::runtime_error when the file cannot be written.
-void WritePng(const std::string& path, int width, int height, int channels,
+/// upper one. Completes the file; std::runtime_error when it cannot be written.
+void WritePng(OutputFile& file, int width, int height, int channels,
               const std::vector<unsigned char>& pixels);

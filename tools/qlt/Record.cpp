@@ -2,27 +2,18 @@
 
 #include <qlt/qlt.h>
 
-#include "OutputFile.h"
+#include "Interrupt.h"
 #include "ReportRecorder.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
+#include <stdexcept>
 #include <thread>
-
-namespace
-{
-
-volatile std::sig_atomic_t gInterrupted = 0;
-
-void Interrupt(int) { gInterrupted = 1; }
-
-} // namespace
 
 int RunRecord(const RecordOptions& options)
 {
-    std::signal(SIGINT, Interrupt);
     ReportRecorder recorder(qlt::UsbHost::System(), options.recording);
+    CatchInterrupts();
     if (qlt::UsbHost::System().OpenFirst() == nullptr)
     {
         std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
@@ -34,7 +25,7 @@ int RunRecord(const RecordOptions& options)
         const auto isOver = [&]
         {
             const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-            return gInterrupted != 0 || recorder.Failed() ||
+            return Interrupted() || recorder.Failed() ||
                    (options.seconds > 0.0 && elapsed.count() >= options.seconds);
         };
         while (!isOver())
@@ -42,6 +33,10 @@ int RunRecord(const RecordOptions& options)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
         hmd.Stop();
+    }
+    if (recorder.Reports() == 0 && !recorder.Failed())
+    {
+        throw std::runtime_error("no report has come; " + options.recording + " is not written");
     }
     recorder.Close();
     std::printf("%s: %zu reports\n", options.recording.c_str(), recorder.Reports());

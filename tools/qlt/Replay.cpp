@@ -71,9 +71,8 @@ Result Replay(const Recording& recording)
     return {std::move(collector.orientations), elapsed.count(), {}};
 }
 
-void WriteCsv(const std::string& path, const Recording& recording, const Result& result)
+void WriteCsv(OrientationCsv& csv, const Recording& recording, const Result& result)
 {
-    OrientationCsv csv(path);
     for (std::size_t i = 0; i < result.orientations.size(); ++i)
     {
         csv.Write(i, recording.timesUs[i], result.orientations[i]);
@@ -114,6 +113,7 @@ void PrintText(const std::string& path, const Recording& recording, const Result
 
 int RunReplay(const ReplayOptions& options)
 {
+    OrientationCsv csv(options.csv);
     const Recording recording = LoadRecording(options.recording);
     const bool whole = ReportTruncation(recording, options.recording);
     std::vector<TruthRow> truth;
@@ -134,7 +134,7 @@ int RunReplay(const ReplayOptions& options)
     {
         result.inclinationRmseDeg = InclinationRmseDeg(truth, result.orientations);
     }
-    WriteCsv(options.csv, recording, result);
+    WriteCsv(csv, recording, result);
     if (options.json)
     {
         PrintJson(result);

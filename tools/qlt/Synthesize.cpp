@@ -2,6 +2,7 @@
 
 #include <qltkit/Headset/SoftwareHeadset.h>
 
+#include "Interrupt.h"
 #include "OutputFile.h"
 
 #include <cmath>
@@ -29,19 +30,21 @@ int RunSynthesize(const SynthesizeOptions& options)
     qltkit::SoftwareHeadset headset(options.seed, options.ideal);
     OutputFile recording(options.recording);
     OutputFile truth(options.truth);
+    CatchInterrupts();
     truth.Write("report,time_us,valid,moving,qw,qx,qy,qz\n");
-    for (long i = 0; i < reports; ++i)
+    long made = 0;
+    for (; made < reports && !Interrupted(); ++made)
     {
         const qltkit::SoftwareHeadset::Sample sample = headset.Next();
         recording.Write(std::string(sample.report.begin(), sample.report.end()));
-        if (i % TRUTH_STEP == 0)
+        if (made % TRUTH_STEP == 0)
         {
-            WriteTruth(truth, i, sample);
+            WriteTruth(truth, made, sample);
         }
     }
     recording.Close();
     truth.Close();
-    std::printf("%s: %ld reports, seed %llu\n", options.recording.c_str(), reports,
+    std::printf("%s: %ld reports, seed %llu\n", options.recording.c_str(), made,
                 static_cast<unsigned long long>(options.seed));
     return 0;
 }

@@ -4,6 +4,7 @@
 
 #include "GlContext.h"
 #include "HeadsetView.h"
+#include "Interrupt.h"
 #include "Orientation.h"
 #include "PngFile.h"
 #include "TrackerSource.h"
@@ -73,6 +74,8 @@ public:
 
     bool Ended() const { return mEnded; }
 
+    bool HasReport() const { return mReports != 0; }
+
 private:
     /// Under the tracker's lock or without its thread: a held tracker would keep others waiting.
     void KeepOrientation()
@@ -95,7 +98,7 @@ private:
 
     TrackerSource& mSource;
     const std::size_t mLastReport;
-    std::size_t mReports = 0; // only the processing thread touches it
+    std::atomic<std::size_t> mReports{0};
     std::atomic<bool> mEnded{false};
     std::atomic<bool> mYawIsToBeReset{false};
     std::mutex mMutex; // guards the orientation
@@ -177,9 +180,9 @@ qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
     const auto patience = std::chrono::duration<double>(seconds + 10.0);
     const SteadyClock::time_point start = SteadyClock::now();
     Head head(source, source.ReportsIn(seconds));
-    while (!head.Ended())
+    while (!head.Ended() && !(Interrupted() && head.HasReport()))
     {
-        if (SteadyClock::now() - start > patience)
+        if (Interrupted() || SteadyClock::now() - start > patience)
         {
             throw std::runtime_error("there are too few reports for a picture");
         }
@@ -207,6 +210,8 @@ std::vector<unsigned char> ForPng(const RenderTarget& target)
 
 int DrawPicture(const ViewOptions& options)
 {
+    OutputFile png(options.png);
+    CatchInterrupts();
     if (options.source == "headset")
     {
         RequireHeadset();
@@ -221,7 +226,7 @@ int DrawPicture(const ViewOptions& options)
     view.RenderEyes(orientation);
     panel.Use();
     view.Present(panel.Width(), panel.Height(), Params::EYE_DISTORT);
-    WritePng(options.png, panel.Width(), panel.Height(), 3, ForPng(panel));
+    WritePng(png, panel.Width(), panel.Height(), 3, ForPng(panel));
     std::printf("%s: %d x %d, %s\n", options.png.c_str(), panel.Width(), panel.Height(),
                 FormatAngles(orientation).c_str());
     return source.ExitCode();

@@ -1,10 +1,9 @@
 // The command line of qlt. Exit codes: 0 done, 1 failed (one line on standard error), 2 not
 // understood.
 #include "Commands.h"
+#include "OptionChecks.h"
 
-#include <CLI/CLI.hpp>
-
-#include <cstdio>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 
@@ -13,18 +12,29 @@ namespace
 
 constexpr int MAX_RESOLUTION = 4096;
 
+CLI::Option* AddSeconds(CLI::App& command, double& seconds, const std::string& text)
+{
+    return RequireNumber(command.add_option("--seconds", seconds, text), 0.001, MAX_SECONDS);
+}
+
+void AddSource(CLI::App& command, std::string& source)
+{
+    RequireName(
+        command.add_option("--source", source,
+                           "simulator, headset, or a recording, which plays at its own pace"))
+        ->capture_default_str();
+}
+
 void AddMonitor(CLI::App& app, MonitorOptions& options)
 {
     CLI::App* command = app.add_subcommand("monitor", "Show a tracker's orientation live");
-    command
-        ->add_option("--source", options.source,
-                     "simulator, headset, or a recording, which plays at its own pace")
-        ->capture_default_str();
-    command->add_option("--seconds", options.seconds, "Stop after so many seconds")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--csv", options.csv, "Write every orientation to this file");
+    AddSource(*command, options.source);
+    AddSeconds(*command, options.seconds, "Stop after so many seconds");
+    RequireName(command->add_option("--csv", options.csv, "Write every orientation to this file"));
     command->add_flag("--objects", options.objects,
                       "Show the first objects that the host service tracks, too");
+    command->callback([&options]
+                      { RequireDistinct({FileOfSource(options.source)}, {options.csv}); });
 }
 
 void AddView(CLI::App& app, ViewOptions& options)
@@ -32,55 +42,63 @@ void AddView(CLI::App& app, ViewOptions& options)
     CLI::App* command = app.add_subcommand(
         "view", "Look around in a scene as the headset shows it; D: lens on and off, R or space: "
                 "here is forward, Esc: close");
-    command
-        ->add_option("--source", options.source,
-                     "simulator, headset, or a recording, which plays at its own pace")
-        ->capture_default_str();
-    command->add_option("--png", options.png,
-                        "Instead of a window: save one picture, of a moment some seconds in");
-    command->add_option("--seconds", options.seconds, "Close after so many seconds; that moment")
-        ->check(CLI::PositiveNumber);
+    AddSource(*command, options.source);
+    RequireName(
+        command->add_option("--png", options.png,
+                            "Instead of a window: save one picture, of a moment some seconds in"));
+    AddSeconds(*command, options.seconds, "Close after so many seconds; that moment");
+    command->callback([&options]
+                      { RequireDistinct({FileOfSource(options.source)}, {options.png}); });
 }
 
 void AddReplay(CLI::App& app, ReplayOptions& options)
 {
     CLI::App* command = app.add_subcommand(
         "replay", "Run a recording through the headset tracker, as fast as it goes");
-    command->add_option("recording", options.recording, "64-byte sensor reports, one after another")
+    RequireName(command->add_option("recording", options.recording,
+                                    "64-byte sensor reports, one after another"))
         ->required();
-    command->add_option("--truth", options.truth, "Measured orientations to compare with");
-    command->add_option("--csv", options.csv,
-                        "Write the orientation after every report to this file");
+    RequireName(
+        command->add_option("--truth", options.truth, "Measured orientations to compare with"));
+    RequireName(command->add_option("--csv", options.csv,
+                                    "Write the orientation after every report to this file"));
     command->add_flag("--json", options.json, "Print one JSON object and nothing else");
+    command->callback(
+        [&options] {
+            RequireDistinct({options.recording, options.truth}, {options.csv});
+        });
 }
 
 void AddSynthesize(CLI::App& app, SynthesizeOptions& options)
 {
     CLI::App* command = app.add_subcommand(
         "synthesize", "Write the recording of a software headset that turns, nods and rests");
-    command->add_option("recording", options.recording, "The file to write")->required();
-    command->add_option("--truth", options.truth, "Write the true orientations to this file");
-    command->add_option("--seconds", options.seconds, "Length of the recording")
-        ->check(CLI::Range(0.001, 3600.0))
+    RequireName(command->add_option("recording", options.recording, "The file to write"))
+        ->required();
+    RequireName(
+        command->add_option("--truth", options.truth, "Write the true orientations to this file"));
+    RequireNumber(command->add_option("--seconds", options.seconds, "Length of the recording"),
+                  0.001, 3600.0)
         ->capture_default_str();
-    command->add_option("--seed", options.seed, "Another seed, another motion")
+    RequireNumber(command->add_option("--seed", options.seed, "Another seed, another motion"),
+                  std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max())
         ->capture_default_str();
     command->add_flag("--ideal", options.ideal, "Sensors without bias and noise");
+    command->callback([&options] { RequireDistinct({}, {options.recording, options.truth}); });
 }
 
 /// "WxH" in cells, as a validator that also stores it.
 std::string ParseResolution(const std::string& text, MeshOptions& options)
 {
-    char rest = 0;
-    int x = 0;
-    int y = 0;
-    const bool isPair = std::sscanf(text.c_str(), "%dx%d%c", &x, &y, &rest) == 2;
-    if (!isPair || x < 1 || y < 1 || x > MAX_RESOLUTION || y > MAX_RESOLUTION)
+    const std::size_t middle = std::min(text.find('x'), text.size());
+    const auto x = ParseNumber(text.substr(0, middle), 1, MAX_RESOLUTION);
+    const auto y = ParseNumber(text.substr(std::min(middle + 1, text.size())), 1, MAX_RESOLUTION);
+    if (!x || !y)
     {
         return "must be WxH, each from 1 to " + std::to_string(MAX_RESOLUTION);
     }
-    options.resX = x;
-    options.resY = y;
+    options.resX = *x;
+    options.resY = *y;
     return {};
 }
 
@@ -98,34 +116,33 @@ void AddMesh(CLI::App& app, MeshOptions& options)
         ->default_str("32x36")
         ->check([&options](const std::string& text) { return ParseResolution(text, options); });
     command->add_flag("--strip", options.strip, "One triangle strip instead of a list");
-    command->add_option("--svg", options.svg, "Draw it: a grid as the panel shows it to the lens");
-    command->add_option("--obj", options.obj, "Write it for other programs");
-    command->add_option("--csv", options.csv, "Write its vertices as numbers");
+    RequireName(command->add_option("--svg", options.svg,
+                                    "Draw it: a grid as the panel shows it to the lens"));
+    RequireName(command->add_option("--obj", options.obj, "Write it for other programs"));
+    RequireName(command->add_option("--csv", options.csv, "Write its vertices as numbers"));
+    command->callback([&options] { RequireDistinct({}, {options.svg, options.obj, options.csv}); });
 }
 
 void AddOptics(CLI::App& app, std::string& svg)
 {
-    app.add_subcommand("optics", "Draw the measured lens")
-        ->add_option("--svg", svg, "The file to draw")
-        ->required();
+    CLI::App* command = app.add_subcommand("optics", "Draw the measured lens");
+    RequireName(command->add_option("--svg", svg, "The file to draw"))->required();
 }
 
 void AddCamera(CLI::App& app, CameraOptions& options)
 {
     CLI::App* command = app.add_subcommand("camera", "Show the frame rate of the headset's camera");
-    command->add_option("--seconds", options.seconds, "Stop after so many seconds")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    command->add_option("--png", options.png, "Save the last frame as a picture");
+    AddSeconds(*command, options.seconds, "Stop after so many seconds")->capture_default_str();
+    RequireName(command->add_option("--png", options.png, "Save the last frame as a picture"));
 }
 
 void AddRecord(CLI::App& app, RecordOptions& options)
 {
     CLI::App* command =
         app.add_subcommand("record", "Write the headset's reports down as they come, for replay");
-    command->add_option("recording", options.recording, "The file to write")->required();
-    command->add_option("--seconds", options.seconds, "Stop after so many seconds")
-        ->check(CLI::PositiveNumber);
+    RequireName(command->add_option("recording", options.recording, "The file to write"))
+        ->required();
+    AddSeconds(*command, options.seconds, "Stop after so many seconds");
 }
 
 int Run(int argc, char** argv)

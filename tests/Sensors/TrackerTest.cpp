@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace
 {
 
@@ -35,6 +37,19 @@ protected:
         Until([this] { return ShouldStop(); });
         ++runs;
     }
+};
+
+/// Does the same at every event.
+struct ActingListener : qlt::TrackerListener
+{
+    void OnAccelerometerEvent(const Vec3&, float) override { act(); }
+    void OnGyroscopeEvent(const Vec3&, float) override { act(); }
+    void OnMagnetometerEvent(const Vec3&, float) override { act(); }
+    void OnQuaternionEvent(const Quaternion&, float) override { act(); }
+    void OnTemperatureEvent(float, float) override { act(); }
+    void OnOrientationEvent(const Quaternion&, float) override { act(); }
+    void OnPositionEvent(const Vec3&, float) override { act(); }
+    std::function<void()> act;
 };
 
 class TrackerTest : public testing::Test
@@ -127,6 +142,61 @@ TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddressesAndMayReadAndRec
     for (OrientationListener& listener : listeners)
     {
         tracker.RemoveListener(listener);
+    }
+}
+
+// Each writes its number down. The first removes itself. At its first event, the third removes the
+// one that was called before it and the one that would be next, adds the last, and raises the event
+// once more.
+TEST_F(TrackerTest, ListenersMayComeAndGoInsideEveryEvent)
+{
+    const std::function<void()> events[] = {
+        [this] { tracker.NotifyAccelerometerEvent(Vec3(), 0); },
+        [this] { tracker.NotifyGyroscopeEvent(Vec3(), 0); },
+        [this] { tracker.NotifyMagnetometerEvent(Vec3(), 0); },
+        [this] { tracker.NotifyQuaternionEvent(Quaternion(), 0); },
+        [this] { tracker.NotifyTemperatureEvent(0, 0); },
+        [this] { tracker.NotifyPositionEvent(Vec3(), 0); },
+        [this] { tracker.NotifyOrientationEvent(Quaternion(), 0); }};
+    for (const std::function<void()>& raise : events)
+    {
+        std::string called;
+        ActingListener listeners[6];
+        for (int i = 0; i < 6; ++i)
+        {
+            listeners[i].act = [&, i] { called += std::to_string(i); };
+        }
+        listeners[0].act = [&]
+        {
+            called += "0";
+            tracker.RemoveListener(listeners[0]);
+        };
+        listeners[2].act = [&]
+        {
+            if ((called += "2") == "012")
+            {
+                tracker.RemoveListener(listeners[1]);
+                tracker.RemoveListener(listeners[3]);
+                tracker.AddListener(listeners[5]);
+                raise();
+            }
+        };
+        for (const int i : {0, 1, 2, 3, 4})
+        {
+            tracker.AddListener(listeners[i]);
+        }
+        raise();
+        EXPECT_EQ(called, "0122454"); // in the middle is the event inside the event, "245"
+        raise();
+        EXPECT_EQ(called, "0122454245");
+        for (const int i : {2, 4, 5})
+        {
+            tracker.RemoveListener(listeners[i]);
+        }
+    }
+    for (const std::string& report : assertions.TakeTexts())
+    {
+        EXPECT_EQ(report, "IsTracking()|Sensors/Tracker"); // only that it is idle
     }
 }
 

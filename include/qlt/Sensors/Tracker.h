@@ -19,7 +19,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <thread>
 #include <vector>
 
@@ -28,6 +27,7 @@ namespace qlt
 
 class ClientThread;
 class CurrentScene;
+class ListenerSet;
 
 /// deliberate: the order of the virtual operations is that of the slots that compiled clients rely
 /// on.
@@ -61,10 +61,12 @@ public:
     virtual bool IsConnected() const;
 
     /// `listener` must live until it is removed. Asserts that it is not registered yet. Listeners
-    /// are called in the order of their addresses.
+    /// are called in the order of their addresses. A listener may call this, too: the added one is
+    /// called from the next event on.
     void AddListener(TrackerListener& listener);
 
-    /// Asserts that the listener is registered. After the return it is not called any more.
+    /// Asserts that the listener is registered. After the return it is not called any more. A
+    /// listener may call this, too, for itself and for others.
     void RemoveListener(TrackerListener& listener);
 
     /// The last orientation with the yaw origin applied. The reference follows later events: take
@@ -134,7 +136,7 @@ private:
     Quaternion mRawOrientation;
     Quaternion mYawOrigin;
     Quaternion mOrientation;
-    std::unique_ptr<std::set<TrackerListener*>> mListeners;
+    std::unique_ptr<ListenerSet> mListeners;
     std::unique_ptr<std::thread> mThread;
     std::unique_ptr<CurrentScene> mCurrentScene;
     std::unique_ptr<ClientThread> mClientThread;

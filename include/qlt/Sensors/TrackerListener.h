@@ -1,8 +1,8 @@
 // The call-backs of a tracker; override those you need.
 //
-// They run on the tracker's processing thread while it holds its lock: be quick, call the tracker's
-// getters and ResetYawOrigin freely, but neither AddListener nor RemoveListener nor Stop.
-// References end with the call. `time` is in seconds: of simulated time for the simulator, a count
+// They run on the tracker's processing thread while it holds its lock: be quick. They may call the
+// tracker's getters, ResetYawOrigin, AddListener and RemoveListener, but not Stop. References end
+// with the call. `time` is in seconds: of simulated time for the simulator, a count
 // of reports in steps of 0.001 for the headset.
 #pragma once
 

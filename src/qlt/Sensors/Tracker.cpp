@@ -4,6 +4,7 @@
 
 #include "Runtime/Check.h"
 #include "Sensors/ClientThread.h"
+#include "Sensors/ListenerSet.h"
 #include "Sensors/SceneDescriptor.h"
 
 #include <cfloat>
@@ -39,7 +40,7 @@ Tracker::Tracker()
     , mRawOrientation(Quaternion::Identity)
     , mYawOrigin(Quaternion::Identity)
     , mOrientation(Quaternion::Identity)
-    , mListeners(std::make_unique<std::set<TrackerListener*>>())
+    , mListeners(std::make_unique<ListenerSet>())
     , mCurrentScene(std::make_unique<CurrentScene>())
     , mMutex(std::make_unique<std::recursive_mutex>())
     , mEarlierThreads(std::make_unique<std::vector<std::thread>>())
@@ -225,50 +226,40 @@ void Tracker::NotifyAccelerometerEvent(const Vec3& acceleration, float time)
 {
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 252);
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnAccelerometerEvent(acceleration, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnAccelerometerEvent(acceleration, time); });
 }
 
 void Tracker::NotifyGyroscopeEvent(const Vec3& angularVelocity, float time)
 {
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 262);
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnGyroscopeEvent(angularVelocity, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnGyroscopeEvent(angularVelocity, time); });
 }
 
 void Tracker::NotifyMagnetometerEvent(const Vec3& field, float time)
 {
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 272);
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnMagnetometerEvent(field, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnMagnetometerEvent(field, time); });
 }
 
 void Tracker::NotifyQuaternionEvent(const Quaternion& quaternion, float time)
 {
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 282);
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnQuaternionEvent(quaternion, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnQuaternionEvent(quaternion, time); });
 }
 
 void Tracker::NotifyTemperatureEvent(float temperature, float time)
 {
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 292);
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnTemperatureEvent(temperature, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnTemperatureEvent(temperature, time); });
 }
 
 void Tracker::NotifyPositionEvent(const Vec3& position, float time)
@@ -276,10 +267,8 @@ void Tracker::NotifyPositionEvent(const Vec3& position, float time)
     const Lock lock(*mMutex);
     QLT_CHECK_LINE(IsTracking(), 302);
     mPosition = position;
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnPositionEvent(mPosition, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnPositionEvent(mPosition, time); });
 }
 
 void Tracker::NotifyOrientationEvent(const Quaternion& orientation, float time)
@@ -288,10 +277,8 @@ void Tracker::NotifyOrientationEvent(const Quaternion& orientation, float time)
     QLT_CHECK_LINE(IsTracking(), 314);
     mRawOrientation = orientation;
     mOrientation = mYawOrigin * orientation;
-    for (TrackerListener* listener : *mListeners)
-    {
-        listener->OnOrientationEvent(mOrientation, time);
-    }
+    mListeners->ForEach([&](TrackerListener& listener)
+                        { listener.OnOrientationEvent(mOrientation, time); });
 }
 
 } // namespace qlt

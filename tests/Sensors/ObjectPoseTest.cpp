@@ -116,6 +116,9 @@ TEST_F(ObjectPoseTest, FailuresOfADescriptorReachTheCaller)
     const auto read = [this] { tracker.GetObjectOrientation(0); };
     script.Fail("VRHostDeviceScene_getCurrentDescriptor", HostServiceScript::ZERO);
     EXPECT_EQ(FailureOf(read), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
+    script.Fail("VRHost_getHandlePtr", 21); // null data is found before the handle is asked
+    EXPECT_EQ(FailureOf(read), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
+    EXPECT_EQ(script.Lent(), 0u);
     script.Reset();
     script.Fail("VRHost_getHandlePtr", 21);
     EXPECT_EQ(FailureOf(read), "21 Cannot get handle pointe");

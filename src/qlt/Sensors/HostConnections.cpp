@@ -138,9 +138,13 @@ std::optional<LentDescriptor> VRHostDeviceScene::GetCurrentDescriptor() const
         return std::nullopt;
     }
     CheckNotNull(descriptor);
-    VRHandleObject holder(mService, mService.sceneReturnDescriptor, mHandle, descriptor);
-    CheckNotNull(reinterpret_cast<Handle>(data));
-    return LentDescriptor{data, std::move(holder)};
+    if (data == nullptr)
+    {
+        mService.sceneReturnDescriptor(mHandle, descriptor); // nobody else will give it back
+        throw VRException(VR_STATUS_ERROR_NULL_PTR);
+    }
+    return LentDescriptor{
+        data, VRHandleObject(mService, mService.sceneReturnDescriptor, mHandle, descriptor)};
 }
 
 VRHostDevice::VRHostDevice(const HostService& service, Handle handle)

@@ -27,7 +27,10 @@ public:
     /// Opens the device and returns when its frames are on their way. With RENDERER_GL an id of 0
     /// makes a texture name; with RENDERER_D3D the id is the application's own and asserted not to
     /// be 0. VRException when there is no event to be had.
-    explicit Camera(unsigned int texture_id = 0, RENDERER renderer = RENDERER_GL);
+    explicit Camera(unsigned int texture_id, RENDERER renderer = RENDERER_GL);
+
+    /// With RENDERER_GL and a texture name of its own making.
+    Camera();
 
     /// With another source of devices than the machine's own.
     Camera(unsigned int texture_id, RENDERER renderer, UsbHost& host);

@@ -19,8 +19,11 @@ namespace qlt
 class QLT_API SensorFusion
 {
 public:
-    /// Starts at the identity; the first step integrates from now on. `clock` must outlive this.
-    explicit SensorFusion(Clock& clock = Clock::System());
+    /// Starts at the identity; the first step integrates from now on.
+    SensorFusion();
+
+    /// The same on another clock, which must outlive this.
+    explicit SensorFusion(Clock& clock);
     ~SensorFusion();
     SensorFusion(const SensorFusion&) = delete;
     SensorFusion& operator=(const SensorFusion&) = delete;

@@ -14,8 +14,11 @@ namespace qlt
 class QLT_API SimulatorTracker : public Tracker
 {
 public:
-    /// `clock` paces the motion and must outlive this.
-    explicit SimulatorTracker(Clock& clock = Clock::System());
+    /// Paced by the machine's own clock.
+    SimulatorTracker();
+
+    /// Paced by another clock, which must outlive this.
+    explicit SimulatorTracker(Clock& clock);
     ~SimulatorTracker() override;
 
 protected:

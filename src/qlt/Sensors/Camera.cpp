@@ -22,6 +22,11 @@ static_assert(FRAME_HEADER_SIZE + WIDTH * HEIGHT <= FRAME_SIZE);
 
 } // namespace
 
+Camera::Camera()
+    : Camera(0)
+{
+}
+
 Camera::Camera(unsigned int texture_id, RENDERER renderer)
     : Camera(texture_id, renderer, UsbHost::System())
 {

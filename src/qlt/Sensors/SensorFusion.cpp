@@ -29,6 +29,11 @@ struct SensorFusion::State
     Clock& clock;
 };
 
+SensorFusion::SensorFusion()
+    : SensorFusion(Clock::System())
+{
+}
+
 SensorFusion::SensorFusion(Clock& clock)
     : mState(std::make_unique<State>(clock))
 {

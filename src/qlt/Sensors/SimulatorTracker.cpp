@@ -11,6 +11,11 @@ constexpr std::int64_t CYCLE_NS = 1000000;
 
 } // namespace
 
+SimulatorTracker::SimulatorTracker()
+    : SimulatorTracker(Clock::System())
+{
+}
+
 SimulatorTracker::SimulatorTracker(Clock& clock)
     : mClock(clock)
 {

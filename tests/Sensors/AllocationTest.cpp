@@ -1,9 +1,14 @@
 // A process of its own, in which every allocation counts.
+#include <qlt/Sensors/DistortionMeshBuilder.h>
+
 #include "fakes/AllocationCounter.h"
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedHeadset.h"
 
 #include <gtest/gtest.h>
+
+#include <new>
+#include <tuple>
 
 TEST(AllocationTest, AReportIsDeliveredWithoutAny)
 {
@@ -21,4 +26,30 @@ TEST(AllocationTest, AReportIsDeliveredWithoutAny)
     headset.End();
     EXPECT_EQ(counts.at(9999) - counts[1], 0);
     EXPECT_GT(counts[0], 0);
+}
+
+// The first two have too many indices and an int for their vertices; the others have neither.
+TEST(AllocationTest, AMeshThatIsTooLargeTakesNone)
+{
+    for (const auto& [resX, resY, list] : {std::tuple(18919, 18919, true),
+                                           {1 << 29, 2, false},
+                                           {INT32_MAX, 1, false},
+                                           {INT32_MAX, INT32_MAX, true}})
+    {
+        qlt::DistortionMeshBuilder mesh(resX, resY, qlt::Params::EYE_LEFT, list);
+        bool isRefused = false;
+        const long before = AllocationCount();
+        try
+        {
+            mesh.BuildMesh();
+        }
+        catch (const std::bad_array_new_length&)
+        {
+            isRefused = true;
+        }
+        EXPECT_EQ(AllocationCount(), before) << resX;
+        EXPECT_TRUE(isRefused) << resX;
+        EXPECT_EQ(mesh.GetNumVertices() + mesh.GetNumIndices(), 0);
+        EXPECT_EQ(mesh.GetPosition(), nullptr);
+    }
 }

@@ -19,13 +19,25 @@ using qlt::DistortionMeshBuilder;
 using qlt::Params;
 using Reports = std::vector<std::string>;
 
-std::uint64_t HashOf(const DistortionMeshBuilder& mesh)
+using Arrays =
+    std::tuple<const qlt::Vec3*, const qlt::Vec2*, const qlt::Vec2*, const qlt::Vec2*, const int*>;
+
+Arrays ArraysOf(const DistortionMeshBuilder& mesh)
+{
+    return {mesh.GetPosition(), mesh.GetTextureR(), mesh.GetTextureG(), mesh.GetTextureB(),
+            mesh.GetIndices()};
+}
+
+/// Of these arrays, as large as those that the mesh has now.
+std::uint64_t HashOf(const Arrays& arrays, const DistortionMeshBuilder& mesh)
 {
     const auto n = static_cast<std::size_t>(mesh.GetNumVertices());
-    return Hash(std::pair(mesh.GetPosition(), n), std::pair(mesh.GetTextureR(), n),
-                std::pair(mesh.GetTextureG(), n), std::pair(mesh.GetTextureB(), n),
-                std::pair(mesh.GetIndices(), static_cast<std::size_t>(mesh.GetNumIndices())));
+    const auto& [position, red, green, blue, indices] = arrays;
+    return Hash(std::pair(position, n), std::pair(red, n), std::pair(green, n), std::pair(blue, n),
+                std::pair(indices, static_cast<std::size_t>(mesh.GetNumIndices())));
 }
+
+std::uint64_t HashOf(const DistortionMeshBuilder& mesh) { return HashOf(ArraysOf(mesh), mesh); }
 
 std::uint64_t HashOf(const plain::Mesh& mesh)
 {
@@ -41,7 +53,7 @@ std::vector<int> Indices(const DistortionMeshBuilder& mesh)
 
 } // namespace
 
-// What the plain transcription in fakes/PlainLens.h makes of the headset's tables, on every system.
+// What the plain code in fakes/PlainLens.h makes of the headset's tables, on every system.
 TEST(DistortionMeshBuilderTest, EveryGridHasItsBits)
 {
     const struct
@@ -97,8 +109,9 @@ TEST(DistortionMeshBuilderTest, SmallGridsHaveTheirIndices)
 }
 
 // Not only the tables count: the shared constants do, where no two rows face each other any more
-// and where the rows' radii pass every knot and both ends.
-TEST(DistortionMeshBuilderTest, FollowsTheSharedConstantsWhenItIsBuiltAgain)
+// and where the rows' radii pass every knot and both ends. An engine may still draw from the mesh
+// of before.
+TEST(DistortionMeshBuilderTest, ASecondBuildFollowsTheSharedConstantsInFreshArrays)
 {
     using namespace qlt::DistortConstants;
     plain::Lens lens = plain::HeadsetLens();
@@ -106,16 +119,38 @@ TEST(DistortionMeshBuilderTest, FollowsTheSharedConstantsWhenItIsBuiltAgain)
     {
         DistortionMeshBuilder mesh(33, 21, Params::EYE_LEFT, true);
         mesh.BuildMesh();
-        const qlt::Vec3* before = mesh.GetPosition();
+        const Arrays before = ArraysOf(mesh);
+        const std::uint64_t hashBefore = HashOf(mesh);
         Set(offsetMm, 100.0f, 60.0f);
         lens.offsetY = DISTORT_OFFSET_Y;
         lens.scale = DISTORT_SCALE;
         mesh.BuildMesh();
-        EXPECT_EQ(mesh.GetPosition(), before);
+        mesh.BuildMesh();
+        EXPECT_EQ(HashOf(before, mesh), hashBefore);
         plain::Mesh expected;
         plain::BuildMesh(lens, 33, 21, 0, true, expected);
         EXPECT_EQ(HashOf(mesh), HashOf(expected)) << offsetMm;
         Set(0.0f, 126.02f, 64.644f);
+    }
+}
+
+TEST(DistortionMeshBuilderTest, AnInvalidEyeIsReportedOnceABuildAndCountsAsLeft)
+{
+    AssertionRecorder assertions;
+    DistortionMeshBuilder left(7, 5, Params::EYE_LEFT, true);
+    left.BuildMesh();
+    EXPECT_EQ(assertions.Take(), Reports{});
+    for (const int eye : {-1, 2})
+    {
+        DistortionMeshBuilder mesh(7, 5, static_cast<Params::Eye>(eye), true);
+        for (int build = 0; build < 2; ++build)
+        {
+            mesh.BuildMesh();
+            EXPECT_EQ(
+                assertions.TakeTexts(),
+                Reports{"eye >= Params::EYE_BEGIN && eye < Params::EYE_COUNT|Sensors/Params"});
+        }
+        EXPECT_EQ(HashOf(mesh), HashOf(left));
     }
 }
 
@@ -125,7 +160,7 @@ TEST(DistortionMeshBuilderTest, OddResolutionsAreReportedAndSurvived)
         {0, 0, true, 1, 0},   {0, 0, false, 1, 0},        {0, 3, false, 4, 10},
         {3, 0, true, 4, 0},   {-1, 5, true, 0, 0},        {5, -1, false, 0, 0},
         {-1, -1, true, 0, 0}, {-2, -2, true, 1, 24},      {-3, -3, false, 4, 4},
-        {-5, 2, false, 0, 0}, {2, INT32_MIN, true, 0, 0}, {INT32_MAX, INT32_MAX, true, 0, 0},
+        {-5, 2, false, 0, 0}, {2, INT32_MIN, true, 0, 0}, {INT32_MIN, INT32_MIN, true, 0, 0},
     };
     for (const auto& [resX, resY, list, vertices, indices] : rows)
     {

@@ -15,6 +15,11 @@ namespace Quelta
             {
                 throw new QueltaException($"A mesh of {columns} x {rows} cells has nothing to draw.");
             }
+            long cells = rows * (columns + (triangleList ? 0L : 2L)); // 6 or 2 indices each
+            if (cells > (triangleList ? int.MaxValue / 6 : 1L << 30))
+            {
+                throw new QueltaException($"A mesh of {columns} x {rows} cells has too many indices.");
+            }
             mHandle = Library.New(
                 () => Native.qlt_DistortionMeshBuilder_New(columns, rows, leftEye, triangleList));
             Native.qlt_DistortionMeshBuilder_BuildMesh(mHandle);

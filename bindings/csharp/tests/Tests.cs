@@ -122,6 +122,8 @@ internal static class Tests
                    "each colour has its own texture coordinates");
         }
         Refused("0 x 5", () => new Mesh(0, 5));
+        Refused("too many", () => new Mesh(18919, 18919));
+        Refused("too many", () => new Mesh(1 << 29, 2, true, false));
     }
 
     private static void ACameraNeedsAHeadset()

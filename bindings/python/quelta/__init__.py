@@ -314,6 +314,9 @@ class Mesh(_Closing):
     def __init__(self, columns, rows, left_eye=True, triangle_list=True):
         if columns < 1 or rows < 1:
             raise QueltaError(f"A mesh of {columns} x {rows} cells has nothing to draw.")
+        indices = 6 * columns * rows if triangle_list else 2 * rows * (columns + 2) - 2
+        if indices >= 2**31:
+            raise QueltaError(f"A mesh of {columns} x {rows} cells has too many indices.")
         self._builder = _Builder(columns, rows, left_eye, triangle_list)
 
     @property

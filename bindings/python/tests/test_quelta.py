@@ -96,6 +96,8 @@ def test_the_arrays_of_a_mesh_outlive_it():
 
 def test_a_mesh_has_cells():
     assert "0 x 5" in refusal(quelta.Mesh, 0, 5)
+    assert "too many" in refusal(quelta.Mesh, 18919, 18919)
+    assert "too many" in refusal(quelta.Mesh, 2**29, 2, True, False)
 
 
 def test_what_is_closed_is_not_used():

@@ -26,18 +26,22 @@ public:
     DistortionMeshBuilder(const DistortionMeshBuilder&) = delete;
     DistortionMeshBuilder& operator=(const DistortionMeshBuilder&) = delete;
 
-    /// Fills the arrays with the tables of the headset and the shared constants as they are now. A
-    /// second call fills them again, in place. Counts that a non-positive resolution makes negative
-    /// are 0, and without vertices there are no arrays.
+    /// Makes fresh arrays from the tables of the headset and the shared constants as they are now.
+    /// The arrays of earlier calls stay valid and unchanged until the end of the builder, so that
+    /// an engine may go on drawing from them. Counts that a non-positive resolution makes negative
+    /// are 0, and without vertices there are no arrays. Asserts a valid eye, once a call.
+    /// std::bad_array_new_length for a grid with more vertices or indices than an int can count;
+    /// the builder is then as it was before, as after std::bad_alloc.
     void BuildMesh();
 
-    /// Zero until BuildMesh.
+    /// Those of the last BuildMesh; zero until the first.
     int GetNumVertices() const;
     int GetNumIndices() const;
 
     /// GetNumVertices() positions (x, y, depth) in the eye's viewport, x and y in [-1, 1], x right,
-    /// y up, rows upwards; the depth is 0 inside the lens and -1.1 outside. Null until BuildMesh;
-    /// valid until the end of the builder. So are the others.
+    /// y up, rows upwards; the depth is 0 inside the lens and -1.1 outside. The pointer is that of
+    /// the last BuildMesh, null until the first, and valid until the end of the builder. So are the
+    /// others.
     const Vec3* GetPosition() const;
 
     /// GetNumVertices() texture coordinates (u, v) in [0, 1] for each colour channel.
@@ -56,12 +60,11 @@ private:
     template <typename Element>
     using MeshArray = std::unique_ptr<Element[], MeshArrayDeleter>;
 
-    void Allocate();
     template <typename Element>
     MeshArray<Element> MakeArray(int count) const;
-    void FillVertices();
-    void FillTriangleList();
-    void FillTriangleStrip();
+    void FillVertices(Vec3* position, Vec2* red, Vec2* green, Vec2* blue) const;
+    void FillTriangleList(int* index) const;
+    void FillTriangleStrip(int* index) const;
 
     bool mTriangleList;
     Params::Eye mEye;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -31,10 +32,35 @@ std::vector<float> GridLines(int resolution)
     return lines;
 }
 
-/// A count of the mesh, 0 when a resolution makes it negative or larger than an index can be.
-int Count(std::int64_t count)
+/// A count of the mesh. A proper grid with more than an int can count throws; a non-positive
+/// resolution has been reported and makes 0 of what does not fit.
+int Count(std::int64_t count, bool isGrid)
 {
+    if (isGrid && count > INT32_MAX)
+    {
+        throw std::bad_array_new_length();
+    }
     return count > 0 && count <= INT32_MAX ? static_cast<int>(count) : 0;
+}
+
+/// Lies in front of every array. It keeps the same array of the build before, from which an engine
+/// may still draw. The alignment is that of memory from operator new.
+struct alignas(16) ArrayHeader
+{
+    ArrayHeader* earlier;
+};
+
+ArrayHeader* HeaderOf(void* array)
+{
+    return array != nullptr ? static_cast<ArrayHeader*>(array) - 1 : nullptr;
+}
+
+/// Makes `fresh` the current array; it takes over the earlier ones.
+template <typename Array>
+void Replace(Array& current, Array& fresh)
+{
+    HeaderOf(fresh.get())->earlier = HeaderOf(current.release());
+    current = std::move(fresh);
 }
 
 } // namespace
@@ -59,60 +85,53 @@ DistortionMeshBuilder::~DistortionMeshBuilder()
 
 void DistortionMeshBuilder::MeshArrayDeleter::operator()(void* array) const
 {
-    ::operator delete(array);
+    for (ArrayHeader* header = HeaderOf(array); header != nullptr;)
+    {
+        ArrayHeader* const earlier = header->earlier;
+        ::operator delete(header);
+        header = earlier;
+    }
 }
 
 void DistortionMeshBuilder::BuildMesh()
 {
-    // A mesh that is there already is filled again in place, so that its arrays stay valid.
-    if (mNumVertices == 0)
-    {
-        Allocate();
-    }
-    if (mNumVertices != 0)
-    {
-        FillVertices();
-    }
-}
-
-/// Sets the counts and makes the arrays, with the indices, which no table changes. Nothing for a
-/// mesh without vertices.
-void DistortionMeshBuilder::Allocate()
-{
     const std::int64_t x = mResX;
     const std::int64_t y = mResY;
-    const int vertices = Count((x + 1) * (y + 1));
+    const bool isGrid = x > 0 && y > 0;
+    const int vertices = Count((x + 1) * (y + 1), isGrid);
     if (vertices == 0)
     {
         return;
     }
-    const int indices = Count(mTriangleList ? 6 * x * y : 2 * y * (x + 2) - 2);
-    // All or none, as the destructor asserts.
+    const int indices = Count(mTriangleList ? 6 * x * y : 2 * y * (x + 2) - 2, isGrid);
     MeshArray<Vec3> position = MakeArray<Vec3>(vertices);
     MeshArray<Vec2> textureR = MakeArray<Vec2>(vertices);
     MeshArray<Vec2> textureG = MakeArray<Vec2>(vertices);
     MeshArray<Vec2> textureB = MakeArray<Vec2>(vertices);
-    mIndices = MakeArray<int>(indices);
-    mPosition = std::move(position);
-    mTextureR = std::move(textureR);
-    mTextureG = std::move(textureG);
-    mTextureB = std::move(textureB);
+    MeshArray<int> index = MakeArray<int>(indices);
+    FillVertices(position.get(), textureR.get(), textureG.get(), textureB.get());
+    if (isGrid)
+    {
+        mTriangleList ? FillTriangleList(index.get()) : FillTriangleStrip(index.get());
+    }
+    // From here on nothing can fail, so the destructor finds all arrays or none.
+    Replace(mPosition, position);
+    Replace(mTextureR, textureR);
+    Replace(mTextureG, textureG);
+    Replace(mTextureB, textureB);
+    Replace(mIndices, index);
     mNumVertices = vertices;
     mNumIndices = indices;
-    if (mResX > 0 && mResY > 0)
-    {
-        mTriangleList ? FillTriangleList() : FillTriangleStrip();
-    }
 }
 
 /// Every element of a proper mesh is written before it is read, and zeroing large arrays first
-/// would make a first build half as long again; only what a non-positive resolution leaves out is
-/// zeroed.
+/// would make a build half as long again; only what a non-positive resolution leaves out is zeroed.
 template <typename Element>
 DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int count) const
 {
     const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(Element);
-    void* array = ::operator new(bytes);
+    auto* const header = new (::operator new(sizeof(ArrayHeader) + bytes)) ArrayHeader{nullptr};
+    void* const array = header + 1;
     if (mResX <= 0 || mResY <= 0)
     {
         std::memset(array, 0, bytes);
@@ -120,7 +139,7 @@ DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int c
     return MeshArray<Element>(static_cast<Element*>(array));
 }
 
-void DistortionMeshBuilder::FillVertices()
+void DistortionMeshBuilder::FillVertices(Vec3* position, Vec2* red, Vec2* green, Vec2* blue) const
 {
     DistortionFunction function;
     function.Initialize();
@@ -131,8 +150,8 @@ void DistortionMeshBuilder::FillVertices()
     {
         row.MoveTo(ys[j]);
         const std::size_t v = j * xs.size();
-        row.GetPosition(xs, ys[j], &mPosition[v]);
-        row.GetTextures(&mTextureR[v], &mTextureG[v], &mTextureB[v]);
+        row.GetPosition(xs, ys[j], position + v);
+        row.GetTextures(red + v, green + v, blue + v);
     };
     // From the outside inwards, because the two rows that face each other are quicker together.
     for (std::size_t low = 0, end = ys.size(); low < end; ++low)
@@ -148,10 +167,10 @@ void DistortionMeshBuilder::FillVertices()
 //  v+W --- v+W+1      two triangles, v v+W v+1 and v+W v+1 v+W+1
 //   |  \\     |
 //   v --- v+1
-void DistortionMeshBuilder::FillTriangleList()
+void DistortionMeshBuilder::FillTriangleList(int* index) const
 {
     const int width = mResX + 1;
-    int* index = mIndices.get();
+    const int* const first = index;
     for (int v = 0; v < mResX; ++v)
     {
         for (const int corner : {v, v + width, v + 1, v + width, v + 1, v + width + 1})
@@ -160,7 +179,7 @@ void DistortionMeshBuilder::FillTriangleList()
         }
     }
     // Every row is the one below it, a row further.
-    const std::ptrdiff_t row = index - mIndices.get();
+    const std::ptrdiff_t row = index - first;
     for (int j = 1; j < mResY; ++j, index += row)
     {
         std::transform(index - row, index, index, [width](int below) { return below + width; });
@@ -169,10 +188,9 @@ void DistortionMeshBuilder::FillTriangleList()
 
 // Each pair of rows from left to right, bottom, top, bottom, top; the last index of a pair and the
 // first of the next are repeated, which joins them by triangles without area.
-void DistortionMeshBuilder::FillTriangleStrip()
+void DistortionMeshBuilder::FillTriangleStrip(int* index) const
 {
     const int width = mResX + 1;
-    int* index = mIndices.get();
     for (int j = 0; j < mResY; ++j)
     {
         const int first = width * j;

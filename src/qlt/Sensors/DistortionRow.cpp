@@ -2,12 +2,15 @@
 
 #include <qlt/Sensors/DistortionFunction.h>
 
+#include "Runtime/Check.h"
 #include "Sensors/CubicSpline.h"
 #include "Sensors/DistortConstants.h"
 
 #include <limits>
 
 #include <emmintrin.h> // SSE2, which every 64-bit x86 has
+
+#define QLT_SOURCE_FILE L"Sensors/Params"
 
 namespace qlt
 {
@@ -47,6 +50,7 @@ DistortionRow::DistortionRow(const DistortionFunction& function, Params::Eye eye
     , mRadius(mDx.size())
     , mScales(4 * mPoints)
 {
+    QLT_CHECK(eye >= Params::EYE_BEGIN && eye < Params::EYE_COUNT);
     const CubicSpline* const splines[] = {function.mSplineR.get(), function.mSplineG.get(),
                                           function.mSplineB.get()};
     const std::size_t knots = splines[0]->Knots();

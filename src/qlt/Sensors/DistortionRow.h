@@ -20,7 +20,7 @@ class DistortionRow
 {
 public:
     /// Rows of points at `xs` for one eye of an initialised function, with the shared constants as
-    /// they are now. Any eye but the right one counts as left.
+    /// they are now. Asserts a valid eye; any but the right one counts as left.
     DistortionRow(const DistortionFunction& function, Params::Eye eye,
                   const std::vector<float>& xs);
 

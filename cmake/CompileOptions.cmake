@@ -6,6 +6,9 @@ set(QLT_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize (address,undefin
 
 add_library(qlt_options INTERFACE)
 if(MSVC)
+  # With its usual /EHsc the compiler takes it that no extern "C" function throws; the flat ones do.
+  string(REPLACE "/EHsc" "/EHs" CMAKE_CXX_FLAGS "${CMAKE_CXX_FLAGS}")
+  target_compile_options(qlt_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:/EHs>)
   target_compile_options(qlt_options INTERFACE /W4 /utf-8 /fp:precise /permissive-
                          /wd4251 /wd4275) # exported classes with standard-library members
   target_compile_options(qlt_options INTERFACE $<$<BOOL:${QLT_WERROR}>:/WX>)

@@ -12,7 +12,9 @@
  * thread while it lives; a Quaternion, Vec2 or Vec3 belongs to one thread at a time.
  *
  * Errors: C++ exceptions (VRException) pass through; a caller in another language must not cause
- * them: they stand at the functions.
+ * them: they stand at the functions. A C++ caller that catches them with MSVC must be compiled with
+ * /EHs. With /EHsc the compiler assumes that no extern "C" function throws and may leave the
+ * handlers out. C code between the library and the handler needs -fexceptions with GCC and Clang.
  *
  * Units: metres, radians where nothing else is said, y up, x right, -z forward. */
 #ifndef QLT_C_API_H
@@ -62,7 +64,7 @@ extern "C"
     /* With its arrays. Checked. */
     QLT_API void
     qlt_DistortionMeshBuilder_Delete(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
-    /* How many vertices and indices there are: 0 until BuildMesh. Checked. */
+    /* How many vertices and indices the last BuildMesh made: 0 until the first. Checked. */
     QLT_API int32_t
     qlt_DistortionMeshBuilder_GetNumVertices(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
     QLT_API int32_t
@@ -81,7 +83,9 @@ extern "C"
     /* The first index; as the vertices. Checked. */
     QLT_API const int32_t*
     qlt_DistortionMeshBuilder_GetIndices(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
-    /* Computes the mesh. Checked. */
+    /* Computes the mesh into fresh arrays; those of earlier calls stay until the builder is
+     * deleted. std::bad_array_new_length when an int32_t cannot count its indices, std::bad_alloc
+     * without memory. Checked. */
     QLT_API void
     qlt_DistortionMeshBuilder_BuildMesh(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
 

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-// What the plain transcription in fakes/PlainLens.h makes of the headset's tables, on every system.
+// What the plain code in fakes/PlainLens.h makes of the headset's tables, on every system.
 TEST(DirectModeMeshTest, BothEyesHaveTheirBits)
 {
     const plain::Lens lens = plain::HeadsetLens();

@@ -16,9 +16,9 @@ public:
     /// the list keeps its value and gets "Error VR_STATUS (n)".
     explicit VRException(VR_STATUS code);
 
-    /// The text is `text` made narrow and always without its last character (deliberate: clients
-    /// compare the texts they have always seen). At most 1023 characters survive; the text ends at
-    /// the first zero or the first character above 255. An empty `text` ends the process.
+    /// The text is `text` made narrow and always without its last character (deliberate: the
+    /// shortened texts are part of the interface). At most 1023 characters survive; the text ends
+    /// at the first zero or the first character above 255. An empty `text` ends the process.
     VRException(VR_STATUS code, const std::wstring& text);
 
     VRException(const VRException&) = default;

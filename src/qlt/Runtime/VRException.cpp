@@ -18,7 +18,8 @@ std::string Narrow(const std::wstring& text)
         qlt::EndProcessOnRangeCheck();
     }
     std::string narrow;
-    // deliberate: one character less than there are; clients match these shortened texts.
+    // deliberate: one character less than there are; the shortened texts are part of the
+    // interface.
     const std::size_t count = std::min(text.size(), MAX_TEXT) - 1;
     for (std::size_t i = 0; i < count; ++i)
     {

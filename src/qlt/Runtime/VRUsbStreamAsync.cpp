@@ -203,8 +203,8 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     return received;
 }
 
-/// deliberate: the events of the reads stay open for the life of the process, as they always have;
-/// a camera is made once.
+/// deliberate: the events of the reads stay open for the life of the process, because a camera is
+/// made once.
 void VRUsbStreamAsync::Drain()
 {
     mCurrentFrame = nullptr;

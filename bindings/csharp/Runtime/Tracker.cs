@@ -41,6 +41,8 @@ namespace Quelta
             }
         }
 
+        /// <summary>The last orientation with the yaw origin applied once more: both kinds of tracker ignore
+        /// lookAhead, in seconds.</summary>
         public Quaternion PredictedOrientation(float lookAhead)
         {
             Native.qlt_Tracker_GetPredictedOrientation(mHandle, out Quaternion orientation, lookAhead);

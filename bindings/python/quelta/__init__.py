@@ -265,7 +265,8 @@ class Tracker(_Owned):
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetOrientation)
 
     def predicted_orientation(self, look_ahead):
-        """The one expected in look_ahead seconds."""
+        """The last orientation with the yaw origin applied once more: both kinds of tracker ignore
+        look_ahead, in seconds."""
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetPredictedOrientation, look_ahead)
 
     @property

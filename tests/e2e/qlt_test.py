@@ -90,8 +90,8 @@ class QltTest(unittest.TestCase):
         return subprocess.run(command, capture_output=True, text=True, timeout=60, check=True,
                               stdin=subprocess.DEVNULL, cwd=folder, env=environment)
 
-    def recording(self, name, reports=100, first_us=5000000, extra=b""):
-        data = b"".join(report(1000 + i, (first_us + 1000 * i) % 2**32) for i in range(reports))
+    def recording(self, name, reports=100, first_us=5000000, step_us=1000, extra=b""):
+        data = b"".join(report(1000 + i, (first_us + step_us * i) % 2**32) for i in range(reports))
         pathlib.Path(self.path(name)).write_bytes(data + extra)
         return self.path(name)
 
@@ -298,12 +298,17 @@ class QltTest(unittest.TestCase):
         self.assertEqual(rows[1], "0,0,1,0,0,0")
 
     def test_monitor_plays_a_recording_at_its_own_pace(self):
-        path = self.recording("a.bin", reports=1500)
+        path = self.recording("a.bin", reports=1500, step_us=1100)
         done = self.qlt("monitor", "--source", path, "--csv", self.path("m.csv"))
         lines = [line for line in done.stdout.splitlines() if "reports/s" in line]
         rate = float(re.search(r"(\d+) reports/s", lines[0]).group(1))
         self.assertLess(rate, 1100)
-        self.assertEqual(len(pathlib.Path(self.path("m.csv")).read_text().splitlines()), 1501)
+        # Both commands give the time by the headset's clock, as a truth file does.
+        self.qlt("replay", path, "--csv", self.path("r.csv"))
+        shown, replayed = (pathlib.Path(self.path(name)).read_text() for name in ("m.csv", "r.csv"))
+        self.assertEqual(shown, replayed)
+        rows = [line.split(",")[:2] for line in shown.splitlines()]
+        self.assertEqual(rows[1:], [[str(i), str(5000000 + 1100 * i)] for i in range(1500)])
 
     def test_monitor_says_that_there_is_no_headset_and_waits(self):
         done = self.qlt("monitor", "--source", "headset", "--seconds", "1")

@@ -10,7 +10,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -46,7 +45,7 @@ public:
     void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override
     {
         std::unique_lock<std::mutex> lock(mMutex);
-        mCsv.Write(mPose.reports, std::llround(static_cast<double>(time) * 1e6), orientation);
+        mCsv.Write(mPose.reports, mSource.TimeUs(mPose.reports, time), orientation);
         mPose.orientation = orientation;
         ++mPose.reports;
         lock.unlock();

@@ -69,6 +69,12 @@ std::size_t TrackerSource::ReportsIn(double seconds) const
     return static_cast<std::size_t>(std::max<std::ptrdiff_t>(reports, 1));
 }
 
+std::int64_t TrackerSource::TimeUs(std::size_t report, float eventTime) const
+{
+    return mRecording ? mRecording->timesUs[report]
+                      : std::llround(static_cast<double>(eventTime) * 1e6);
+}
+
 void TrackerSource::Hold() const
 {
     if (mRecorded != nullptr)

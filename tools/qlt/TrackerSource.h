@@ -4,6 +4,7 @@
 
 #include "RecordingPlayer.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,10 @@ public:
 
     /// How many of them are there after so many seconds, one at least.
     std::size_t ReportsIn(double seconds) const;
+
+    /// The time of a report, microseconds: by the headset's clock in a recording, else by the time
+    /// of its event, which starts at zero.
+    std::int64_t TimeUs(std::size_t report, float eventTime) const;
 
     /// For a listener that has a recording's last report, or enough of it: holds the tracker, which
     /// would otherwise go on and find the headset gone, until it is being stopped.

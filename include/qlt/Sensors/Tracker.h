@@ -83,8 +83,8 @@ public:
     Vec3 CopyPosition() const;
 
     /// The orientation expected in `dt` seconds. deliberate: a tracker without a prediction of its
-    /// own, like Hmd and SimulatorTracker, ignores `dt` and returns the last orientation with the yaw
-    /// origin applied once more.
+    /// own, like Hmd and SimulatorTracker, ignores `dt` and returns the last orientation with the
+    /// yaw origin applied once more.
     Quaternion GetPredictedOrientation(float dt) const;
 
     /// The position expected in `dt` seconds: the last one. Metres.

@@ -44,9 +44,11 @@ class Consumer:
     def find_package(self):
         build = self.folder / "find_package"
         shutil.rmtree(build, ignore_errors=True)
-        # By its own variable: a toolchain file for cross-compiling may hide every other place.
+        # A toolchain file for cross-compiling may hide every place but the package's own variable.
+        place = (f"-DQueltaSDK_DIR={self.prefix}/lib/cmake/QueltaSDK" if self.windows
+                 else f"-DCMAKE_PREFIX_PATH={self.prefix}")
         run([self.arguments.cmake, "-G", "Ninja", "-S", PROGRAM, "-B", build,
-             f"-DQueltaSDK_DIR={self.prefix}/lib/cmake/QueltaSDK",
+             place,
              f"-DCMAKE_CXX_COMPILER={self.arguments.compiler}",
              f"-DCMAKE_TOOLCHAIN_FILE={self.arguments.toolchain}"])
         run([self.arguments.cmake, "--build", build])
@@ -78,9 +80,10 @@ class Consumer:
     def compile(self, name, flags):
         program = self.folder / name
         # After the import library, which is none: the compiler's own libraries become static.
-        static = ["-static-libgcc", "-Wl,-Bstatic"] if self.windows else ["-pthread"]
+        system = (["-static-libgcc", "-Wl,-Bstatic"] if self.windows
+                  else ["-pthread", f"-Wl,-rpath,{self.prefix}/lib"])
         run([self.arguments.compiler, "-std=c++17", PROGRAM / "main.cpp", "-o", program, *flags,
-             *static])
+             *system])
         self.check_program(program)
 
     def check_program(self, program):
@@ -88,7 +91,7 @@ class Consumer:
 
     def output_of(self, program, *options):
         """Standard output of a program that finds the library in the installation."""
-        found = dict(os.environ, LD_LIBRARY_PATH=f"{self.prefix}/lib", WINEPATH=f"Z:{self.prefix}/bin")
+        found = dict(os.environ, WINEPATH=f"Z:{self.prefix}/bin")
         if self.windows:
             program = program.with_suffix(".exe")
         emulator = [self.arguments.emulator] if self.arguments.emulator else []

@@ -3,3 +3,4 @@
 
 #include <qltkit/Headset/HeadMotion.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
+#include <qltkit/Tracking/ClockFit.h>

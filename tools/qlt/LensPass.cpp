@@ -2,7 +2,7 @@
 
 #include <qlt/Render/Shaders.h>
 
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include <GL/glew.h>
 

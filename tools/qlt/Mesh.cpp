@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 
 #include "OutputFile.h"
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include <algorithm>
 #include <array>

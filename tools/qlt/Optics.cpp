@@ -3,8 +3,8 @@
 #include <qlt/qlt.h>
 
 #include "OutputFile.h"
-#include "Sensors/DistortConstants.h"
-#include "Sensors/DistortionTables.h"
+#include "Sensors/Lens/DistortConstants.h"
+#include "Sensors/Lens/DistortionTables.h"
 
 #include <array>
 #include <cstdio>

@@ -56,8 +56,6 @@ public:
     Vec3 Distortion(const Vec2& position, Params::Eye eye, Params::Color color);
 
 private:
-    friend class DistortionRow;
-
     float radiusForPosition(const Vec2& position, Params::Eye eye, float offsetX, float offsetY,
                             float scaleY);
 

@@ -1,9 +1,9 @@
 #include "Render/DirectModeMesh.h"
 
 #include <qlt/Math/MathUtil.h>
-#include <qlt/Sensors/DistortionFunction.h>
 
-#include "Sensors/DistortionRow.h"
+#include "Sensors/Lens/DistortionRow.h"
+#include "Sensors/Lens/LensSplines.h"
 
 namespace qlt
 {
@@ -45,12 +45,10 @@ std::vector<std::uint32_t> Triangles()
 
 DirectModeMesh BuildDirectModeMesh(Params::Eye eye)
 {
-    DistortionFunction function;
-    function.Initialize();
     const bool isRight = eye == Params::EYE_RIGHT;
     const std::vector<float> columns = isRight ? Lines(0.0f, 1.0f) : Lines(-1.0f, 0.0f);
     const std::vector<float> lines = Lines(-1.0f, 1.0f);
-    DistortionRow row(function, eye, lines);
+    DistortionRow row(HeadsetLens(), eye, lines);
     std::vector<Vec3> place(SIZE);
     std::vector<Vec2> red(SIZE);
     std::vector<Vec2> green(SIZE);

@@ -3,9 +3,9 @@
 #include <qlt/Runtime/VRException.h>
 
 #include "Runtime/Check.h"
-#include "Sensors/ClientThread.h"
+#include "Sensors/HostService/ClientThread.h"
+#include "Sensors/HostService/SceneDescriptor.h"
 #include "Sensors/ListenerSet.h"
-#include "Sensors/SceneDescriptor.h"
 
 #include <cfloat>
 

@@ -1,6 +1,6 @@
 #include "UsbEmulator.h"
 
-#include "Sensors/HostService.h"
+#include "Sensors/HostService/HostService.h"
 
 #include <algorithm>
 #include <array>

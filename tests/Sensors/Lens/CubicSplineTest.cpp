@@ -1,7 +1,7 @@
 // The spline, and the band solver under it.
-#include "Sensors/CubicSpline.h"
+#include "Sensors/Lens/CubicSpline.h"
 
-#include "Sensors/BandMatrix.h"
+#include "Sensors/Lens/BandMatrix.h"
 
 #include "fakes/AssertionRecorder.h"
 

@@ -1,6 +1,6 @@
 #include <qlt/Sensors/Hmd.h>
 
-#include "Sensors/HardwareIo.h"
+#include "Sensors/Headset/HardwareIo.h"
 
 namespace qlt
 {

@@ -1,9 +1,8 @@
 #include <qlt/Sensors/DistortionMeshBuilder.h>
 
-#include <qlt/Sensors/DistortionFunction.h>
-
 #include "Runtime/Check.h"
-#include "Sensors/DistortionRow.h"
+#include "Sensors/Lens/DistortionRow.h"
+#include "Sensors/Lens/LensSplines.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -141,11 +140,9 @@ DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int c
 
 void DistortionMeshBuilder::FillVertices(Vec3* position, Vec2* red, Vec2* green, Vec2* blue) const
 {
-    DistortionFunction function;
-    function.Initialize();
     const std::vector<float> xs = GridLines(mResX);
     const std::vector<float> ys = GridLines(mResY);
-    DistortionRow row(function, mEye, xs);
+    DistortionRow row(HeadsetLens(), mEye, xs);
     const auto fill = [&](std::size_t j)
     {
         row.MoveTo(ys[j]);
@@ -153,7 +150,7 @@ void DistortionMeshBuilder::FillVertices(Vec3* position, Vec2* red, Vec2* green,
         row.GetPosition(xs, ys[j], position + v);
         row.GetTextures(red + v, green + v, blue + v);
     };
-    // From the outside inwards, because the two rows that face each other are quicker together.
+    // Mirrored rows share radii and scales, so fill them in pairs.
     for (std::size_t low = 0, end = ys.size(); low < end; ++low)
     {
         fill(low);

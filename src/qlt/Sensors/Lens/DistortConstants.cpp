@@ -1,4 +1,4 @@
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include <qlt/Math/MathUtil.h>
 
@@ -22,11 +22,12 @@ float DISTORT_OFFSET_Y = 0.0f;
 float DISTORT_FOV_RAD = MathUtil::Deg2Rad(126.02f);
 float DISTORT_WIDTH_MM = 64.644f;
 float DISTORT_WIDTH_RATIO = 64.644f / HALF_WIDTH_MM;
-// What Set computes from the values above, written out because a tangent is no constant expression.
+// SetForAllLenses computes these from the values above. They are written out here, because a
+// tangent is no constant expression.
 float DISTORT_FOV_RATIO = 0x1.fab544p-1f;
 float DISTORT_SCALE = (64.644f / HALF_WIDTH_MM) / 0x1.fab544p-1f;
 
-void Set(float offsetYMm, float fovDeg, float widthMm)
+void SetForAllLenses(float offsetYMm, float fovDeg, float widthMm)
 {
     DISTORT_OFFSET_Y_MM = offsetYMm;
     DISTORT_OFFSET_Y = DISTORT_OFFSET_Y_MM * 2.0f / HMD_SCREEN_SIZE_VERT;

@@ -31,7 +31,7 @@ extern float DISTORT_WIDTH_RATIO;
 extern float DISTORT_FOV_RATIO;
 extern float DISTORT_SCALE;
 
-/// Rewrites all of the variable constants.
-void Set(float offsetYMm, float fovDeg, float widthMm);
+/// Rewrites all of the variable constants; every lens of the process follows.
+void SetForAllLenses(float offsetYMm, float fovDeg, float widthMm);
 
 } // namespace qlt::DistortConstants

@@ -3,7 +3,7 @@
 #include "Runtime/Check.h"
 #include "Runtime/FrameHeader.h"
 #include "Runtime/VRUsbStreamAsync.h"
-#include "Sensors/GlTexture.h"
+#include "Sensors/Camera/GlTexture.h"
 
 #define QLT_SOURCE_FILE L"Sensors/Camera"
 

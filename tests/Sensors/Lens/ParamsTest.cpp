@@ -2,7 +2,7 @@
 
 #include <qlt/Math/MathUtil.h>
 
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include "fakes/EventLog.h"
 #include "fakes/FloatBits.h"

@@ -3,9 +3,8 @@
 #include <qlt/Math/MathUtil.h>
 
 #include "Runtime/Check.h"
-#include "Sensors/CubicSpline.h"
-#include "Sensors/DistortConstants.h"
-#include "Sensors/DistortionTables.h"
+#include "Sensors/Lens/DistortConstants.h"
+#include "Sensors/Lens/LensSplines.h"
 
 #include <cmath>
 
@@ -15,16 +14,6 @@ namespace qlt
 {
 
 using namespace DistortConstants;
-
-namespace
-{
-
-std::vector<double> Values(const DistortionTables::Table& table)
-{
-    return std::vector<double>(table.begin(), table.end());
-}
-
-} // namespace
 
 DistortionFunction::DistortionFunction()
     : mIsInitialized(false)
@@ -39,10 +28,9 @@ DistortionFunction::~DistortionFunction() = default;
 void DistortionFunction::Initialize()
 {
     QLT_CHECK(!mIsInitialized);
-    const std::vector<double> radius = Values(DistortionTables::RADIUS);
-    mSplineR->SetPoints(radius, Values(DistortionTables::RED));
-    mSplineG->SetPoints(radius, Values(DistortionTables::GREEN));
-    mSplineB->SetPoints(radius, Values(DistortionTables::BLUE));
+    *mSplineR = HeadsetLens().red;
+    *mSplineG = HeadsetLens().green;
+    *mSplineB = HeadsetLens().blue;
     mIsInitialized = true;
 }
 
@@ -52,8 +40,8 @@ void DistortionFunction::Initialize(DistortParams& params)
     mSplineG->SetPoints(params.radius, params.green);
     mSplineB->SetPoints(params.radius, params.blue);
     mIsInitialized = true;
-    Set(static_cast<float>(params.offsetYMm), static_cast<float>(params.fovDeg),
-        static_cast<float>(params.widthMm));
+    SetForAllLenses(static_cast<float>(params.offsetYMm), static_cast<float>(params.fovDeg),
+                    static_cast<float>(params.widthMm));
 }
 
 float DistortionFunction::radiusForPosition(const Vec2& position, Params::Eye eye, float offsetX,

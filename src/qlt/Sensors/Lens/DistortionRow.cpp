@@ -1,10 +1,8 @@
-#include "Sensors/DistortionRow.h"
-
-#include <qlt/Sensors/DistortionFunction.h>
+#include "Sensors/Lens/DistortionRow.h"
 
 #include "Runtime/Check.h"
-#include "Sensors/CubicSpline.h"
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
+#include "Sensors/Lens/LensSplines.h"
 
 #include <limits>
 
@@ -42,17 +40,15 @@ __m128 Coordinate(__m128 x)
 
 } // namespace
 
-DistortionRow::DistortionRow(const DistortionFunction& function, Params::Eye eye,
-                             const std::vector<float>& xs)
+DistortionRow::DistortionRow(const LensSplines& lens, Params::Eye eye, const std::vector<float>& xs)
     : mPoints(xs.size())
-    , mSegments(function.mSplineR->Knots() + 1)
+    , mSegments(lens.red.Knots() + 1)
     , mDx((mPoints + 3) / 4 * 4)
     , mRadius(mDx.size())
     , mScales(4 * mPoints)
 {
     QLT_CHECK(eye >= Params::EYE_BEGIN && eye < Params::EYE_COUNT);
-    const CubicSpline* const splines[] = {function.mSplineR.get(), function.mSplineG.get(),
-                                          function.mSplineB.get()};
+    const CubicSpline* const splines[] = {&lens.red, &lens.green, &lens.blue};
     const std::size_t knots = splines[0]->Knots();
     const double* x = splines[0]->X();
     constexpr double INF = std::numeric_limits<double>::infinity();

@@ -8,32 +8,13 @@
 #pragma once
 
 #include "Runtime/VRThread.h"
-#include "Sensors/HostConnections.h"
+#include "Sensors/HostService/CurrentScene.h"
+#include "Sensors/HostService/HostConnections.h"
 
-#include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace qlt
 {
-
-/// The scene that the service has at the moment. Written by the client thread, read from any
-/// thread.
-class CurrentScene
-{
-public:
-    using Scene = std::shared_ptr<const vr_host_client::VRHostDeviceScene>;
-
-    /// Null when there is none. A scene stays alive as long as it is held.
-    Scene Get() const;
-
-    void Set(Scene scene);
-
-private:
-    std::atomic<bool> mConnected{false}; // spares the lock for who has no host service: most
-    mutable std::mutex mMutex;           // guards mScene
-    Scene mScene;
-};
 
 class ClientThread final : public VRThread
 {

@@ -1,6 +1,6 @@
 #include <qlt/Sensors/DistortionMeshBuilder.h>
 
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/FloatBits.h"
@@ -121,7 +121,7 @@ TEST(DistortionMeshBuilderTest, ASecondBuildFollowsTheSharedConstantsInFreshArra
         mesh.BuildMesh();
         const Arrays before = ArraysOf(mesh);
         const std::uint64_t hashBefore = HashOf(mesh);
-        Set(offsetMm, 100.0f, 60.0f);
+        SetForAllLenses(offsetMm, 100.0f, 60.0f);
         lens.offsetY = DISTORT_OFFSET_Y;
         lens.scale = DISTORT_SCALE;
         mesh.BuildMesh();
@@ -130,7 +130,7 @@ TEST(DistortionMeshBuilderTest, ASecondBuildFollowsTheSharedConstantsInFreshArra
         plain::Mesh expected;
         plain::BuildMesh(lens, 33, 21, 0, true, expected);
         EXPECT_EQ(HashOf(mesh), HashOf(expected)) << offsetMm;
-        Set(0.0f, 126.02f, 64.644f);
+        SetForAllLenses(0.0f, 126.02f, 64.644f);
     }
 }
 

@@ -13,7 +13,7 @@
 #pragma once
 
 #include "Runtime/VREvent.h"
-#include "Sensors/HostService.h"
+#include "Sensors/HostService/HostService.h"
 
 #include <optional>
 
@@ -23,7 +23,7 @@ namespace vr_host_client
 using qlt::HostService;
 using Handle = HostService::Handle;
 
-/// A handle that a connection has lent, and what it designates.
+/// A handle that a connection has lent.
 class VRHandleObject
 {
 public:
@@ -43,14 +43,12 @@ private:
     HostService::ActOn mGiveBack;
     Handle mOwner;
     Handle mHandle;
-    void* mPointer = nullptr;
 };
 
 /// What the service announces or withdraws.
 struct Notification
 {
     std::uint32_t type;
-    std::uint64_t extra;
     VRHandleObject info;
 };
 

@@ -1,4 +1,4 @@
-#include "Sensors/HostConnections.h"
+#include "Sensors/HostService/HostConnections.h"
 
 #include <qlt/Runtime/VRException.h>
 
@@ -37,7 +37,8 @@ VRHandleObject::VRHandleObject(const HostService& service, HostService::ActOn gi
     , mOwner(owner)
     , mHandle(handle)
 {
-    const HostService::Status status = service.getHandlePtr(handle, &mPointer);
+    void* data = nullptr; // nobody reads it, but the service may refuse the question
+    const HostService::Status status = service.getHandlePtr(handle, &data);
     if (status != 0 && handle != 0)
     {
         mGiveBack(owner, handle); // there will be no destructor to do it
@@ -49,7 +50,6 @@ VRHandleObject::VRHandleObject(VRHandleObject&& other) noexcept
     : mGiveBack(other.mGiveBack)
     , mOwner(other.mOwner)
     , mHandle(std::exchange(other.mHandle, 0))
-    , mPointer(other.mPointer)
 {
 }
 
@@ -98,8 +98,7 @@ std::optional<Notification> Connection::Read(HostService::Read read,
     {
         return std::nullopt;
     }
-    return Notification{record.type, record.extra,
-                        VRHandleObject(mService, giveBack, mHandle, record.handle)};
+    return Notification{record.type, VRHandleObject(mService, giveBack, mHandle, record.handle)};
 }
 
 Handle Connection::ConnectTo(HostService::Connect connect, const VRHandleObject& info,

@@ -13,16 +13,14 @@
 namespace qlt
 {
 
-class CubicSpline;
-class DistortionFunction;
+struct LensSplines;
 
 class DistortionRow
 {
 public:
-    /// Rows of points at `xs` for one eye of an initialised function, with the shared constants as
-    /// they are now. Asserts a valid eye; any but the right one counts as left.
-    DistortionRow(const DistortionFunction& function, Params::Eye eye,
-                  const std::vector<float>& xs);
+    /// Rows of points at `xs` for one eye, with the shared constants as they are now. Asserts a
+    /// valid eye; any but the right one counts as left. `lens` is needed for this call only.
+    DistortionRow(const LensSplines& lens, Params::Eye eye, const std::vector<float>& xs);
 
     /// Makes `y` the current row.
     void MoveTo(float y);

@@ -1,4 +1,4 @@
-#include "Sensors/ClientThread.h"
+#include "Sensors/HostService/ClientThread.h"
 
 #include <qlt/Runtime/VRException.h>
 
@@ -47,24 +47,6 @@ void Disconnect(std::unique_ptr<Owned>& connection)
 }
 
 } // namespace
-
-CurrentScene::Scene CurrentScene::Get() const
-{
-    if (!mConnected)
-    {
-        return nullptr;
-    }
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mScene;
-}
-
-void CurrentScene::Set(Scene scene)
-{
-    mConnected = scene != nullptr;
-    // Swapped, so that the last reference to the old scene goes without the lock.
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mScene.swap(scene);
-}
 
 ClientThread::ClientThread(CurrentScene& scene, const HostService& service)
     : mService(service)

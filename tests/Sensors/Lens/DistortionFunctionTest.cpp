@@ -1,6 +1,6 @@
 #include <qlt/Sensors/DistortionFunction.h>
 
-#include "Sensors/DistortConstants.h"
+#include "Sensors/Lens/DistortConstants.h"
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/FloatBits.h"
@@ -22,7 +22,7 @@ using Reports = std::vector<std::string>;
 class DistortionFunctionTest : public testing::Test
 {
 protected:
-    ~DistortionFunctionTest() override { Set(0.0f, 126.02f, 64.644f); }
+    ~DistortionFunctionTest() override { SetForAllLenses(0.0f, 126.02f, 64.644f); }
 
     /// For the eyes and colours as they are numbered, and numbers that are none.
     Vec3 At(float x, float y, int eye, int color = Params::COLOR_RED)

@@ -1,4 +1,4 @@
-#include "Sensors/HardwareIo.h"
+#include "Sensors/Headset/HardwareIo.h"
 
 #include "Runtime/Check.h"
 

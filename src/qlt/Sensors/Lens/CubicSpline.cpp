@@ -1,7 +1,7 @@
-#include "Sensors/CubicSpline.h"
+#include "Sensors/Lens/CubicSpline.h"
 
 #include "Runtime/Check.h"
-#include "Sensors/BandMatrix.h"
+#include "Sensors/Lens/BandMatrix.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Sensors/BandMatrix.h"
+#include "Sensors/Lens/BandMatrix.h"
 
 #include "Runtime/Check.h"
 

@@ -1,4 +1,4 @@
-#include "Sensors/GlTexture.h"
+#include "Sensors/Camera/GlTexture.h"
 
 #include <GL/glew.h>
 

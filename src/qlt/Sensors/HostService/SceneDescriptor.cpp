@@ -1,4 +1,4 @@
-#include "Sensors/SceneDescriptor.h"
+#include "Sensors/HostService/SceneDescriptor.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "Sensors/ClientThread.h"
+#include "Sensors/HostService/ClientThread.h"
 
 #include "fakes/HostServiceFixture.h"
 #include "fakes/OpenHandles.h"

@@ -1,4 +1,4 @@
-#include "Sensors/HostService.h"
+#include "Sensors/HostService/HostService.h"
 
 #include "Runtime/DynamicLibrary.h"
 

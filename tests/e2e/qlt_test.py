@@ -115,12 +115,68 @@ class QltTest(unittest.TestCase):
     def test_replay_refuses_what_is_no_recording(self):
         pathlib.Path(self.path("empty.bin")).write_bytes(b"")
         pathlib.Path(self.path("short.bin")).write_bytes(b"x" * 63)
-        for name in ("missing.bin", "empty.bin", "short.bin"):
-            with self.subTest(name):
-                done = self.qlt("replay", self.path(name), code=1)
-                self.assertEqual(len(done.stderr.splitlines()), 1)
-                self.assertIn(name, done.stderr)
-                self.assertEqual(done.stdout, "")
+        pathlib.Path(self.path("zeros.bin")).write_bytes(bytes(6400))
+        shutil.copy(pathlib.Path(__file__), self.path("text.bin"))
+        pathlib.Path(self.path("line.bin")).write_bytes(b"text" * 20)
+        inputs = [("missing.bin", "cannot read"), ("empty.bin", "is empty"),
+                  ("short.bin", "no whole report"), ("zeros.bin", "99 of its 99 steps"),
+                  ("text.bin", "is not a recording"), ("line.bin", "is not a recording"),
+                  (str(self.folder), "is a folder")]
+        if not ARGUMENTS.emulator:
+            inputs.append(("/dev/zero", "is a device"))
+        for name, words in inputs:
+            commands = [["replay"], ["monitor", "--source"], ["view", "--source"]]
+            if words in ("cannot read", "is a folder", "is a device"):
+                commands.append(["replay", self.recording("a.bin"), "--truth"])
+            for command in commands:
+                with self.subTest(command=command, name=name):
+                    done = self.qlt(*command, name, code=1)
+                    self.assertEqual(len(done.stderr.splitlines()), 1)
+                    self.assertIn(name, done.stderr)
+                    self.assertIn(words, done.stderr)
+                    self.assertNotIn("real time", done.stdout)
+
+    def test_replay_and_monitor_name_what_is_odd_about_a_recording(self):
+        whole = [report(1000 + i, 5000000 + 1000 * i) for i in range(500)]
+        torn = b"".join(whole[:250]) + whole[250][:20] + whole[250][37:] + b"".join(whole[251:])
+        late = [report(1000 + i, 5000000 + 1000 * i + (i >= 100) * 56000) for i in range(500)]
+        again = [report(1 + i, 1000 * i) for i in range(100)]
+        for data, code, lines in (
+                (whole, 0, []),
+                (whole[:100] + whole[103:], 0, ["100 (0.103 s): 3 reports are lost before it"]),
+                (late, 0, ["100 (0.156 s): it comes 0.057 s after the one before"]),
+                (whole[:101] + whole[100:], 0, ["101 (0.100 s): it repeats report 100"]),
+                (whole[:100] + [whole[101], whole[100]] + whole[102:], 0,
+                 ["100 (0.101 s): it is swapped with report 101"]),
+                ([whole[1], whole[0]] + whole[2:], 0,
+                 ["0 (0.000 s): it is swapped with report 1"]),
+                (whole[:100] + [b"torn" * 16] + whole[101:], 0,
+                 ["100 (0.099 s): it does not fit between the reports around it"]),
+                (whole[:400] + again, 0, ["400 (0.399 s): the sequence steps by -1398 and the "
+                                          "device time by -5.399000 s"]),
+                (whole[:5] * 2 + whole[5:], 0, ["5 (0.004 s): the sequence steps by -4 and the "
+                                                "device time by -0.004000 s"]),
+                (whole[:10] + [r for r in whole[10:14] for _ in (1, 2)] + whole[14:], 0,
+                 [f"{11 + 2 * i} (0.0{10 + i} s): it repeats report {10 + 2 * i}"
+                  for i in range(4)]),
+                (whole[:10] + [r for r in whole[10:16] for _ in (1, 2)] + whole[16:], 1,
+                 [f"{11 + 2 * i} (0.0{10 + i} s): it repeats report {10 + 2 * i}"
+                  for i in range(6)] + ["is not a recording: 6 of its 505 steps are implausible, "
+                                        "the first at report 11 (0.010 s): it repeats report 10"]),
+                ([torn], 1, ["251 (0.250 s): from here on the reports begin 47 bytes late",
+                             "is not a recording: 248 of its 498 steps are implausible, the first "
+                             "at report 251 (0.250 s): from here on the reports begin 47 bytes late"
+                             ])):
+            pathlib.Path(self.path("r.bin")).write_bytes(b"".join(data))
+            expected = [f"qlt: r.bin{' ' if line[0] == 'i' else ', report '}{line}"
+                        for line in lines]
+            for command in (["replay"], ["monitor", "--source"]):
+                with self.subTest(command=command, lines=lines):
+                    done = self.qlt(*command, "r.bin", code=code)
+                    self.assertEqual(done.stderr.splitlines(), expected)
+                    length = re.search(r" (-?[\d.]+) s\n.*, (-?\d+) times", done.stdout, re.S)
+                    if code == 0 and command[0] == "replay":
+                        self.assertGreater(min(map(float, length.groups())), 0.4)
 
     def test_replay_names_a_truncated_report_and_plays_the_whole_ones(self):
         path = self.recording("cut.bin", reports=70, extra=b"y" * 17)
@@ -469,6 +525,11 @@ class QltTest(unittest.TestCase):
         folder = pathlib.Path(ARGUMENTS.recordings)
         if not folder.is_dir():
             self.skipTest(f"no recordings in {folder}")
+        for path in sorted(folder.glob("*.bin")):
+            with self.subTest(path.name):
+                done = self.qlt("replay", str(path))
+                lost = 0 if path.name != "headset_shake.bin" else 20 + 1
+                self.assertEqual(len(done.stderr.splitlines()), lost)
         for name, rmse in (("slow_rotation_breaks", 0.795), ("slow_translation", 2.447),
                            ("fast_rotation", 2.017)):
             with self.subTest(name):

@@ -1,9 +1,11 @@
 #include "Orientation.h"
 
+#include "InputFile.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace
@@ -71,11 +73,11 @@ void OrientationCsv::Close() { mFile.Close(); }
 
 std::vector<TruthRow> LoadTruth(const std::string& path)
 {
-    std::ifstream file(path);
+    std::istringstream file(ReadInput(path));
     std::string line;
     if (!std::getline(file, line))
     {
-        throw std::runtime_error("cannot read " + path);
+        throw std::runtime_error(path + " is empty");
     }
     std::vector<TruthRow> rows;
     for (std::size_t number = 2; std::getline(file, line); ++number)

@@ -1,42 +1,32 @@
 #include "Recording.h"
 
+#include "InputFile.h"
+#include "OutputFile.h"
+#include "RecordingCheck.h"
+
 #include <algorithm>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <stdexcept>
 
 namespace
 {
 
-std::uint32_t DeviceTimeUs(const std::uint8_t* report)
-{
-    return static_cast<std::uint32_t>(report[4]) | static_cast<std::uint32_t>(report[5]) << 8 |
-           static_cast<std::uint32_t>(report[6]) << 16 |
-           static_cast<std::uint32_t>(report[7]) << 24;
-}
+constexpr std::size_t MAX_LISTED = 20; // faults
 
-std::vector<char> ReadFile(const std::string& path)
+std::string Describe(const RecordingFault& fault)
 {
-    std::ifstream file(path, std::ios::binary);
-    std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad())
-    {
-        throw std::runtime_error("cannot read " + path);
-    }
-    return bytes;
+    return OutputFile::Format("report %zu (%.3f s): ", fault.report,
+                              static_cast<double>(fault.timeUs) / 1e6) +
+           fault.text;
 }
 
 } // namespace
 
-double Recording::DurationS() const
-{
-    return static_cast<double>(timesUs.back() - timesUs.front()) / 1e6;
-}
+double Recording::DurationS() const { return static_cast<double>(playedUs.back()) / 1e6; }
 
 Recording LoadRecording(const std::string& path)
 {
-    const std::vector<char> bytes = ReadFile(path);
+    const std::string bytes = ReadInput(path);
     if (bytes.empty())
     {
         throw std::runtime_error(path + " is empty");
@@ -45,6 +35,7 @@ Recording LoadRecording(const std::string& path)
     recording.extraBytes = bytes.size() % Recording::REPORT_SIZE;
     recording.reports.resize(bytes.size() / Recording::REPORT_SIZE);
     recording.timesUs.reserve(recording.reports.size());
+    recording.playedUs.reserve(recording.reports.size());
     if (recording.reports.empty())
     {
         throw std::runtime_error(path + " holds no whole report: " + std::to_string(bytes.size()) +
@@ -55,17 +46,50 @@ Recording LoadRecording(const std::string& path)
     {
         std::copy_n(next, report.size(), report.begin());
         next += static_cast<std::ptrdiff_t>(report.size());
-        const std::uint32_t timeUs = DeviceTimeUs(report.data());
-        const std::int64_t last = recording.timesUs.empty() ? timeUs : recording.timesUs.back();
-        // The difference modulo 2^32, forward or a little backward.
-        const auto step = static_cast<std::int32_t>(timeUs - static_cast<std::uint32_t>(last));
-        recording.timesUs.push_back(last + step);
+    }
+    recording.timesUs.push_back(DeviceTimeUs(recording.reports.front()));
+    recording.playedUs.push_back(0);
+    for (std::size_t i = 1; i < recording.reports.size(); ++i)
+    {
+        const RecordingStep step = StepBetween(recording.reports[i - 1], recording.reports[i]);
+        recording.timesUs.push_back(recording.timesUs.back() + step.timeUs);
+        recording.playedUs.push_back(recording.playedUs.back() +
+                                     (IsPlausible(step) ? step.timeUs : 0));
     }
     return recording;
 }
 
-bool ReportTruncation(const Recording& recording, const std::string& path)
+bool ReportFaults(const Recording& recording, const std::string& path)
 {
+    const RecordingCheck check = CheckRecording(recording);
+    const std::size_t steps = recording.reports.size() - 1;
+    if (steps == 0 && recording.extraBytes != 0)
+    {
+        throw std::runtime_error(path + " is not a recording: it ends after one report and " +
+                                 std::to_string(recording.extraBytes) + " of 64 bytes");
+    }
+    const bool isRefused = check.implausibleSteps * 100 > steps;
+    std::size_t listed = std::min(check.faults.size(), MAX_LISTED);
+    if (isRefused && check.faults.size() > MAX_LISTED) // they say nothing but that
+    {
+        listed = 0;
+    }
+    for (std::size_t i = 0; i < listed; ++i)
+    {
+        std::cerr << "qlt: " << path << ", " << Describe(check.faults[i]) << '\n';
+    }
+    if (isRefused)
+    {
+        const auto first = std::find_if(check.faults.begin(), check.faults.end(),
+                                        [](const auto& fault) { return !fault.isPlausible; });
+        throw std::runtime_error(
+            path + " is not a recording: " + std::to_string(check.implausibleSteps) + " of its " +
+            std::to_string(steps) + " steps are implausible, the first at " + Describe(*first));
+    }
+    if (check.faults.size() > listed)
+    {
+        std::cerr << "qlt: " << path << ", and " << check.faults.size() - listed << " more\n";
+    }
     if (recording.extraBytes != 0)
     {
         std::cerr << "qlt: the last report of " << path << " is cut off after "

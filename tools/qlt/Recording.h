@@ -11,9 +11,12 @@ struct Recording
 {
     static constexpr std::size_t REPORT_SIZE = 64;
 
-    std::vector<std::array<std::uint8_t, REPORT_SIZE>> reports;
-    std::vector<std::int64_t> timesUs; // device time of each report, unwrapped across 2^32
-    std::size_t extraBytes = 0;        // of a last report that was cut off
+    using Report = std::array<std::uint8_t, REPORT_SIZE>;
+
+    std::vector<Report> reports;
+    std::vector<std::int64_t> timesUs;  // device time of each report, unwrapped across 2^32
+    std::vector<std::int64_t> playedUs; // since the first report, without implausible steps
+    std::size_t extraBytes = 0;         // of a last report that was cut off
 
     double DurationS() const;
 };
@@ -22,5 +25,6 @@ struct Recording
 /// holds no whole report.
 Recording LoadRecording(const std::string& path);
 
-/// Says on standard error that the last report of `recording` was cut off; false when it was.
-bool ReportTruncation(const Recording& recording, const std::string& path);
+/// Says on standard error what is odd about `recording`; false when its last report was cut off.
+/// std::runtime_error when more than a hundredth of its steps are implausible.
+bool ReportFaults(const Recording& recording, const std::string& path);

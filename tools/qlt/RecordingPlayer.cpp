@@ -85,7 +85,7 @@ bool RecordingPlayer::ReadReport(std::uint8_t* buffer, std::uint32_t& length)
     }
     if (mPace == Pace::Recorded)
     {
-        const auto due = mStart + std::chrono::microseconds(timeUs - mRecording.timesUs.front());
+        const auto due = mStart + std::chrono::microseconds(mRecording.playedUs[mNext]);
         std::this_thread::sleep_for(due - std::chrono::steady_clock::now());
     }
     std::copy(mRecording.reports[mNext].begin(), mRecording.reports[mNext].end(), buffer);

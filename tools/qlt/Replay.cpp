@@ -115,7 +115,7 @@ int RunReplay(const ReplayOptions& options)
 {
     OrientationCsv csv(options.csv);
     const Recording recording = LoadRecording(options.recording);
-    const bool whole = ReportTruncation(recording, options.recording);
+    const bool whole = ReportFaults(recording, options.recording);
     std::vector<TruthRow> truth;
     if (!options.truth.empty())
     {

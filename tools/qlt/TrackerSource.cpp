@@ -38,7 +38,7 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
         return;
     }
     mRecording = LoadRecording(name);
-    mWhole = ReportTruncation(*mRecording, name);
+    mWhole = ReportFaults(*mRecording, name);
     mPlayer = std::make_unique<RecordingPlayer>(*mRecording, pace);
     auto tracker = std::make_unique<RecordingTracker>(*mPlayer);
     mRecorded = tracker.get();
@@ -60,8 +60,8 @@ std::size_t TrackerSource::ReportsIn(double seconds) const
     std::ptrdiff_t reports = std::lround(seconds * 1000.0);
     if (mRecording)
     {
-        const auto& times = mRecording->timesUs;
-        const std::int64_t end = times.front() + std::llround(seconds * 1e6);
+        const auto& times = mRecording->playedUs;
+        const std::int64_t end = std::llround(seconds * 1e6);
         reports = std::find_if(times.begin(), times.end(),
                                [end](std::int64_t time) { return time > end; }) -
                   times.begin();

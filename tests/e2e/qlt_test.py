@@ -107,10 +107,63 @@ class QltTest(unittest.TestCase):
 
     def test_an_unknown_option_is_not_understood(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
-                          ["monitor", "--seconds", "-1"], ["optics"], ["mesh", "--eye", "top"],
-                          ["mesh", "--resolution", "0x5"], ["mesh", "--resolution", "5x5x"]):
+                          ["optics"], ["mesh", "--eye", "top"], ["bogus", "--seconds", "1"],
+                          ["replay", "--csv", "", "x"], ["record", ""]):
             with self.subTest(arguments):
-                self.assertNotEqual(self.qlt(*arguments, code=2).stderr, "")
+                word = [a for a in arguments if a in ("bogus", "--nonsense")]
+                self.assertIn("".join(word[:1]), self.qlt(*arguments, code=2).stderr)
+
+    def test_every_number_is_refused_with_its_range(self):
+        words = ["nan", "inf", "-inf", "-1", "1e999", "9" * 400, "1s", "", " 1", "0x10"]
+        for command, options in (
+                (["monitor"], {"--seconds": "0.001 to 1000000"}),
+                (["view", "--png", "v.png"], {"--seconds": "0.001 to 1000000"}),
+                (["record", "r.bin"], {"--seconds": "0.001 to 1000000"}),
+                (["camera"], {"--seconds": "0.001 to 1000000"}),
+                (["synthesize", "s.bin"], {"--seconds": "0.001 to 3600",
+                                           "--seed": "0 to 18446744073709551615"}),
+                (["mesh"], {"--resolution": "1 to 4096"})):
+            for option, reach in options.items():
+                more = {"--seed": ["1.5", "18446744073709551616"],
+                        "--resolution": ["0x5", "5x", "5x5x", "x", "4097x1", "1x4097", "nanx5",
+                                         "9999999999x5", "5x-5"]}.get(option, ["0", "1e7"])
+                for word in words + more:
+                    with self.subTest(command=command, option=option, word=word):
+                        done = self.qlt(*command, f"{option}={word}" if word else option,
+                                        *([] if word else [""]), code=2)
+                        self.assertIn(f"{reach}\n", done.stderr)
+        self.assertEqual(os.listdir(self.folder), [])
+        self.qlt("synthesize", "s.bin", "--seconds", "0.001", "--seed", "18446744073709551615")
+
+    def test_output_that_is_lost_is_an_error_but_a_reader_may_leave(self):
+        command = shlex.split(ARGUMENTS.emulator) + [ARGUMENTS.qlt]
+        with subprocess.Popen([*command, "monitor", "--csv", self.path("m.csv")],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE) as monitor:
+            monitor.stdout.readline()
+            monitor.stdout.close()
+            self.assertEqual(monitor.wait(timeout=30), 0)
+            self.assertEqual(monitor.stderr.read(), b"")
+        self.assertGreater(len(pathlib.Path(self.path("m.csv")).read_text().splitlines()), 300)
+        if ARGUMENTS.emulator:
+            return
+        self.recording("a.bin")
+        for arguments in ("info", "--help", "mesh", "replay a.bin --json", "replay a.bin",
+                          "monitor --csv n.csv --seconds 2", "mesh --csv /dev/stdout", "synthesize s.bin"):
+            for stream, words in ((">/dev/full", "No space left on device"),
+                                  (">&-", "standard output is closed"),
+                                  (">&- 2>&- <&-", "")):
+                with self.subTest(arguments=arguments, stream=stream):
+                    done = subprocess.run(["sh", "-c", f'exec "$0" {arguments} {stream}',
+                                           ARGUMENTS.qlt], cwd=self.folder, check=False,
+                                          capture_output=True, text=True, timeout=30)
+                    self.assertEqual(done.returncode, 1)
+                    errors = re.sub("USB .*\n", "", done.stderr).splitlines()
+                    self.assertEqual(len(errors), words != "")
+                    self.assertIn(words, "".join(errors))
+            pipe = f'"$0" {arguments} | true; exit ${{PIPESTATUS[0]}}'
+            done = subprocess.run(["bash", "-c", pipe, ARGUMENTS.qlt], cwd=self.folder, check=False,
+                                  capture_output=True, text=True, timeout=30)
+            self.assertEqual((done.returncode, re.sub("USB .*\n", "", done.stderr)), (0, ""))
 
     def test_replay_refuses_what_is_no_recording(self):
         pathlib.Path(self.path("empty.bin")).write_bytes(b"")

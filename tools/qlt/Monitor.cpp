@@ -4,6 +4,7 @@
 
 #include "Interrupt.h"
 #include "Orientation.h"
+#include "StandardOutput.h"
 #include "Terminal.h"
 #include "TrackerSource.h"
 
@@ -81,18 +82,18 @@ public:
         return std::chrono::milliseconds(mTerminal ? 50 : 1000);
     }
 
-    void Show(const std::string& text)
+    /// False when nobody can see it any more.
+    bool Show(const std::string& text)
     {
         if (!mTerminal)
         {
             std::printf("%s\n", text.c_str());
-            std::fflush(stdout);
-            return;
+            return FlushStandardOutput();
         }
         // Spaces instead of an escape sequence: not every console knows one.
         std::printf("\r%-*s", static_cast<int>(mWidth), text.c_str());
-        std::fflush(stdout);
         mWidth = text.size();
+        return FlushStandardOutput();
     }
 
     ~Display()
@@ -165,8 +166,10 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptio
         {
             const Latest::Pose pose = latest.Get();
             const double intervalS = Seconds(now - shown).count();
-            display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS) +
-                         (options.objects ? DescribeObjects(tracker) : ""));
+            const bool isSeen =
+                display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS) +
+                             (options.objects ? DescribeObjects(tracker) : ""));
+            over = over || !isSeen;
             shownReports = pose.reports;
             shown = now;
             due += display.Period();

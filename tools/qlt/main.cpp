@@ -2,6 +2,8 @@
 // understood.
 #include "Commands.h"
 #include "OptionChecks.h"
+#include "StandardOutput.h"
+#include "Terminal.h"
 
 #include <algorithm>
 #include <exception>
@@ -145,6 +147,19 @@ void AddRecord(CLI::App& app, RecordOptions& options)
     AddSeconds(*command, options.seconds, "Stop after so many seconds");
 }
 
+/// Says why a command line is not understood, or gives the help that it asks for.
+int Refuse(const CLI::App& app, const CLI::ParseError& error)
+{
+    const std::vector<std::string> rest = app.remaining();
+    if (app.get_subcommands().empty() && !rest.empty())
+    {
+        std::cerr << '"' << rest.front() << "\" is not a command of qlt\n"
+                  << "Run with --help for more information.\n";
+        return 2;
+    }
+    return app.exit(error) == 0 ? 0 : 2;
+}
+
 int Run(int argc, char** argv)
 {
     CLI::App app("The command of the QueltaSDK.", "qlt");
@@ -174,7 +189,7 @@ int Run(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        return app.exit(error) == 0 ? 0 : 2;
+        return Refuse(app, error);
     }
     if (app.got_subcommand("monitor"))
     {
@@ -211,13 +226,18 @@ int Run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    if (!PrepareStandardStreams())
+    {
+        std::cerr << "qlt: standard output is closed\n";
+        return 1;
+    }
     try
     {
-        return Run(argc, argv);
+        return CompleteStandardOutput(Run(argc, argv));
     }
     catch (const std::exception& error)
     {
         std::cerr << "qlt: " << error.what() << '\n';
-        return 1;
+        return CompleteStandardOutput(1);
     }
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <io.h>
+#include <windows.h>
 
 namespace
 {
@@ -14,6 +15,15 @@ constexpr int STANDARD_ERROR = 2;
 } // namespace
 
 bool StandardOutputIsTerminal() { return _isatty(STANDARD_OUTPUT) != 0; }
+
+bool PrepareStandardStreams()
+{
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    return output != nullptr && output != INVALID_HANDLE_VALUE;
+}
+
+// Not every error of a pipe has an errno of its own, and a pipe fails for nothing else.
+bool IsClosedPipe(int) { return GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_PIPE; }
 
 StandardOutputToError::StandardOutputToError()
 {

@@ -7,7 +7,7 @@ NvidiaRenderer::NvidiaRenderer()
 {
 }
 
-NvidiaRenderer::~NvidiaRenderer() = default;
+NvidiaRenderer::~NvidiaRenderer() { Shutdown(); }
 
 NvidiaRenderer::NvidiaRenderer(const NvidiaRenderer& other) = default;
 

@@ -1,9 +1,12 @@
-// A fake nvapi64.dll: the entry points of direct mode, by their identifiers. Displays are passed by
-// value, as the driver's own headers have it. Nothing works until it has been initialised, once.
+// A fake nvapi64.dll: the entry points of direct mode, by their identifiers. A display that is
+// passed by value comes, by the calling convention, as the address of a copy. Nothing works until
+// it has been initialised, once.
 #include "FakeNvApi.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 namespace
 {
@@ -41,15 +44,12 @@ std::int32_t Call(const char* format, Arguments... arguments)
 }
 
 /// What an argument's bytes are, if they are all the same; overwrites them, as a driver may.
-unsigned Take(Display& display)
+unsigned Take(Display* display)
 {
-    const unsigned first = display.bytes[0];
-    bool same = true;
-    for (volatile unsigned char& byte : display.bytes)
-    {
-        same = same && byte == first;
-        byte = 0xEE;
-    }
+    const unsigned first = display->bytes[0];
+    const bool same = std::all_of(std::begin(display->bytes), std::end(display->bytes),
+                                  [&](unsigned char byte) { return byte == first; });
+    std::memset(display, 0xEE, sizeof *display);
     return same ? first : 0;
 }
 
@@ -66,7 +66,7 @@ std::int32_t EnumerateDisplays(std::uint32_t vendorId, std::uint32_t* count, Dis
     return status;
 }
 
-std::int32_t EnumerateModes(Display display, std::uint32_t* count, Mode* modes, std::uint32_t zero)
+std::int32_t EnumerateModes(Display* display, std::uint32_t* count, Mode* modes, std::uint32_t zero)
 {
     const std::uint32_t room = modes == nullptr ? 0 : *count;
     std::uint32_t versions = 0; // that are right
@@ -86,7 +86,8 @@ std::int32_t Acquire(std::uint32_t vendorId, void* dxgiDevice, Display* display)
     return Call("acquire %u %p", vendorId, dxgiDevice);
 }
 
-std::int32_t CreateSurface(Display display, const Mode* mode, std::uint32_t* surface, void** shared)
+std::int32_t CreateSurface(Display* display, const Mode* mode, std::uint32_t* surface,
+                           void** shared)
 {
     *surface = 1234;
     *shared = script->surface;
@@ -94,24 +95,24 @@ std::int32_t CreateSurface(Display display, const Mode* mode, std::uint32_t* sur
                 mode->words[5]);
 }
 
-std::int32_t SetMode(Display display, const Mode* mode)
+std::int32_t SetMode(Display* display, const Mode* mode)
 {
     return Call("setMode %X %X %u %u", Take(display), mode->words[0], mode->words[1],
                 mode->words[5]);
 }
 
-std::int32_t GetFrameEvent(Display display, void** event)
+std::int32_t GetFrameEvent(Display* display, void** event)
 {
     *event = script->frameEvent;
     return Call("getFrameEvent %X", Take(display));
 }
 
-std::int32_t Present(Display display, std::uint32_t surface, std::uint32_t two, void* device)
+std::int32_t Present(Display* display, std::uint32_t surface, std::uint32_t two, void* device)
 {
     return Call("present %X %u %u %p", Take(display), surface, two, device);
 }
 
-std::int32_t Release(std::uint32_t vendorId, Display display)
+std::int32_t Release(std::uint32_t vendorId, Display* display)
 {
     return Call("release %u %X", vendorId, Take(display));
 }

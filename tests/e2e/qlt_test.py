@@ -104,6 +104,8 @@ class QltTest(unittest.TestCase):
         if not ARGUMENTS.emulator:
             access = r"\nUSB access: (libusb \d+\.\d+\.\d+|built without libusb)\n"
             self.assertRegex(done.stdout, access)
+            limit = os.path.exists("/sys/module/usbcore/parameters/usbfs_memory_mb")
+            self.assertEqual("\nUSB memory: " in done.stdout, limit)
 
     def test_an_unknown_option_is_not_understood(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],

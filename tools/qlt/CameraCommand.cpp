@@ -3,10 +3,10 @@
 #include <qlt/qlt.h>
 
 #include "GlContext.h"
+#include "HeadsetSearch.h"
 #include "Interrupt.h"
 #include "OutputFile.h"
 #include "PngFile.h"
-#include "TrackerSource.h"
 
 #include <algorithm>
 #include <chrono>
@@ -79,7 +79,7 @@ bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::t
 int RunCamera(const CameraOptions& options)
 {
     std::optional<OutputFile> png(options.png);
-    RequireHeadset(); // without one the camera itself would end the process
+    RequireHeadset(HeadsetPart::Camera); // without one the camera itself would end the process
     CatchInterrupts();
     const auto seconds =
         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));

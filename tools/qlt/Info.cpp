@@ -2,8 +2,10 @@
 
 #include <qlt/qlt.h>
 
+#include "HeadsetSearch.h"
+#include "UsbMemory.h"
+
 #include <cstdio>
-#include <memory>
 #include <string>
 
 namespace
@@ -50,16 +52,12 @@ void PrintUsb(qlt::UsbHost& host)
     {
         std::printf("USB access: %s\n", host.Name().c_str());
     }
-    const std::unique_ptr<qlt::VendorUsbDevice> device = host.OpenFirst();
-    const std::string problem = host.Problem();
-    if (device != nullptr)
+    if (const std::optional<long> memory = UsbMemoryMb())
     {
-        std::printf("connected: USB device %04X:%04X\n", device->VendorId(), device->ProductId());
+        std::printf("USB memory: %s\n", DescribeUsbMemory(*memory).c_str());
     }
-    else
-    {
-        std::printf("%s\n", problem.empty() ? "no headset is connected" : problem.c_str());
-    }
+    const std::string reason = WhyNoHeadset(host, HeadsetPart::Sensors);
+    std::printf("%s\n", reason.empty() ? "connected: USB device 04B4:00F1" : reason.c_str());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <qlt/qlt.h>
 
+#include "HeadsetSearch.h"
 #include "Interrupt.h"
 #include "ReportRecorder.h"
 
@@ -14,10 +15,7 @@ int RunRecord(const RecordOptions& options)
 {
     ReportRecorder recorder(qlt::UsbHost::System(), options.recording);
     CatchInterrupts();
-    if (qlt::UsbHost::System().OpenFirst() == nullptr)
-    {
-        std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
-    }
+    SayThatHeadsetIsAwaited();
     {
         qlt::Hmd hmd(recorder);
         hmd.Start();

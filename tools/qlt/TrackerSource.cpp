@@ -1,11 +1,11 @@
 #include "TrackerSource.h"
 
+#include "HeadsetSearch.h"
+
 #include <qlt/Sensors/SimulatorTracker.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <stdexcept>
 
 namespace
 {
@@ -31,10 +31,7 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
     if (name == "headset")
     {
         mTracker = std::make_unique<qlt::Hmd>();
-        if (qlt::UsbHost::System().OpenFirst() == nullptr)
-        {
-            std::fprintf(stderr, "qlt: no headset is connected; waiting for one\n");
-        }
+        SayThatHeadsetIsAwaited();
         return;
     }
     mRecording = LoadRecording(name);
@@ -80,15 +77,5 @@ void TrackerSource::Hold() const
     if (mRecorded != nullptr)
     {
         mRecorded->WaitForStop();
-    }
-}
-
-void RequireHeadset()
-{
-    qlt::UsbHost& host = qlt::UsbHost::System();
-    if (host.OpenFirst() == nullptr)
-    {
-        const std::string problem = host.Problem();
-        throw std::runtime_error(problem.empty() ? "no headset is connected" : problem);
     }
 }

@@ -48,6 +48,3 @@ private:
     const RecordingTracker* mRecorded = nullptr;
     bool mWhole = true;
 };
-
-/// std::runtime_error that says why there is no headset, unless there is one.
-void RequireHeadset();

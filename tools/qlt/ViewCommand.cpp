@@ -3,6 +3,7 @@
 #include <qlt/qlt.h>
 
 #include "GlContext.h"
+#include "HeadsetSearch.h"
 #include "HeadsetView.h"
 #include "Interrupt.h"
 #include "Orientation.h"
@@ -214,7 +215,7 @@ int DrawPicture(const ViewOptions& options)
     CatchInterrupts();
     if (options.source == "headset")
     {
-        RequireHeadset();
+        RequireHeadset(HeadsetPart::Sensors);
     }
     TrackerSource source(options.source, TrackerSource::Pace::Fastest);
     const double seconds = options.seconds > 0.0 ? options.seconds : DEFAULT_MOMENT_S;

@@ -16,11 +16,7 @@ class Worker final : public VRThread
 public:
     Worker() { Init(); }
 
-    ~Worker()
-    {
-        Stop(true);
-        Join();
-    }
+    ~Worker() { End(); }
 
     using VRThread::mStopDisabled;
     bool StopIsSignalled() const { return qlt::WaitNativeEvent(mStopEvent.Handle(), 0) == 0; }

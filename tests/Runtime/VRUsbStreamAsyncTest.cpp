@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <iostream>
+#include <sstream>
 
 namespace
 {
@@ -40,10 +41,36 @@ int Occurrences(const std::string& text, const std::string& part)
 
 std::uint32_t gHourMs = 0;
 
+/// Stands in for the buffer of standard output: keeps the text, and at the end of the first line
+/// counts the reads in flight.
+class Printout final : public std::stringbuf
+{
+public:
+    explicit Printout(const ScriptedUsbHost& usbHost)
+        : mHost(usbHost)
+        , mBefore(std::cout.rdbuf(this))
+    {
+    }
+    ~Printout() override { std::cout.rdbuf(mBefore); }
+
+    int inFlight = -1;
+
+private:
+    int sync() override
+    {
+        // Only the first time, because standard error flushes this, too.
+        inFlight = inFlight < 0 ? mHost.inFlight.load() : inFlight;
+        return 0;
+    }
+
+    const ScriptedUsbHost& mHost;
+    std::streambuf* const mBefore;
+};
+
 class VRUsbStreamAsyncTest : public testing::Test
 {
 protected:
-    void Start(bool trash, qlt::UsbHost* other = nullptr)
+    void Start(bool trash, qlt::UsbHost* other = nullptr, bool hasEvent = true)
     {
         std::cerr << std::dec; // which the stream may have left otherwise
         testing::internal::CaptureStdout();
@@ -52,7 +79,10 @@ protected:
             0x04B4, 0x00F1, 0x82, FRAME, other != nullptr ? *other : host, [] { return gHourMs; });
         stream->Init();
         stream->SetTrashEnabled(trash);
-        frameEvent = stream->CreateFrameConsumerEvent(L"");
+        if (hasEvent)
+        {
+            frameEvent = stream->CreateFrameConsumerEvent(L"");
+        }
         stream->Start(true, qlt::WAIT_FOREVER);
     }
 
@@ -193,13 +223,51 @@ TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
 {
     gHourMs = 3599900;
     Start(false);
+    const Printout printout(host);
     host.Queue(std::vector<ScriptedUsbHost::Read>(59, {Frame(1)}));
     host.WaitForIdle();
     gHourMs = 50;
     host.Queue({{Frame(1)}});
     Stop();
-    EXPECT_EQ(out.substr(0, out.find('\n')),
+    const std::string text = printout.str();
+    EXPECT_EQ(text.substr(0, text.find('\n')),
               "Time: 4291367446, Count: 60, Bytes: 491520, Mb/s: 1.14537e-07");
+    EXPECT_EQ(printout.inFlight, 10) << "the device does not wait for the printer";
+}
+
+// The name of a named event may belong to an object of another kind; there is no event then.
+TEST_F(VRUsbStreamAsyncTest, GoesOnWithoutAnEventToSignal)
+{
+    Start(false, nullptr, false);
+    for (std::uint32_t number = 1; number < 12; ++number)
+    {
+        host.Queue({{Frame(number)}});
+        host.WaitForIdle();
+        EXPECT_EQ(std::memcmp(stream->GetCurrentFrame(), Frame(number).data(), FRAME), 0);
+    }
+    Stop();
+}
+
+TEST_F(VRUsbStreamAsyncTest, IsDestroyedWhenItsReadsHaveEndedAlsoAfterAStopThatDidNotWait)
+{
+    Start(false);
+    host.WaitForIdle();
+    stream->Stop(false);
+    int openAfterAWhile = 0;
+    std::thread device(
+        [&]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            openAfterAWhile = host.opened - host.closed;
+            host.Unplug();
+        });
+    stream.reset();
+    device.join();
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(openAfterAWhile, 1) << "a read is still in flight";
+    EXPECT_EQ(host.inFlight, 0);
+    EXPECT_EQ(host.opened, host.closed);
 }
 
 // Ten for the reads and one for the search; nothing else, and none after a stop.

@@ -1,13 +1,6 @@
 #include "Runtime/VRThread.h"
 
-VRThread::~VRThread()
-{
-    Stop(true);
-    if (mStopRequested) // by a Stop that did not join
-    {
-        Join();
-    }
-}
+VRThread::~VRThread() { End(); }
 
 void VRThread::Init()
 {
@@ -34,6 +27,15 @@ void VRThread::Stop(bool join)
     mStopEvent.Set();
     mStopRequested = true;
     if (join)
+    {
+        Join();
+    }
+}
+
+void VRThread::End()
+{
+    Stop(true);
+    if (mStopRequested) // by a Stop that did not join
     {
         Join();
     }

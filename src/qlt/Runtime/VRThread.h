@@ -40,8 +40,12 @@ public:
     void Join();
 
 protected:
-    /// Stops and joins. A derived class must do the same first if Run uses its members.
+    /// Ends the thread, as End does. The destructor of a derived class must call End itself if Run
+    /// uses its members.
     ~VRThread();
+
+    /// Stops and joins, also when a Stop that did not join has come before.
+    void End();
 
     /// The body of the thread.
     virtual void Run() = 0;

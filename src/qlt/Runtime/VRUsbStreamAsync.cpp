@@ -27,19 +27,21 @@ struct Statistics
     std::uint32_t startMs = 0;
     std::uint32_t count = 0;
     std::uint32_t bytes = 0; // wraps
+    std::uint32_t elapsedMs = 0;
+    float rate = 0.0f; // megabytes per second
 
     void Add(std::uint32_t received, std::uint32_t nowMs)
     {
-        const std::uint32_t elapsedMs = nowMs - startMs;
+        elapsedMs = nowMs - startMs;
         ++count;
         bytes += received;
-        const float rate =
-            static_cast<float>(bytes) / static_cast<float>(elapsedMs) * 1000.0f / 1000000.0f;
-        if (count % STATISTICS_PASSES == 0)
-        {
-            std::cout << "Time: " << elapsedMs << ", Count: " << count << ", Bytes: " << bytes
-                      << ", Mb/s: " << rate << std::endl;
-        }
+        rate = static_cast<float>(bytes) / static_cast<float>(elapsedMs) * 1000.0f / 1000000.0f;
+    }
+
+    void Print() const
+    {
+        std::cout << "Time: " << elapsedMs << ", Count: " << count << ", Bytes: " << bytes
+                  << ", Mb/s: " << rate << std::endl;
     }
 };
 
@@ -64,7 +66,7 @@ VRUsbStreamAsync::VRUsbStreamAsync(std::uint16_t vendorId, std::uint16_t product
 {
 }
 
-VRUsbStreamAsync::~VRUsbStreamAsync() { Stop(true); }
+VRUsbStreamAsync::~VRUsbStreamAsync() { End(); }
 
 void VRUsbStreamAsync::SetTrashEnabled(bool enabled) { mTrashEnabled = enabled; }
 
@@ -171,6 +173,10 @@ void VRUsbStreamAsync::Run()
         statistics.Add(received, mClock());
         Begin(transfer, mFrameSize);
         mPending.push_back(&transfer);
+        if (statistics.count % STATISTICS_PASSES == 0)
+        {
+            statistics.Print(); // a slow console must not delay the read
+        }
     }
     Drain();
 }
@@ -193,7 +199,7 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     else if (received == mFrameSize)
     {
         mCurrentFrame = transfer.Bytes();
-        mFrameConsumerEvent.Set();
+        qlt::SetNativeEvent(mFrameConsumerEvent.Handle()); // not Set, which throws without an event
     }
     else
     {

@@ -35,7 +35,7 @@ public:
                      std::uint32_t frameSize, qlt::UsbHost& host = qlt::UsbHost::System(),
                      HourClock clock = SystemHourClock);
 
-    /// Stops, if the owner has not.
+    /// Stops and joins, if the owner has not; the worker still needs all that is here.
     virtual ~VRUsbStreamAsync();
 
     /// Whether to find the beginning of a frame before the first one is delivered.

@@ -66,7 +66,7 @@ void ClientThread::Shutdown()
     {
         return;
     }
-    Stop(true);
+    End();
     mScene.Set(nullptr);
     mCamera = nullptr;
     Disconnect(mDevice);

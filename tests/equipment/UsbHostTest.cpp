@@ -85,14 +85,14 @@ TEST_F(UsbHostTest, WithoutADeviceThereIsNothingAndNoProblem)
     EXPECT_NE(host.Name(), "");
 }
 
-TEST_F(UsbHostTest, TheVendorsDevicesCountWhicheverTheyAreAndTellTheirEndPoints)
+TEST_F(UsbHostTest, DevicesAreCountedAndTellTheirEndPoints)
 {
-    bus->Plug(0x04B4, 0x6018);
+    bus->Plug();
     bus->Plug();
     EXPECT_EQ(host.CountDevices(), 2u);
-    EXPECT_EQ(host.OpenFirst()->ProductId(), 0x6018);
     EXPECT_EQ(host.Open(2), nullptr);
     device = host.Open(1);
+    ASSERT_NE(device, nullptr) << host.Problem();
     EXPECT_EQ(device->VendorId(), 0x04B4);
     EXPECT_EQ(device->ProductId(), 0x00F1);
     ASSERT_EQ(device->EndPointCount(), 3);

@@ -88,17 +88,18 @@ class QLT_API UsbHost
 public:
     virtual ~UsbHost();
 
-    /// Opens the first device bound to the headset's driver, whichever it is; null when there is
-    /// none or it cannot be opened.
+    /// Opens the first of the headset's devices; null when there is none or it cannot be opened.
+    /// The system's own host takes for one: on Windows every device that is bound to the headset's
+    /// driver, elsewhere a device with vendor 04B4 and product 00F1 and no other.
     virtual std::unique_ptr<VendorUsbDevice> OpenFirst() = 0;
 
-    /// How many devices are bound to that driver, and one of them; null as OpenFirst, and for an
-    /// index past the count. The defaults know of the first one only.
+    /// How many such devices there are, and one of them; null as OpenFirst, and for an index past
+    /// the count. The defaults know of the first one only.
     virtual std::uint32_t CountDevices();
     virtual std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index);
 
     /// What this is, "libusb 1.0.26" for one, and why the last device could not be opened; empty
-    /// when there is none or nothing is known. In words for a person.
+    /// when there is no such device or nothing is known. In words for a person.
     virtual std::string Name() const;
     virtual std::string Problem() const;
 

@@ -4,8 +4,14 @@
 
 #include "equipment/UsbHostFixture.h"
 
+#include <dlfcn.h>
+#include <libusb.h>
+
 namespace
 {
+
+int gClaimError = LIBUSB_SUCCESS;
+int gSearchError = LIBUSB_SUCCESS;
 
 class LibusbHostTest : public UsbHostFixture
 {
@@ -15,9 +21,70 @@ protected:
 
 } // namespace
 
+// These stand in front of libusb's own, because no emulated device brings it to some errors.
+int LIBUSB_CALL libusb_claim_interface(libusb_device_handle* device, int interface)
+{
+    static const auto claim = reinterpret_cast<decltype(&libusb_claim_interface)>(
+        dlsym(RTLD_NEXT, "libusb_claim_interface"));
+    return gClaimError != LIBUSB_SUCCESS ? gClaimError : claim(device, interface);
+}
+
+ssize_t LIBUSB_CALL libusb_get_device_list(libusb_context* context, libusb_device*** list)
+{
+    static const auto get = reinterpret_cast<decltype(&libusb_get_device_list)>(
+        dlsym(RTLD_NEXT, "libusb_get_device_list"));
+    return gSearchError != LIBUSB_SUCCESS ? gSearchError : get(context, list);
+}
+
+TEST_F(LibusbHostTest, OtherProductsAndVendorsAreLeftAloneAndTheFirstHeadsetIsOpened)
+{
+    for (const auto& [vendor, product] :
+         {std::pair(0x04B4, 0x6018), {0x04B4, 0x00F2}, {0x1D6B, 0x00F1}, {0x00F1, 0x04B4}})
+    {
+        bus->Plug(static_cast<std::uint16_t>(vendor), static_cast<std::uint16_t>(product));
+    }
+    EXPECT_EQ(host.CountDevices(), 0u);
+    EXPECT_EQ(host.OpenFirst(), nullptr);
+    EXPECT_EQ(host.Open(0), nullptr);
+    EXPECT_EQ(host.Problem(), "");
+    EXPECT_EQ(emulator.Touched(), std::set<std::string>());
+    bus->Plug();
+    bus->Plug();
+    EXPECT_EQ(host.CountDevices(), 2u);
+    device = host.OpenFirst();
+    ASSERT_NE(device, nullptr) << host.Problem();
+    EXPECT_EQ(device->ProductId(), 0x00F1);
+    EXPECT_EQ(emulator.Touched(), std::set<std::string>{"001/006"});
+}
+
+TEST_F(LibusbHostTest, EveryErrorHasItsSentence)
+{
+    const std::pair<int, const char*> rows[] = {
+        {LIBUSB_ERROR_ACCESS, "no permission to open the headset; install the udev rule "
+                              "70-quelta-orbel-ixo.rules"},
+        {LIBUSB_ERROR_BUSY, "another program has the headset open"},
+        {LIBUSB_ERROR_NO_DEVICE,
+         "the headset was unplugged just now, or its device file is missing"},
+        {LIBUSB_ERROR_NO_MEM, "there is not enough memory to open the headset"},
+        {LIBUSB_ERROR_IO, "the headset cannot be opened: LIBUSB_ERROR_IO"},
+        {LIBUSB_ERROR_OTHER, "the headset cannot be opened: LIBUSB_ERROR_OTHER"},
+        {LIBUSB_SUCCESS, ""},
+    };
+    bus->Plug();
+    for (const auto& [error, sentence] : rows)
+    {
+        gClaimError = error;
+        EXPECT_EQ(host.OpenFirst() == nullptr, error != LIBUSB_SUCCESS);
+        EXPECT_EQ(host.Problem(), sentence);
+    }
+    gSearchError = LIBUSB_ERROR_NO_MEM;
+    EXPECT_EQ(host.OpenFirst(), nullptr);
+    EXPECT_EQ(host.Problem(), "libusb cannot look for the headset: LIBUSB_ERROR_NO_MEM");
+    gSearchError = LIBUSB_SUCCESS;
+}
+
 TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIsGone)
 {
-    emulator.Plug(0x1D6B, 0x00F1); // another vendor's, which does not count
     bus->Plug();
     emulator.ClaimElsewhere();
     EXPECT_EQ(host.OpenFirst(), nullptr);

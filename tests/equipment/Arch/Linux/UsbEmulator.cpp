@@ -151,6 +151,12 @@ std::size_t UsbEmulator::Pending(std::uint8_t endPoint)
     return static_cast<std::size_t>(std::count_if(mRequests.begin(), mRequests.end(), isPending));
 }
 
+std::set<std::string> UsbEmulator::Touched()
+{
+    const Lock lock(mMutex);
+    return mTouched;
+}
+
 void UsbEmulator::ClaimElsewhere()
 {
     const Lock lock(mMutex);
@@ -208,6 +214,7 @@ int UsbEmulator::Handle(UMockdevIoctlClient* client, unsigned long request, void
         return Reap(client, argument);
     }
     const std::string node = umockdev_ioctl_client_get_devnode(client);
+    mTouched.insert(node.substr(node.size() - std::strlen("001/002")));
     if (!IsPlugged(client))
     {
         return ENODEV;

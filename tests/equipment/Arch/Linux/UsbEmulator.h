@@ -10,6 +10,7 @@
 #include <list>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <umockdev.h>
 
@@ -29,6 +30,10 @@ public:
 
     /// For the calling thread: it may not open the devices, even as root.
     void ForbidOpening();
+
+    /// The nodes in /dev of the devices that were asked for anything, "001/002" being the first
+    /// that was plugged in.
+    std::set<std::string> Touched();
 
     /// Another program has claimed the devices.
     void ClaimElsewhere();
@@ -75,6 +80,7 @@ private:
     int mPlugs = 1;                              // the root hub is number 1
     std::map<std::string, std::string> mPlugged; // the places in /sys by the nodes in /dev
     std::map<std::string, UMockdevIoctlClient*> mClaims;
+    std::set<std::string> mTouched;
     std::list<Request> mRequests; // until they are reaped
     std::map<std::uint8_t, std::deque<Answer>> mAnswers;
 };

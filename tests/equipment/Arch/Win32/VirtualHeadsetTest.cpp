@@ -48,6 +48,15 @@ protected:
 
 } // namespace
 
+TEST_F(VirtualHeadsetTest, EveryDeviceOfTheDriverCounts)
+{
+    bus->Plug(0x04B4, 0x6018);
+    bus->Plug();
+    EXPECT_EQ(host.CountDevices(), 2u);
+    EXPECT_EQ(host.OpenFirst()->ProductId(), 0x6018);
+    EXPECT_EQ(host.Open(1)->ProductId(), 0x00F1);
+}
+
 TEST_F(VirtualHeadsetTest, TheSizeOfTransfersIsInWholePackets)
 {
     Open();

@@ -33,14 +33,16 @@ std::mutex& LibusbContext::Gate()
     return gate;
 }
 
-std::shared_ptr<LibusbContext> LibusbContext::Get()
+std::shared_ptr<LibusbContext> LibusbContext::Get(int& error)
 {
+    error = LIBUSB_SUCCESS;
     static std::weak_ptr<LibusbContext>& current = *new std::weak_ptr<LibusbContext>;
     std::shared_ptr<LibusbContext> shared = current.lock();
     if (shared == nullptr)
     {
         libusb_context* context = nullptr;
-        if (libusb_init(&context) != LIBUSB_SUCCESS)
+        error = libusb_init(&context);
+        if (error != LIBUSB_SUCCESS)
         {
             return nullptr;
         }
@@ -66,16 +68,17 @@ LibusbContext::~LibusbContext()
     libusb_exit(mContext);
 }
 
-std::vector<LibusbContext::Device> LibusbContext::Find(std::uint16_t vendorId) const
+std::vector<LibusbContext::Device> LibusbContext::Find(const Ids& ids, int& error) const
 {
     std::vector<Device> found;
     libusb_device** list = nullptr;
     const auto count = libusb_get_device_list(mContext, &list);
+    error = count < 0 ? static_cast<int>(count) : LIBUSB_SUCCESS;
     for (ssize_t i = 0; i < count; ++i)
     {
         libusb_device_descriptor descriptor{};
         if (libusb_get_device_descriptor(list[i], &descriptor) == LIBUSB_SUCCESS &&
-            descriptor.idVendor == vendorId)
+            descriptor.idVendor == ids.vendor && descriptor.idProduct == ids.product)
         {
             found.emplace_back(libusb_ref_device(list[i]), libusb_unref_device);
         }

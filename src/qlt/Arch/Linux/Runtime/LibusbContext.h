@@ -27,8 +27,14 @@ public:
 
     static std::mutex& Gate();
 
-    /// The process's context; null when libusb cannot start.
-    static std::shared_ptr<LibusbContext> Get();
+    struct Ids
+    {
+        std::uint16_t vendor;
+        std::uint16_t product;
+    };
+
+    /// The process's context; null with the reason in `error` when libusb cannot start.
+    static std::shared_ptr<LibusbContext> Get(int& error);
 
     /// Ends the event thread. Nobody has a device open any more.
     ~LibusbContext();
@@ -36,8 +42,9 @@ public:
     LibusbContext(const LibusbContext&) = delete;
     LibusbContext& operator=(const LibusbContext&) = delete;
 
-    /// The devices of a vendor in the order of their places on the bus.
-    std::vector<Device> Find(std::uint16_t vendorId) const;
+    /// The devices with these identifiers, in the order of their places on the bus; `error` says
+    /// whether libusb could look.
+    std::vector<Device> Find(const Ids& ids, int& error) const;
 
     /// The device with its interface 0 claimed; null with the reason in `error`.
     Handle Open(const Device& device, int& error);

@@ -1,5 +1,6 @@
 // The machine's USB over libusb, if it was there when this was built. There is no driver class to
-// ask for; the devices of the chip's vendor take its place.
+// ask for; the identifiers take its place. Other products of the chip's vendor (hubs, mice,
+// development boards) are never opened, because a claim takes a device from its own driver.
 #include <qlt/Runtime/Usb.h>
 
 #ifdef QLT_HAVE_LIBUSB
@@ -14,7 +15,7 @@ namespace qlt
 namespace
 {
 
-constexpr std::uint16_t VENDOR_ID = 0x04B4;
+constexpr LibusbContext::Ids HEADSET{0x04B4, 0x00F1};
 constexpr std::uint32_t READ_TIMEOUT_MS = 10000;
 
 using Gate = std::lock_guard<std::mutex>;
@@ -123,6 +124,35 @@ private:
     std::vector<LibusbEndPoint> mEndPoints;
 };
 
+/// Why libusb could not look for devices; empty when it could.
+std::string WhyNotSearched(int error)
+{
+    return error == LIBUSB_SUCCESS
+               ? std::string()
+               : std::string("libusb cannot look for the headset: ") + libusb_error_name(error);
+}
+
+/// Why a headset that is there was not opened; empty when it was.
+std::string WhyNotOpened(int error)
+{
+    switch (error)
+    {
+    case LIBUSB_SUCCESS:
+        return {};
+    case LIBUSB_ERROR_ACCESS:
+        return "no permission to open the headset; install the udev rule "
+               "70-quelta-orbel-ixo.rules";
+    case LIBUSB_ERROR_BUSY:
+        return "another program has the headset open";
+    case LIBUSB_ERROR_NO_DEVICE:
+        return "the headset was unplugged just now, or its device file is missing";
+    case LIBUSB_ERROR_NO_MEM:
+        return "there is not enough memory to open the headset";
+    default:
+        return std::string("the headset cannot be opened: ") + libusb_error_name(error);
+    }
+}
+
 class LibusbHost final : public UsbHost
 {
 public:
@@ -131,25 +161,30 @@ public:
     std::uint32_t CountDevices() override
     {
         const Gate gate(LibusbContext::Gate());
-        const auto context = LibusbContext::Get();
-        return context == nullptr ? 0 : static_cast<std::uint32_t>(context->Find(VENDOR_ID).size());
+        int error = LIBUSB_SUCCESS;
+        const auto context = LibusbContext::Get(error);
+        return context == nullptr
+                   ? 0
+                   : static_cast<std::uint32_t>(context->Find(HEADSET, error).size());
     }
 
     std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index) override
     {
         const Gate gate(LibusbContext::Gate());
-        mError = LIBUSB_SUCCESS;
-        auto context = LibusbContext::Get();
-        if (context == nullptr)
+        int error = LIBUSB_SUCCESS;
+        auto context = LibusbContext::Get(error);
+        std::vector<LibusbContext::Device> devices;
+        if (context != nullptr)
         {
-            return nullptr;
+            devices = context->Find(HEADSET, error);
         }
-        const auto devices = context->Find(VENDOR_ID);
+        mProblem = WhyNotSearched(error);
         if (index >= devices.size())
         {
             return nullptr;
         }
-        auto handle = context->Open(devices[index], mError);
+        auto handle = context->Open(devices[index], error);
+        mProblem = WhyNotOpened(error);
         if (handle == nullptr)
         {
             return nullptr;
@@ -167,20 +202,11 @@ public:
     std::string Problem() const override
     {
         const Gate gate(LibusbContext::Gate());
-        switch (mError)
-        {
-        case LIBUSB_ERROR_ACCESS:
-            return "no permission to open the headset; install the udev rule "
-                   "70-quelta-orbel-ixo.rules";
-        case LIBUSB_ERROR_BUSY:
-            return "another program has the headset open";
-        default:
-            return {};
-        }
+        return mProblem;
     }
 
 private:
-    int mError = LIBUSB_SUCCESS; // of the last try to open, under the gate
+    std::string mProblem; // of the last try to open, under the gate
 };
 
 } // namespace
@@ -212,7 +238,7 @@ public:
 
 UsbHost& UsbHost::System()
 {
-    static EmptyUsbHost host;
+    static UsbHost& host = *new EmptyUsbHost; // for trackers that nobody destroys
     return host;
 }
 

@@ -37,6 +37,16 @@ protected:
     }
 };
 
+/// An object that the program destroys after all that it has made since it began; and it takes its
+/// time for that.
+struct LateEnd
+{
+    ~LateEnd() { std::this_thread::sleep_for(duration); }
+    std::chrono::milliseconds duration{0};
+} gLateEnd;
+
+using UsbHostDeathTest = UsbHostTest;
+
 /// A started tracker with a listener.
 class UsbHostHmdTest : public UsbHostTest
 {
@@ -209,6 +219,36 @@ TEST_F(UsbHostTest, ClosingOneOfTwoLeavesTheOthersReadsAlone)
     EXPECT_EQ(bus->Pending(FRAMES), 1u);
     bus->Push(FRAMES, Bytes(FRAME_SIZE, 3));
     EXPECT_EQ(frame.End(), "3");
+}
+
+// The connection watcher looks for the headset once more while the program ends.
+TEST_F(UsbHostDeathTest, AProgramEndsWhoseTrackerNobodyHasStopped)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::pair<bool, bool> rows[] = {{true, false}, {true, true}, {false, false}};
+    for (const auto& [isLeaked, isPluggedIn] : rows)
+    {
+        const auto run = [this, isLeaked = isLeaked, isPluggedIn = isPluggedIn]
+        {
+            gLateEnd.duration = std::chrono::milliseconds(1500);
+            if (isLeaked)
+            {
+                (new qlt::Hmd)->Start();
+            }
+            else
+            {
+                static qlt::Hmd hmd;
+                hmd.Start();
+            }
+            if (isPluggedIn)
+            {
+                bus->Plug();
+                WaitForPending(REPORTS);
+            }
+            std::exit(0);
+        };
+        EXPECT_EXIT(run(), testing::ExitedWithCode(0), "") << isLeaked << isPluggedIn;
+    }
 }
 
 TEST_F(UsbHostHmdTest, TheHeadsetIsFoundAndItsReportsReachTheListenerAndItIsFoundAgain)

@@ -262,7 +262,7 @@ private:
 
 UsbHost& UsbHost::System()
 {
-    static DriverUsbHost host;
+    static UsbHost& host = *new DriverUsbHost; // for trackers that nobody destroys
     return host;
 }
 

@@ -13,6 +13,8 @@ packages_of()
         libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
     local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest netpbm
         libbenchmark-dev libumockdev-dev umockdev"
+    # Another source's packages of Node.js have npm inside, and conflict with Debian's.
+    command -v npm >/dev/null || linux+=" nodejs npm"
     case $1 in
     demo) echo "$demo" ;;
     linux) echo "$linux" ;;

@@ -1,6 +1,11 @@
 // All of QueltaKit's class interface.
 #pragma once
 
+#include <qltkit/Capture/CaptureItem.h>
+#include <qltkit/Capture/CaptureReader.h>
+#include <qltkit/Capture/CaptureWriter.h>
+#include <qltkit/Capture/McapWriter.h>
+#include <qltkit/Error.h>
 #include <qltkit/Headset/HeadMotion.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 #include <qltkit/Tracking/ClockFit.h>

@@ -1,0 +1,27 @@
+// The channels of a capture: how viewers are told what is on them.
+#pragma once
+
+#include <qltkit/Capture/McapWriter.h>
+
+namespace qltkit
+{
+
+inline constexpr std::string_view REPORT_ENCODING = "x-headset-report";
+inline constexpr std::string_view EVENT_SCHEMA = "headset.Event";
+inline constexpr std::string_view LOG_SCHEMA = "foxglove.Log";
+inline constexpr std::string_view IMAGE_SCHEMA = "foxglove.RawImage";
+
+inline constexpr std::size_t MAX_FRAME_BYTES = 4 << 20;
+
+// The metadata record that opens a capture, and the one that closes it.
+inline constexpr std::string_view CAPTURE_METADATA = "capture";
+inline constexpr std::string_view END_METADATA = "capture.end";
+inline constexpr std::string_view STEADY_KEY = "clock.steadyNs";
+inline constexpr std::string_view WALL_KEY = "clock.wallNs";
+
+McapChannel ReportChannel();
+McapChannel EventChannel();
+McapChannel LogChannel();
+McapChannel ImageChannel();
+
+} // namespace qltkit

@@ -1,0 +1,47 @@
+// Turns what a capture is given into the messages of its file. It knows no threads.
+#pragma once
+
+#include <qltkit/Capture/McapWriter.h>
+
+#include "Capture/DeviceTime.h"
+#include "Capture/PostList.h"
+#include "Capture/ReportRing.h"
+
+namespace qltkit
+{
+
+/// One moment on two clocks.
+struct ClockPair
+{
+    std::int64_t steadyNs = 0;
+    std::uint64_t wallNs = 0;
+};
+
+class CaptureEncoder
+{
+public:
+    /// `mcap` must outlive this.
+    CaptureEncoder(McapWriter& mcap, const ClockPair& clocks);
+
+    void Write(const ReportRing::Entry& report);
+    void Write(const Post& post);
+
+private:
+    std::uint64_t LogTime(std::int64_t hostTimeNs) const;
+    std::uint64_t PublishTime(std::int64_t deviceTimeUs, std::uint64_t logTimeNs);
+    void WriteJson(std::uint16_t& channel, const McapChannel& description, std::uint64_t logTimeNs);
+
+    McapWriter& mMcap;
+    const ClockPair mClocks;
+    const std::uint16_t mReportChannel;
+    std::uint16_t mEventChannel = 0; // 0 until there is something for it
+    std::uint16_t mLogChannel = 0;
+    std::uint16_t mImageChannel = 0;
+    DeviceTime mDeviceTime;
+    bool mAnchored = false; // whether the two below are known
+    std::int64_t mAnchorUs = 0;
+    std::uint64_t mAnchorNs = 0;
+    std::string mJson;
+};
+
+} // namespace qltkit

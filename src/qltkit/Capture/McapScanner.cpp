@@ -1,0 +1,461 @@
+#include "Capture/McapScanner.h"
+
+#include <qltkit/Error.h>
+
+#include "Capture/McapFormat.h"
+
+#include <algorithm>
+
+namespace qltkit
+{
+
+namespace
+{
+
+constexpr std::uint64_t NOWHERE = ~std::uint64_t{0};
+constexpr std::uint64_t CHUNK_PREFIX_SIZE = MCAP_PREFIX_SIZE + MCAP_CHUNK_HEADER_SIZE;
+constexpr std::uint64_t DATA_END_SIZE = MCAP_PREFIX_SIZE + 4;
+
+bool IsData(std::uint8_t opcode)
+{
+    return opcode == McapOpcode::HEADER || opcode == McapOpcode::SCHEMA ||
+           opcode == McapOpcode::CHANNEL || opcode == McapOpcode::MESSAGE ||
+           opcode == McapOpcode::METADATA;
+}
+
+std::string At(std::uint64_t offset) { return " at byte " + std::to_string(offset); }
+
+/// Where the damage of the `size` bytes from `begin` is, as far as the CRC, which is stored at
+/// `crcOffset`, can tell.
+std::uint64_t DamageOffset(std::uint32_t found, std::uint32_t expected, std::uint64_t begin,
+                           std::uint64_t size, std::uint64_t crcOffset)
+{
+    const auto byte = DamagedByte(found, expected, size);
+    if (!byte)
+    {
+        return NOWHERE;
+    }
+    return *byte < size ? begin + *byte : crcOffset + (*byte - size);
+}
+
+std::string OneByte(std::uint64_t offset)
+{
+    return offset == NOWHERE ? " (more than one byte)" : " (one wrong byte," + At(offset) + ")";
+}
+
+} // namespace
+
+/// A chunk's prefix and the fixed part of its content, as if it was not compressed. The length of
+/// its records stands there three times.
+struct McapScanner::ChunkHeader
+{
+    ChunkHeader(FileBytes& file, std::uint64_t recordOffset)
+        : offset(recordOffset)
+        , left(file.Size() - recordOffset)
+    {
+        if (left < CHUNK_PREFIX_SIZE)
+        {
+            return;
+        }
+        std::string_view bytes = file.Block(offset);
+        std::string copy;
+        if (bytes.size() < CHUNK_PREFIX_SIZE)
+        {
+            file.Read(offset, CHUNK_PREFIX_SIZE, copy);
+            bytes = copy;
+        }
+        ByteReader reader(bytes);
+        opcode = reader.Take<std::uint8_t>();
+        sizes[0] = reader.Take<std::uint64_t>() - MCAP_CHUNK_HEADER_SIZE;
+        reader.TakeBytes(16); // the times
+        sizes[1] = reader.Take<std::uint64_t>();
+        crc = reader.Take<std::uint32_t>();
+        compressionSize = reader.Take<std::uint32_t>();
+        sizes[2] = reader.Take<std::uint64_t>();
+    }
+
+    std::uint64_t Begin() const { return offset + CHUNK_PREFIX_SIZE; }
+
+    bool Fits(std::uint64_t size) const
+    {
+        return left >= CHUNK_PREFIX_SIZE && size <= left - CHUNK_PREFIX_SIZE;
+    }
+
+    bool Agrees() const
+    {
+        return left >= CHUNK_PREFIX_SIZE && compressionSize == 0 && sizes[0] == sizes[1] &&
+               sizes[1] == sizes[2];
+    }
+
+    std::uint64_t offset;
+    std::uint64_t left;
+    std::uint8_t opcode = 0;
+    std::uint64_t sizes[3] = {};
+    std::uint32_t crc = 0; // 0 when the writer made none
+    std::uint32_t compressionSize = 0;
+};
+
+McapScanner::McapScanner(FileBytes& file, Report report)
+    : mFile(file)
+    , mReport(std::move(report))
+    , mSearchBudget(8 * file.Size())
+{
+    std::string magic;
+    mFile.Read(0, std::min<std::uint64_t>(mFile.Size(), MCAP_MAGIC.size()), magic);
+    if (magic.empty())
+    {
+        throw Error(mFile.Name() + " is empty");
+    }
+    if (magic != MCAP_MAGIC.substr(0, magic.size()))
+    {
+        throw Error(mFile.Name() + " is no MCAP file: it does not begin with the format's magic");
+    }
+    mOffset = magic.size();
+    mTrusted = mOffset;
+    mCrc.Update(magic);
+}
+
+bool McapScanner::Next(McapRecord& record)
+{
+    while (true)
+    {
+        if (NextOfChunk(record) || NextOfFile(record))
+        {
+            return true;
+        }
+        if (mDone && mRecords.empty())
+        {
+            return false;
+        }
+    }
+}
+
+bool McapScanner::NextOfChunk(McapRecord& record)
+{
+    while (!mRecords.empty())
+    {
+        const std::uint64_t offset = mOffset - mRecords.size();
+        ByteReader reader(mRecords);
+        record.opcode = reader.Take<std::uint8_t>();
+        record.content = reader.TakeBytes(reader.Take<std::uint64_t>());
+        record.offset = offset;
+        if (!reader.Whole() || record.opcode == 0)
+        {
+            mRecords = {};
+            if (!mDone) // the last record of a cut chunk is no news
+            {
+                Damaged(offset, "a chunk is malformed" + At(offset));
+            }
+            return false;
+        }
+        mRecords = reader.Rest();
+        if (IsData(record.opcode))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool McapScanner::NextOfFile(McapRecord& record)
+{
+    if (mDone)
+    {
+        return false;
+    }
+    const std::uint64_t left = mFile.Size() - mOffset;
+    if (left < MCAP_PREFIX_SIZE)
+    {
+        GoOnBehindDamage();
+        return false;
+    }
+    std::string prefix;
+    mFile.Read(mOffset, MCAP_PREFIX_SIZE, prefix);
+    const auto opcode = static_cast<std::uint8_t>(prefix[0]);
+    const auto length = NumberAt<std::uint64_t>(prefix.data() + 1);
+    if (opcode == McapOpcode::DATA_END && length == DATA_END_SIZE - MCAP_PREFIX_SIZE &&
+        left >= DATA_END_SIZE)
+    {
+        EndData();
+        return false;
+    }
+    if (TakeChunk(opcode, length))
+    {
+        return false;
+    }
+    if (opcode == 0 || opcode == McapOpcode::CHUNK || length > left - MCAP_PREFIX_SIZE ||
+        IsFooter(opcode, length))
+    {
+        GoOnBehindDamage();
+        return false;
+    }
+    const std::uint64_t offset = mOffset;
+    mOffset += MCAP_PREFIX_SIZE + length;
+    if (!mIsDamaged)
+    {
+        mFile.AddTo(mCrc, offset, mOffset);
+    }
+    if (IsData(opcode))
+    {
+        mFile.Read(offset + MCAP_PREFIX_SIZE, length, mContent);
+        record = {opcode, mContent, offset};
+        return true;
+    }
+    return false;
+}
+
+/// A footer that comes without the end of the data before it.
+bool McapScanner::IsFooter(std::uint8_t opcode, std::uint64_t length) const
+{
+    return opcode == McapOpcode::FOOTER && length == MCAP_FOOTER_CONTENT_SIZE &&
+           mFile.Size() - mOffset == MCAP_TAIL_SIZE;
+}
+
+/// True when the record is a chunk and has been dealt with.
+bool McapScanner::TakeChunk(std::uint8_t opcode, std::uint64_t length)
+{
+    const bool named = opcode == McapOpcode::CHUNK;
+    if (!named && length < MCAP_CHUNK_HEADER_SIZE)
+    {
+        return false;
+    }
+    const ChunkHeader header(mFile, mOffset);
+    const std::uint64_t size = header.sizes[0];
+    if (!header.Agrees())
+    {
+        return named && TakeDamagedChunk(header);
+    }
+    if (!header.Fits(size) || (!named && header.crc == 0))
+    {
+        return false;
+    }
+    if (!named)
+    {
+        // Whatever its opcode says, a record that looks like a chunk in every other respect is one.
+        if (CrcOf(header.Begin(), size) != header.crc)
+        {
+            return false;
+        }
+        Damaged(mOffset, "a chunk's opcode is damaged" + At(mOffset) + "; its records are whole");
+    }
+    mFile.Read(header.Begin(), size, mContent);
+    const std::uint32_t found = header.crc == 0 ? 0 : Crc32Of(mContent);
+    if (found != header.crc)
+    {
+        ReportChunkCrc(header, found);
+        mOffset = header.Begin() + size;
+        mTrusted = mOffset;
+        return true;
+    }
+    Enter(size);
+    return true;
+}
+
+/// A chunk whose header contradicts itself: its records are found by their CRC.
+bool McapScanner::TakeDamagedChunk(const ChunkHeader& header)
+{
+    for (const std::uint64_t size : header.sizes)
+    {
+        if (IsWhole(header, size))
+        {
+            Damaged(mOffset,
+                    "a chunk's header is damaged" + At(mOffset) + "; its records are whole");
+            mFile.Read(header.Begin(), size, mContent);
+            Enter(size);
+            return true;
+        }
+    }
+    RefuseCompression(header);
+    return false;
+}
+
+void McapScanner::RefuseCompression(const ChunkHeader& header)
+{
+    const std::uint64_t nameOffset = header.offset + MCAP_PREFIX_SIZE + 32;
+    if (header.compressionSize == 0 || header.compressionSize > 32 ||
+        nameOffset + header.compressionSize + 8 > mFile.Size())
+    {
+        return;
+    }
+    std::string name;
+    mFile.Read(nameOffset, header.compressionSize + 8, name);
+    const auto recordsSize = NumberAt<std::uint64_t>(name.data() + header.compressionSize);
+    name.resize(header.compressionSize);
+    const bool isName =
+        std::all_of(name.begin(), name.end(),
+                    [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); });
+    if (isName && recordsSize == header.sizes[0] - header.compressionSize)
+    {
+        throw Error(mFile.Name() + " has a chunk with the compression '" + name + "'" +
+                    At(header.offset) + ", and only uncompressed chunks can be read");
+    }
+}
+
+/// Goes into the chunk at mOffset, whose records are in mContent.
+void McapScanner::Enter(std::uint64_t recordsSize)
+{
+    const std::uint64_t end = mOffset + CHUNK_PREFIX_SIZE + recordsSize;
+    if (!mIsDamaged)
+    {
+        mFile.AddTo(mCrc, mOffset, mOffset + CHUNK_PREFIX_SIZE);
+        mCrc.Update(mContent);
+    }
+    mRecords = mContent;
+    mOffset = end;
+    mTrusted = end;
+}
+
+void McapScanner::ReportChunkCrc(const ChunkHeader& header, std::uint32_t found)
+{
+    const std::uint64_t crcOffset = header.offset + MCAP_PREFIX_SIZE + 24;
+    const std::uint64_t damage =
+        DamageOffset(found, header.crc, header.Begin(), header.sizes[0], crcOffset);
+    Damaged(damage == NOWHERE ? header.offset : damage, "the CRC of the chunk" + At(header.offset) +
+                                                            " is wrong" + OneByte(damage) +
+                                                            "; its records are left out");
+}
+
+/// Whether the chunk has `size` bytes of records, by their CRC. A file that was made to have many
+/// candidates does not get more than a few times its size checked.
+bool McapScanner::IsWhole(const ChunkHeader& header, std::uint64_t size)
+{
+    if (header.crc == 0 || !header.Fits(size) || size > mSearchBudget)
+    {
+        return false;
+    }
+    mSearchBudget -= size;
+    return CrcOf(header.Begin(), size) == header.crc;
+}
+
+std::uint32_t McapScanner::CrcOf(std::uint64_t begin, std::uint64_t size)
+{
+    Crc32 crc;
+    mFile.AddTo(crc, begin, begin + size);
+    return crc.Value();
+}
+
+/// What is at mOffset makes no sense. A wrong length may have led here, past chunks that are whole:
+/// so the next one is looked for from the last place that could be trusted.
+void McapScanner::GoOnBehindDamage()
+{
+    const std::uint64_t damage = mOffset;
+    const std::uint64_t chunk = FindChunk(mTrusted);
+    if (chunk == NOWHERE)
+    {
+        EndEarly();
+        return;
+    }
+    const std::uint64_t begin = std::min(damage, chunk);
+    Damaged(begin, "a record is damaged" + At(damage) + "; reading goes on" + At(chunk));
+    mOffset = chunk;
+    mTrusted = chunk;
+}
+
+std::uint64_t McapScanner::FindChunk(std::uint64_t begin)
+{
+    for (std::uint64_t offset = begin; offset < mFile.Size();)
+    {
+        const std::string_view block = mFile.Block(offset);
+        const std::size_t found = block.find(static_cast<char>(McapOpcode::CHUNK));
+        if (found == std::string_view::npos)
+        {
+            offset += block.size();
+            continue;
+        }
+        offset += found;
+        const ChunkHeader header(mFile, offset);
+        if (header.Agrees() && IsWhole(header, header.sizes[0]))
+        {
+            return offset;
+        }
+        ++offset;
+    }
+    return NOWHERE;
+}
+
+/// No chunk is left that is whole: the file is cut off here, or damaged to its end.
+void McapScanner::EndEarly()
+{
+    mDone = true;
+    const ChunkHeader header(mFile, mOffset);
+    const std::string size = std::to_string(mFile.Size());
+    if (EndsWithMagic())
+    {
+        Damaged(mOffset, "the file is damaged from byte " + std::to_string(mOffset) + " on");
+    }
+    else if (header.opcode == McapOpcode::CHUNK && header.Agrees())
+    {
+        const std::uint64_t recordsSize = header.left - CHUNK_PREFIX_SIZE;
+        mFile.Read(header.Begin(), recordsSize, mContent);
+        mRecords = mContent;
+        Damaged(mFile.Size(), "the file is cut off after " + size + " bytes, inside the chunk" +
+                                  At(mOffset) + "; its whole records are read without a check");
+        mOffset = mFile.Size();
+        return;
+    }
+    else
+    {
+        Damaged(mOffset, "the file of " + size + " bytes is cut off or damaged after its last " +
+                             "whole record, which ends" + At(mOffset));
+    }
+    mOffset = mFile.Size();
+}
+
+void McapScanner::EndData()
+{
+    mDone = true;
+    std::string record;
+    mFile.Read(mOffset, DATA_END_SIZE, record);
+    const auto expected = NumberAt<std::uint32_t>(record.data() + MCAP_PREFIX_SIZE);
+    if (!mIsDamaged && expected != 0 && expected != mCrc.Value())
+    {
+        const std::uint64_t damage =
+            DamageOffset(mCrc.Value(), expected, 0, mOffset, mOffset + MCAP_PREFIX_SIZE);
+        Damaged(damage == NOWHERE ? 0 : damage, "the CRC of all data is wrong" + OneByte(damage) +
+                                                    ", outside of the chunks' records");
+    }
+    CheckSummary(mOffset + DATA_END_SIZE);
+    mOffset = mFile.Size();
+}
+
+void McapScanner::CheckSummary(std::uint64_t begin)
+{
+    const std::uint64_t size = mFile.Size();
+    if (size - begin < MCAP_TAIL_SIZE || !EndsWithMagic())
+    {
+        Damaged(size, "the file is cut off or damaged in its summary, which begins" + At(begin) +
+                          "; all data is there");
+        return;
+    }
+    std::string footer;
+    mFile.Read(size - MCAP_TAIL_SIZE, MCAP_TAIL_SIZE, footer);
+    const std::uint64_t crcOffset = size - MCAP_MAGIC.size() - 4;
+    const auto expected = NumberAt<std::uint32_t>(footer.data() + (MCAP_TAIL_SIZE - 12));
+    const std::uint32_t found = CrcOf(begin, crcOffset - begin);
+    if (expected != 0 && expected != found)
+    {
+        const std::uint64_t damage =
+            DamageOffset(found, expected, begin, crcOffset - begin, crcOffset);
+        Damaged(damage == NOWHERE ? begin : damage,
+                "the CRC of the summary is wrong" + OneByte(damage) + "; all data is there");
+    }
+}
+
+void McapScanner::Damaged(std::uint64_t offset, const std::string& text)
+{
+    mIsDamaged = true;
+    mReport(offset, text);
+}
+
+bool McapScanner::EndsWithMagic()
+{
+    if (mFile.Size() < 2 * MCAP_MAGIC.size()) // the one at the beginning is another
+    {
+        return false;
+    }
+    std::string magic;
+    mFile.Read(mFile.Size() - MCAP_MAGIC.size(), MCAP_MAGIC.size(), magic);
+    return magic == MCAP_MAGIC;
+}
+
+} // namespace qltkit

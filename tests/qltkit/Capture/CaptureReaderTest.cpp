@@ -115,7 +115,7 @@ TEST(CaptureReaderTest, ALargeFileCutAnywhereIsReadToItsLastWholeReport)
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     WriteCapture("large.mcap", 15000, 15000); // a chunk that is full, and one that is not
-    std::vector<std::size_t> cuts(500);
+    std::vector<std::size_t> cuts(QLT_RANDOM_CUTS);
     const std::size_t size = std::filesystem::file_size("large.mcap");
     std::generate(cuts.begin(), cuts.end(), [&] { return 1 + random() % (size - 1); });
     std::sort(cuts.rbegin(), cuts.rend());

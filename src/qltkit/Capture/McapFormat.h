@@ -20,6 +20,7 @@ inline constexpr std::uint8_t MESSAGE = 0x05;
 inline constexpr std::uint8_t CHUNK = 0x06;
 inline constexpr std::uint8_t MESSAGE_INDEX = 0x07;
 inline constexpr std::uint8_t CHUNK_INDEX = 0x08;
+inline constexpr std::uint8_t ATTACHMENT = 0x09;
 inline constexpr std::uint8_t STATISTICS = 0x0B;
 inline constexpr std::uint8_t METADATA = 0x0C;
 inline constexpr std::uint8_t METADATA_INDEX = 0x0D;

@@ -184,7 +184,7 @@ bool McapScanner::NextOfFile(McapRecord& record)
         return false;
     }
     if (opcode == 0 || opcode == McapOpcode::CHUNK || length > left - MCAP_PREFIX_SIZE ||
-        IsFooter(opcode, length))
+        IsFooter(opcode, length) || HidesChunk(opcode, length))
     {
         GoOnBehindDamage();
         return false;
@@ -195,13 +195,34 @@ bool McapScanner::NextOfFile(McapRecord& record)
     {
         mFile.AddTo(mCrc, offset, mOffset);
     }
-    if (IsData(opcode))
+    if (!IsData(opcode))
     {
-        mFile.Read(offset + MCAP_PREFIX_SIZE, length, mContent);
-        record = {opcode, mContent, offset};
-        return true;
+        return false;
     }
-    return false;
+    mFile.Read(offset + MCAP_PREFIX_SIZE, length, mContent);
+    record = {opcode, mContent, offset};
+    return !IsIndexOfChunk();
+}
+
+/// Whether the record in mContent is an index of the chunk before, whatever its opcode says: a
+/// damaged one must not pass for a message. The CRC of all data tells of it.
+bool McapScanner::IsIndexOfChunk()
+{
+    ByteReader reader(mContent);
+    reader.TakeBytes(2); // the channel
+    const std::size_t size = reader.TakeString().size();
+    mBehindChunk = mBehindChunk && reader.Whole() && reader.Rest().empty() && size % 16 == 0;
+    return mBehindChunk;
+}
+
+/// Whether there is a chunk inside the record at mOffset, whose length is wrong then. Messages,
+/// attachments and what others have added may hold anything.
+bool McapScanner::HidesChunk(std::uint8_t opcode, std::uint64_t length)
+{
+    const bool isPlain = opcode != McapOpcode::MESSAGE && opcode != McapOpcode::ATTACHMENT &&
+                         opcode <= McapOpcode::DATA_END;
+    const std::uint64_t begin = mOffset + MCAP_PREFIX_SIZE;
+    return isPlain && FindChunk(begin, begin + length) != NOWHERE;
 }
 
 /// A footer that comes without the end of the data before it.
@@ -301,6 +322,7 @@ void McapScanner::Enter(std::uint64_t recordsSize)
         mCrc.Update(mContent);
     }
     mRecords = mContent;
+    mBehindChunk = true;
     mOffset = end;
     mTrusted = end;
 }
@@ -339,7 +361,7 @@ std::uint32_t McapScanner::CrcOf(std::uint64_t begin, std::uint64_t size)
 void McapScanner::GoOnBehindDamage()
 {
     const std::uint64_t damage = mOffset;
-    const std::uint64_t chunk = FindChunk(mTrusted);
+    const std::uint64_t chunk = FindChunk(mTrusted, mFile.Size());
     if (chunk == NOWHERE)
     {
         EndEarly();
@@ -351,9 +373,10 @@ void McapScanner::GoOnBehindDamage()
     mTrusted = chunk;
 }
 
-std::uint64_t McapScanner::FindChunk(std::uint64_t begin)
+/// The first whole chunk that begins between `begin` and `end`.
+std::uint64_t McapScanner::FindChunk(std::uint64_t begin, std::uint64_t end)
 {
-    for (std::uint64_t offset = begin; offset < mFile.Size();)
+    for (std::uint64_t offset = begin; offset < end;)
     {
         const std::string_view block = mFile.Block(offset);
         const std::size_t found = block.find(static_cast<char>(McapOpcode::CHUNK));
@@ -364,7 +387,7 @@ std::uint64_t McapScanner::FindChunk(std::uint64_t begin)
         }
         offset += found;
         const ChunkHeader header(mFile, offset);
-        if (header.Agrees() && IsWhole(header, header.sizes[0]))
+        if (offset < end && header.Agrees() && IsWhole(header, header.sizes[0]))
         {
             return offset;
         }

@@ -40,6 +40,8 @@ private:
 
     bool NextOfChunk(McapRecord& record);
     bool NextOfFile(McapRecord& record);
+    bool IsIndexOfChunk();
+    bool HidesChunk(std::uint8_t opcode, std::uint64_t length);
     bool IsFooter(std::uint8_t opcode, std::uint64_t length) const;
     bool TakeChunk(std::uint8_t opcode, std::uint64_t length);
     bool TakeDamagedChunk(const ChunkHeader& header);
@@ -49,7 +51,7 @@ private:
     bool IsWhole(const ChunkHeader& header, std::uint64_t size);
     std::uint32_t CrcOf(std::uint64_t begin, std::uint64_t size);
     void GoOnBehindDamage();
-    std::uint64_t FindChunk(std::uint64_t begin);
+    std::uint64_t FindChunk(std::uint64_t begin, std::uint64_t end);
     void EndEarly();
     void EndData();
     void CheckSummary(std::uint64_t begin);
@@ -63,6 +65,7 @@ private:
     std::uint64_t mTrusted = 0; // everything before it is read, or known to be damaged
     std::string mContent;       // of the record, or the records of the chunk
     std::string_view mRecords;  // of the chunk, those that are left
+    bool mBehindChunk = false;  // nothing but indexes has come since
     bool mDone = false;
     bool mIsDamaged = false;
     Crc32 mCrc; // of the data section so far

@@ -1,4 +1,4 @@
-// The whole class interface.
+// All of the class interface.
 #pragma once
 
 #include <qlt/Math/MathUtil.h>

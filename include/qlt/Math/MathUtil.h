@@ -1,5 +1,3 @@
-// Scalar helpers in single precision. Mind the argument orders: `clamp` takes the value first,
-// `lerp` and `percentage` take the two ends first. Any thread may use them.
 #pragma once
 
 #include <qlt/Export.h>
@@ -9,25 +7,30 @@
 namespace qlt
 {
 
+/// Scalar helpers in single precision. The orders of the arguments differ: `clamp` takes the value
+/// first, `lerp` and `percentage` take the two ends first. Any thread may use them.
 class QLT_API MathUtil
 {
 public:
+    /// Degrees to radians and radians to degrees.
     QLT_INLINE static constexpr float Deg2Rad(float deg) { return deg * 0.017453292f; }
     QLT_INLINE static constexpr float Rad2Deg(float rad) { return rad * 57.29578f; }
 
-    /// `x` limited to [a, b]. Asserts a <= b.
+    /// `x` limited to [a, b]. An `a` above `b` is reported as an assertion.
     static float clamp(float x, float a, float b);
 
-    /// (1 - t) * a + b * t. Asserts a <= b (deliberate, although interpolation would not need it)
-    /// and t in [0, 1]; computes all the same.
+    /// (1 - t) * a + b * t. A `t` outside [0, 1] is reported as an assertion, and so is an `a`
+    /// above `b`; the result follows the formula all the same. deliberate: interpolation would not
+    /// need the second check, but clients rely on its report.
     static float lerp(float a, float b, float t);
 
-    /// Where `x` lies between a (0) and b (1). Asserts a < b and x in [a, b]; computes all the
+    /// The place of `x` between `a`, which gives 0, and `b`, which gives 1. An `a` not below `b`
+    /// and an `x` outside [a, b] are reported as assertions; the result follows the formula all the
     /// same.
     static float percentage(float a, float b, float x);
 
-    /// p[0] x^8 + p[1] x^7 + ... + p[8], nine coefficients. Asserts the count and reads nine all
-    /// the same: never pass fewer.
+    /// p[0] x^8 + p[1] x^7 + ... + p[8]. Another count than nine coefficients is reported as an
+    /// assertion. The operation reads nine coefficients in any case, so never pass fewer.
     static float Polynom(const std::vector<float>& p, float x);
 };
 

@@ -1,6 +1,3 @@
-// A 4 x 4 single-precision matrix: row-major storage (element (r, c) is entry 4r + c), column
-// vectors multiplied on the right (a point p maps to M * p), so a translation stands in entries 3,
-// 7, 11. Right-handed. A default matrix is all zero, not the identity. Any thread may use them.
 #pragma once
 
 #include <qlt/Export.h>
@@ -10,53 +7,65 @@
 namespace qlt
 {
 
+/// A 4 x 4 matrix in single precision. Storage is row-major: element (r, c) is entry 4r + c.
+/// Vectors are columns that stand on the right: a point p maps to M * p, so a translation is in the
+/// entries 3, 7 and 11. Coordinates are right-handed. A default matrix is all zero and not the
+/// identity. Different threads may use different matrices.
 class QLT_API Matrix
 {
 public:
+    /// All entries are zero.
     Matrix();
 
-    /// The first of the sixteen entries, which follow each other in row-major order.
+    /// The first of the sixteen entries, which lie in memory in row-major order.
     QLT_INLINE const float& array() const { return mEntries[0]; }
 
-    /// `row` in 0 .. 3. Asserts the range and writes all the same: keep it in range.
+    /// Writes a row. A `row` outside 0 .. 3 is reported as an assertion and then written all the
+    /// same, so never pass one.
     void SetRow(int row, float a, float b, float c, float d);
 
-    /// `col` in 0 .. 3. Asserts the range and writes all the same: keep it in range.
+    /// Write a column. A `col` outside 0 .. 3 is reported as an assertion and then written all the
+    /// same, so never pass one.
     void SetColumn(int col, float a, float b, float c, float d);
     void SetColumn(int col, const Vec3& v, float w);
 
-    /// Sets the four diagonal entries and leaves the others.
+    /// Write the four entries of the diagonal and leave the others.
     void SetDiagonal(float s);
     void SetDiagonal(float a, float b, float c, float d);
 
+    /// Exchanges rows and columns in place.
     void Transpose();
 
     static Matrix Identity();
 
-    /// Scales x, y and z; entry 15 is 1.
+    /// Scales x, y and z. Entry 15 is 1.
     static Matrix ScaleMatrix(float s);
     static Matrix ScaleMatrix(float x, float y, float z);
 
+    /// Moves a point by `t`.
     static Matrix TranslationMatrix(const Vec3& t);
 
-    /// The rotation of a unit quaternion; `q` is used as it is, not normalised.
+    /// The rotation of a unit quaternion. `q` is not normalised.
     static Matrix RotationMatrix(const Quaternion& q);
 
-    /// The view from a head: T(-a) * R(q^-1) * T(-b), with the head's position `b` and orientation
-    /// `q` and the offset `a` of an eye in head coordinates.
+    /// The view of an eye: T(-a) * R(q^-1) * T(-b). `b` is the position of the head, `q` its
+    /// orientation, and `a` the offset of the eye in head coordinates.
     static Matrix FirstPersonView(Vec3 a, const Vec3& b, const Quaternion& q);
 
-    /// deliberate: the axes stand in the columns, so that the rotation part is camera to world
-    /// while the translation is world to camera; transpose for the other arrangement.
+    /// The view from `eye` to `target`. deliberate: the axes are in the columns, so the rotation
+    /// part goes from camera to world while the translation goes from world to camera. Engines
+    /// transpose it for the other arrangement.
     static Matrix LookAtView(const Vec3& eye, const Vec3& target, const Vec3& up);
 
-    /// OpenGL's orthographic projection, depth in [-1, 1]. Asserts right > left, top > bottom,
-    /// far > near. All zero, with an assertion, when one extent is not above FLT_EPSILON.
+    /// OpenGL's orthographic projection with depths in [-1, 1]. It asserts right > left, top >
+    /// bottom and far > near. An extent that is not above FLT_EPSILON is reported as an assertion
+    /// and gives a matrix of zeros.
     static Matrix OrthogonalProjection(float left, float right, float bottom, float top,
                                        float nearZ, float farZ);
 
-    /// OpenGL's perspective projection from a horizontal field of view in degrees and the aspect
-    /// ratio width / height. No argument is checked: degenerate ones give infinities or NaN.
+    /// OpenGL's perspective projection. `fovDeg` is the horizontal field of view in degrees,
+    /// `aspect` the ratio of width to height. No argument is checked; degenerate ones give
+    /// infinities or NaN.
     static Matrix PerspectiveProjection(float fovDeg, float aspect, float nearZ, float farZ);
 
     friend QLT_API Matrix operator*(const Matrix& a, const Matrix& b);
@@ -65,7 +74,7 @@ private:
     float mEntries[16];
 };
 
-/// The matrix product; the sums over k run upwards.
+/// The product of two matrices. The sums over k run upwards.
 QLT_API Matrix operator*(const Matrix& a, const Matrix& b);
 
 } // namespace qlt

@@ -1,8 +1,3 @@
-// Single-precision quaternions: w, x, y, z in memory, the scalar first. Products are Hamilton
-// products: (a * b) rotates by b first and then by a. Right-handed, angles in radians.
-//
-// A default quaternion is all zero and no rotation; start from `Quaternion::Identity` (deliberate:
-// engines fill default ones). Any thread may use them.
 #pragma once
 
 #include <qlt/Export.h>
@@ -11,6 +6,12 @@
 namespace qlt
 {
 
+/// A quaternion in single precision with the scalar first: w, x, y, z in memory. Products are
+/// Hamilton products: (a * b) rotates by b first and then by a. Coordinates are right-handed,
+/// angles are in radians. Different threads may use different quaternions.
+///
+/// deliberate: a default quaternion is all zero and no rotation, because engines fill default ones.
+/// Start from Quaternion::Identity.
 class QLT_API Quaternion
 {
 public:
@@ -63,14 +64,16 @@ public:
         return *this;
     }
 
-    /// Multiplies by 1 / `rhs`. Asserts |rhs| > FLT_EPSILON and divides all the same.
+    /// Multiplies by 1 / `rhs`. A |rhs| not above FLT_EPSILON is reported as an assertion; the
+    /// operation divides all the same.
     Quaternion& operator/=(float rhs);
 
+    /// The squared norm and the norm.
     QLT_INLINE float Norm2() const { return mV.Length2() + mW * mW; }
     QLT_INLINE float Norm() const { return std::sqrt(Norm2()); }
 
-    /// Scales to norm 1. Asserts that the norm is above FLT_EPSILON; otherwise the quaternion keeps
-    /// its value.
+    /// Scales to norm 1. A norm not above FLT_EPSILON is reported as an assertion, and the
+    /// quaternion keeps its value.
     QLT_INLINE void Normalize()
     {
         const float norm = Norm();
@@ -84,9 +87,9 @@ public:
         }
     }
 
-    /// The multiplicative inverse (deliberate, despite the name: `Rotate` relies on it), which is
-    /// the conjugate of a unit quaternion. Asserts that the squared norm is above FLT_EPSILON;
-    /// otherwise an unchanged copy.
+    /// The multiplicative inverse, which is the conjugate of a unit quaternion. deliberate: it is
+    /// the inverse despite its name, because Rotate relies on it. A squared norm not above
+    /// FLT_EPSILON is reported as an assertion and gives an unchanged copy.
     QLT_INLINE Quaternion Conjugate() const
     {
         const float norm2 = Norm2();
@@ -102,11 +105,11 @@ public:
         return Quaternion(mW * r, -x() * r, -y() * r, -z() * r);
     }
 
-    /// `p` rotated by `q`; a `q` of any norm rotates without scaling.
+    /// `p` rotated by `q`. A `q` of any norm rotates without scaling.
     static Vec3 Rotate(const Quaternion& q, const Vec3& p);
 
-    /// The rotation by `angle` radians about `axis`, of any length. A zero axis reports the
-    /// assertion of Vec3::Normalize and gives (cos(angle / 2), 0, 0, 0) normalised.
+    /// The rotation by `angle` radians about `axis`, which may have any length. A zero axis reports
+    /// the assertion of Vec3::Normalize and gives (cos(angle / 2), 0, 0, 0), normalised.
     static Quaternion RotationQuaternion(float angle, Vec3 axis);
 
     /// The same orientation in Unity's axes: (-w, x, y, -z).
@@ -116,7 +119,7 @@ public:
     static Quaternion ConvertToUnreal(const Quaternion& q);
 
 private:
-    /// The assertions of Normalize and Conjugate.
+    /// Report the assertions of Normalize and Conjugate.
     static void ReportNoNorm();
     static void ReportNoNorm2();
 
@@ -143,13 +146,13 @@ QLT_API_INLINE Quaternion operator*(const float& s, const Quaternion& q)
     return Quaternion(q.w() * s, q.v() * s);
 }
 
-/// The vector part of q * (0, p); not a rotation, see Quaternion::Rotate.
+/// The vector part of q * (0, p). It is no rotation; Quaternion::Rotate rotates.
 QLT_API_INLINE Vec3 operator*(const Quaternion& q, const Vec3& p)
 {
     return (q * Quaternion(0.0f, p)).v();
 }
 
-/// The vector part of (0, p) * q; not a rotation.
+/// The vector part of (0, p) * q. It is no rotation.
 QLT_API_INLINE Vec3 operator*(const Vec3& p, const Quaternion& q)
 {
     return (Quaternion(0.0f, p) * q).v();
@@ -165,7 +168,8 @@ QLT_API_INLINE Quaternion operator-(const Quaternion& a, const Quaternion& b)
     return Quaternion(a.w() - b.w(), a.v() - b.v());
 }
 
-/// Multiplies by 1 / `s`. deliberate: no assertion here, unlike operator/=.
+/// Multiplies by 1 / `s`. deliberate: unlike operator/= it asserts nothing, because compiled
+/// clients divide by zero on purpose with it.
 QLT_API_INLINE Quaternion operator/(const Quaternion& q, float s)
 {
     const float r = 1.0f / s;

@@ -1,6 +1,3 @@
-// Single-precision vectors. Plain values: `Vec2` is x, y and `Vec3` is x, y, z in memory, without
-// padding, so an array of them is a vertex array. Default values are zero. The tolerance for zero
-// is FLT_EPSILON. Any thread may use them.
 #pragma once
 
 #include <qlt/Export.h>
@@ -11,6 +8,8 @@
 namespace qlt
 {
 
+/// Two floats, x and y, without padding, so an array of Vec2 is an array of texture coordinates.
+/// The default is zero. Different threads may use different vectors.
 class QLT_API Vec2
 {
 public:
@@ -35,6 +34,8 @@ private:
     float mY;
 };
 
+/// Three floats, x, y and z, without padding, so an array of Vec3 is a vertex array. The default is
+/// zero. The tolerance for zero is FLT_EPSILON. Different threads may use different vectors.
 class QLT_API Vec3
 {
 public:
@@ -89,9 +90,11 @@ public:
         return *this;
     }
 
-    /// Multiplies by 1 / `rhs`. Asserts |rhs| > FLT_EPSILON and divides all the same.
+    /// Multiplies by 1 / `rhs`. A |rhs| not above FLT_EPSILON is reported as an assertion; the
+    /// operation divides all the same.
     Vec3& operator/=(float rhs);
 
+    /// The dot product. The product of the y components is the first summand.
     QLT_INLINE float Dot(const Vec3& b) const { return b.mY * mY + b.mX * mX + b.mZ * mZ; }
 
     /// The right-handed cross product of this vector with `b`.
@@ -100,14 +103,15 @@ public:
         return Vec3(mY * b.mZ - mZ * b.mY, mZ * b.mX - mX * b.mZ, mX * b.mY - mY * b.mX);
     }
 
+    /// The squared length and the length.
     QLT_INLINE float Length2() const { return mX * mX + mY * mY + mZ * mZ; }
     QLT_INLINE float Length() const { return std::sqrt(Length2()); }
 
-    /// True when every component by itself is smaller than FLT_EPSILON.
+    /// Whether the size of every single component is below FLT_EPSILON.
     bool IsZero() const;
 
-    /// Scales to length 1. Asserts that the length is above FLT_EPSILON; otherwise the vector
-    /// keeps its value.
+    /// Scales to length 1. A length not above FLT_EPSILON is reported as an assertion, and the
+    /// vector keeps its value.
     QLT_INLINE void Normalize()
     {
         const float length = Length();
@@ -121,19 +125,21 @@ public:
         }
     }
 
-    /// The unsigned angle to `rhs` in radians, 0 to pi: atan2(|a x b|, a . b), exact also for
-    /// nearly parallel vectors. Asserts that neither vector is zero and computes all the same.
+    /// The unsigned angle to `rhs` in radians, 0 to pi. It is atan2(|a x b|, a . b), which is exact
+    /// for nearly parallel vectors, too. A zero vector is reported as an assertion; the operation
+    /// computes all the same.
     float Angle(const Vec3& rhs) const;
 
-    /// The projection of this vector onto `rhs`, of any length. Asserts that `rhs` is not zero and
-    /// divides all the same.
+    /// The projection of this vector onto `rhs`, which may have any length. A zero `rhs` is
+    /// reported as an assertion; the operation divides all the same.
     Vec3 Project(const Vec3& rhs) const;
 
-    /// This vector without its part along `normal`, of any length. Asserts as Project does.
+    /// This vector without its part along `normal`, which may have any length. A zero `normal` is
+    /// reported as an assertion; the operation divides all the same.
     Vec3 ProjectOnPlane(const Vec3& normal) const;
 
 private:
-    /// The assertion of Normalize.
+    /// Reports the assertion of Normalize.
     static void ReportNoLength();
 
     float mX;
@@ -161,7 +167,8 @@ QLT_API_INLINE Vec3 operator*(float s, const Vec3& v)
     return Vec3(v.x() * s, v.y() * s, v.z() * s);
 }
 
-/// Multiplies by 1 / `s`. deliberate: no assertion here, unlike operator/=.
+/// Multiplies by 1 / `s`. deliberate: unlike operator/= it asserts nothing, because compiled
+/// clients divide by zero on purpose with it.
 QLT_API_INLINE Vec3 operator/(const Vec3& v, float s)
 {
     const float r = 1.0f / s;

@@ -1,12 +1,3 @@
-// Presents a side-by-side stereo image on the headset's own display, which NVIDIA's direct mode
-// hides from the desktop: lens and colour correction are drawn with Direct3D 11 on the engine's
-// device.
-//
-// Windows with an NVIDIA driver; elsewhere Initialize returns false and Submit does nothing.
-//
-// All calls belong on the thread that owns the device's immediate context. Nothing throws
-// but the default constructor (std::bad_alloc), and nothing is printed: IsInitialized says whether
-// frames arrive.
 #pragma once
 
 #include <qlt/Export.h>
@@ -14,43 +5,52 @@
 struct ID3D11Device;
 struct ID3D11Texture2D;
 
-/// Outside of namespace qlt, where engines expect it.
+/// Presents a side-by-side stereo image on the headset's own display, which NVIDIA's direct mode
+/// hides from the desktop. It draws lens and colour correction with Direct3D 11 on the engine's
+/// device. It needs Windows and an NVIDIA driver; on other systems Initialize returns false and
+/// Submit does nothing. The class is outside of namespace qlt because engines expect it there.
+///
+/// Call everything on the thread that owns the device's immediate context. Only the default
+/// constructor throws (std::bad_alloc). Nothing is printed; IsInitialized tells whether frames
+/// arrive.
 class QLT_API NvidiaRenderer
 {
 public:
+    /// Creates a renderer that the first Submit initialises.
     NvidiaRenderer();
 
     /// Shuts down.
     ~NvidiaRenderer();
 
-    /// deliberate: a copy shares the display, the device and all that was made for them, and the
-    /// first of the two that is destroyed shuts both down.
+    /// deliberate: copies share the display, the device and everything that was made for them. The
+    /// first copy that is destroyed shuts all of them down.
     NvidiaRenderer(const NvidiaRenderer& other);
     NvidiaRenderer& operator=(const NvidiaRenderer& other);
 
-    /// Takes the display and makes all that drawing needs, on the device of the last Submit: false
-    /// without one, without a direct-mode display of the headset, or when any step fails, also for
-    /// lack of memory. Submit calls it; there is no need to.
+    /// Takes the display and creates everything that drawing needs, on the device of the last
+    /// Submit. False without a device, without a direct-mode display of the headset, and when a
+    /// step fails, for lack of memory, too. Submit calls it; an engine need not.
     bool Initialize();
 
-    /// Whether an Initialize has succeeded, and no Shutdown followed.
+    /// Whether an Initialize has succeeded and no Shutdown has followed.
     bool IsInitialized();
 
-    /// Gives the display back and releases all that Initialize made; does nothing before it
-    /// succeeded. The next Submit begins anew.
+    /// Gives the display back and releases everything that Initialize created. It does nothing
+    /// before an Initialize has succeeded. The next Submit initialises again.
     ///
-    /// deliberate: releases the device as well, of which Submit has taken no reference. Hand over
-    /// one reference of yours: call device->AddRef() before the first Submit and before the first
-    /// one after a Shutdown.
+    /// deliberate: it also releases the device, of which Submit has taken no reference. Pass over
+    /// one of your references: call device->AddRef() before the first Submit, and again before the
+    /// first Submit after a Shutdown.
     void Shutdown();
 
-    /// Waits, without a time-out, until the display wants a frame; then draws the halves of
-    /// `texture` (left eye left, 32-bit BGRA, usable as a shader resource) through the lens and
-    /// presents them. Changes the pipeline state of the device's immediate context.
+    /// Waits without a time limit until the display wants a frame. Then it draws the halves of
+    /// `texture` through the lens and presents them. The left eye is in the left half; the texture
+    /// is 32-bit BGRA and usable as a shader resource. The call changes the pipeline state of the
+    /// device's immediate context.
     ///
-    /// `device` is looked at until a Submit has initialised: the frame is dropped while that fails,
-    /// and each such attempt keeps a reference of the immediate context. A null texture, or one
-    /// that allows no such view, is dropped too.
+    /// `device` is used until a Submit has initialised. While that fails, every call drops its
+    /// frame and keeps one reference of the immediate context. A null texture is dropped, and so is
+    /// one that allows no such view.
     void Submit(ID3D11Device* device, ID3D11Texture2D* texture);
 
 private:

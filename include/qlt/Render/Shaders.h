@@ -1,29 +1,3 @@
-// GLSL sources for the two things that an engine draws with OpenGL: the lens pre-distortion through
-// the mesh of DistortionMeshBuilder, each colour channel sampled at its own coordinates, and a
-// calibration object with a procedural checkerboard. The library itself never compiles them.
-//
-//     uMVPMatrix            uniform, mat4: applied to the position
-//     aPosition             3 floats; of the distortion: the mesh's GetPosition
-//     aTexCoordR, G and B   2 floats, distortion: the mesh's GetTextureR, G and B
-//     texture               uniform, sampler2D, distortion: the eye image
-//     aTexCoord             2 floats, object: from 0 to 1 the board has eight squares
-//     uColor                uniform, vec4, object: declared and not used
-//
-// deliberate: the distortion writes alpha 0, and the board has one value in all four channels, so
-// that its black squares are transparent. Draw the distortion without blending.
-//
-// The texts have no #version. As they are, they are for OpenGL ES 2 and WebGL. On a desktop, whose
-// GLSL 1.10 and 1.20 do not know `precision`, put one line in front of them, as the first string of
-// glShaderSource:
-//
-//     "#version 130\n"       OpenGL 3.0 and later; knows `precision`
-//     "#define __linux__\n"  OpenGL 2; leaves `precision` out. Compilers may warn of the name
-//
-// Core profiles and "#version 300 es" do not take them: `attribute`, `varying`, `texture2D` and a
-// uniform that is called `texture` are of the language's first versions.
-//
-// The strings live as long as the library is loaded. Any thread may read them, and so may the
-// initialisers and destructors of static objects.
 #pragma once
 
 #include <qlt/Export.h>
@@ -33,19 +7,46 @@
 namespace qlt
 {
 
+/// GLSL sources for two things that an engine draws with OpenGL: the lens pre-distortion through
+/// the mesh of DistortionMeshBuilder, which samples each colour channel at its own coordinates, and
+/// a calibration object with a procedural checkerboard. The library itself never compiles them.
+///
+///     uMVPMatrix            uniform, mat4: applied to the position
+///     aPosition             3 floats; distortion: the mesh's GetPosition
+///     aTexCoordR, G and B   2 floats; distortion: the mesh's GetTextureR, G and B
+///     texture               uniform, sampler2D; distortion: the eye image
+///     aTexCoord             2 floats; object: the board has eight squares from 0 to 1
+///     uColor                uniform, vec4; object: declared and not used
+///
+/// deliberate: the distortion writes alpha 0. The checkerboard writes one value to all four
+/// channels, so its black squares are transparent. Draw the distortion without blending.
+///
+/// The texts have no \#version. They fit OpenGL ES 2 and WebGL as they are. GLSL 1.10 and 1.20 of a
+/// desktop do not know `precision`, so pass one line in front of them as the first string of
+/// glShaderSource:
+///
+///     "#version 130\n"       for OpenGL 3.0 and later, which knows `precision`
+///     "#define __linux__\n"  for OpenGL 2; it leaves `precision` out. Compilers may warn of the
+///     name
+///
+/// Core profiles and "#version 300 es" do not accept the texts, because `attribute`, `varying`,
+/// `texture2D` and a uniform called `texture` belong to the first versions of the language.
+///
+/// The strings exist as long as the library is loaded. Any thread may read them, and so may the
+/// initialisers and destructors of static objects.
 class QLT_API Shaders
 {
 public:
-    /// The distortion: vertex and fragment shader.
+    /// The vertex and the fragment shader of the distortion.
     static const std::string& TextureShaderV();
     static const std::string& TextureShaderF();
 
-    /// The checkerboard: vertex and fragment shader.
+    /// The vertex and the fragment shader of the checkerboard.
     static const std::string& ObjectShaderV();
     static const std::string& ObjectShaderF();
 
 private:
-    explicit Shaders() = default; // explicit, because braces make an aggregate all the same
+    explicit Shaders() = default; // explicit, because {} would create an aggregate otherwise
 };
 
 } // namespace qlt

@@ -1,9 +1,5 @@
-// Preconditions of this library are checked in every build. A failed one is reported and the
-// operation goes on as its documentation says; whether the process ends is for the handler to
-// decide.
-//
-// Threads: any. A handler may be called from any thread, from several at once, and while a tracker
-// holds its lock: it must not call back into the tracker that reports.
+// The library checks its preconditions in every build. It reports a broken precondition and goes on
+// as the documentation of the operation says. The handler decides whether the process ends.
 #pragma once
 
 #include <qlt/Export.h>
@@ -12,15 +8,17 @@ namespace qlt
 {
 
 /// Receives the text of the failed condition, the source file without extension ("Sensors/Tracker")
-/// and the line. Returns, or ends the process; it must not throw, destructors report too.
+/// and the line. It returns or ends the process. It must not throw, because destructors report,
+/// too. Any thread may call it, several threads at once may call it, and a tracker may call it with
+/// its lock held, so it must not call back into the tracker that reports.
 using AssertionHandler = void (*)(const wchar_t* condition, const wchar_t* file, unsigned line);
 
-/// Installs `handler` and returns the previous one (null: the default was installed). Null restores
-/// the default, which prints "Assertion failed: TEXT, file PATH, line N" on standard error and
-/// returns.
+/// Installs `handler` and returns the previous one; null stands for the default, in both
+/// directions. The default prints "Assertion failed: TEXT, file PATH, line N" on standard error and
+/// returns. Any thread.
 QLT_API AssertionHandler SetAssertionHandler(AssertionHandler handler) noexcept;
 
-/// Hands a failed condition to the installed handler.
+/// Passes a failed condition to the installed handler. Any thread.
 QLT_API void ReportAssertion(const wchar_t* condition, const wchar_t* file, unsigned line);
 
 } // namespace qlt

@@ -1,5 +1,3 @@
-// Time as the trackers see it: a monotonic nanosecond count and a sleep. A replay or a test hands
-// its own clock to a tracker; everybody else takes the machine's.
 #pragma once
 
 #include <qlt/Export.h>
@@ -9,20 +7,23 @@
 namespace qlt
 {
 
-/// Implementations must allow calls from several threads at once, and must outlive every tracker
-/// and fusion that was given them.
+/// The time of the trackers: a monotonic count of nanoseconds, and a sleep. A replay and a test
+/// pass their own clock to a tracker; everybody else takes the machine's.
+///
+/// Several threads may use a clock at once. A clock must outlive every tracker and filter that uses
+/// it.
 class QLT_API Clock
 {
 public:
     virtual ~Clock();
 
-    /// Nanoseconds since an arbitrary moment; never runs backwards.
+    /// Nanoseconds since an arbitrary moment. The count never decreases.
     virtual std::int64_t NowNs() = 0;
 
-    /// Returns after about `durationNs` nanoseconds, never much earlier.
+    /// Returns after about `durationNs` nanoseconds and never much earlier.
     virtual void SleepNs(std::int64_t durationNs) = 0;
 
-    /// The machine's own clock.
+    /// The machine's own clock, which is never destroyed.
     static Clock& System();
 };
 

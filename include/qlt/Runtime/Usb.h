@@ -1,12 +1,5 @@
-// The USB access that the trackers and the camera need, as an interface: `UsbHost::System()` is the
-// machine's own, and an application may hand them another one (a recording, a scripted headset in a
-// test).
-//
-// Ownership: a host lends nothing; a device belongs to whom it was opened for and owns its
-// endpoints; it must not be closed while a transfer is in flight. Threads: one at a time for each
-// device. A tracker opens and closes devices on its connection watcher and reads on its processing
-// thread, never both at once; a camera's stream does everything on its own thread. Several devices
-// may be opened and used at once, for the same hardware, too.
+// USB access as an interface. UsbHost::System() is the machine's own; an application may pass
+// another host to a tracker or a camera: a recording, or a scripted headset.
 #pragma once
 
 #include <qlt/Export.h>
@@ -18,24 +11,25 @@
 namespace qlt
 {
 
-/// A read in flight, from UsbEndPoint::BeginTransfer on. Its destructor ends what is still in
-/// flight.
+/// A read that UsbEndPoint::BeginTransfer has started. Its destructor ends a read that is still in
+/// flight. One thread at a time.
 class QLT_API UsbTransfer
 {
 public:
     virtual ~UsbTransfer();
 
-    /// Waits for the end: true when the transfer has ended, or had at once; false when it could not
-    /// start or `timeoutMs` have passed. Takes the signal of the transfer's event.
+    /// Waits for the end of the transfer and takes the signal of its event. True when the transfer
+    /// has ended; false when it could not start or `timeoutMs` milliseconds have passed.
     virtual bool Wait(std::uint32_t timeoutMs) = 0;
 
-    /// Once, at last: waits for the end without a limit, and gives the byte count received; false
-    /// when the transfer failed.
+    /// Waits for the end without a time limit and gives the number of bytes received. False when
+    /// the transfer failed. Call it once, as the last operation.
     virtual bool Finish(std::uint32_t& length) = 0;
 };
 
-/// One endpoint of an open device. A host of interrupt endpoints only, for a tracker, needs no more
-/// than the two pure operations; the others then say that there is nothing to stream.
+/// One endpoint of an open device. A host for trackers has interrupt endpoints only and implements
+/// the two pure operations; the defaults of the others say that there is nothing to stream. One
+/// thread at a time for each device.
 class QLT_API UsbEndPoint
 {
 public:
@@ -44,66 +38,71 @@ public:
     /// The endpoint descriptor's attributes byte: 2 bulk, 3 interrupt.
     virtual std::uint8_t Attributes() const = 0;
 
-    /// The endpoint's address; bit 7 is set for one that is read from.
+    /// The address of the endpoint. Bit 7 is set for an endpoint that the host reads from.
     virtual std::uint8_t Address() const;
 
-    /// Reads at most `length` bytes into `buffer` and blocks until they are there, the transfer
-    /// fails or the host's own time-out has passed. On return `length` is the byte count received,
-    /// also after a failure (then usually 0). False on failure.
+    /// Reads at most `length` bytes into `buffer`. It returns when they have arrived, when the
+    /// transfer has failed, or when the host's own time limit has passed. On return `length` is the
+    /// number of bytes received, after a failure, too. False on failure.
     virtual bool TransferData(std::uint8_t* buffer, std::uint32_t& length) = 0;
 
-    /// How many bytes one request of the system asks for, rounded up to whole packets.
+    /// Sets how many bytes one request of the system asks for, rounded up to whole packets.
     virtual void SetTransferSize(std::uint32_t bytes);
 
-    /// Starts to read `length` bytes into `buffer`, which must stay until the transfer has
-    /// finished. `event`, a handle of the system's (an auto-reset event on Windows, an eventfd
-    /// elsewhere), is signalled at the end. Never null: a start that fails shows in the wait and at
-    /// the finish.
+    /// Starts to read `length` bytes into `buffer`, which must exist until the transfer has
+    /// finished. At the end it signals `event`, an event of the system: the HANDLE of an auto-reset
+    /// event on Windows, and elsewhere an eventfd as a pointer of that value. The result is never
+    /// null; a start that fails shows in Wait and in Finish.
     virtual std::unique_ptr<UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
                                                        void* event);
 
-    /// Ends every transfer of this endpoint in flight; they have failed when it returns.
+    /// Ends every transfer of this endpoint that is in flight. They have failed when it returns.
     virtual void AbortTransfers();
 };
 
-/// An open device; its destructor closes it.
+/// An open device, which owns its endpoints. Its destructor closes it; no transfer may be in flight
+/// then. One thread at a time may use a device. A tracker opens and closes devices on its
+/// connection watcher and reads on its processing thread, never both at once. A camera's stream
+/// does everything on its own thread.
 class QLT_API VendorUsbDevice
 {
 public:
     virtual ~VendorUsbDevice();
 
+    /// The identifiers of the vendor and of the product.
     virtual std::uint16_t VendorId() const = 0;
     virtual std::uint16_t ProductId() const = 0;
 
-    /// The number of endpoints, the control endpoint 0 included.
+    /// The number of endpoints, with the control endpoint 0.
     virtual std::uint8_t EndPointCount() const = 0;
 
-    /// The endpoint at `index` in 1 .. EndPointCount() - 1; index 0 is the control endpoint.
+    /// The endpoint at `index`, which is in 1 .. EndPointCount() - 1.
     virtual UsbEndPoint& EndPoint(std::uint8_t index) = 0;
 };
 
-/// Where devices come from. Must outlive every tracker that was given it.
+/// A source of devices. It must outlive every tracker and camera that uses it. Several threads may
+/// open devices at once, and several opened devices of one headset may be used at once.
 class QLT_API UsbHost
 {
 public:
     virtual ~UsbHost();
 
-    /// Opens the first of the headset's devices; null when there is none or it cannot be opened.
-    /// The system's own host takes for one: on Windows every device that is bound to the headset's
-    /// driver, elsewhere a device with vendor 04B4 and product 00F1 and no other.
+    /// Opens the first of the headset's devices. Null when there is none, and when it cannot be
+    /// opened. For the machine's own host these are, on Windows, all devices that are bound to the
+    /// headset's driver, and elsewhere the devices with vendor 04B4 and product 00F1.
     virtual std::unique_ptr<VendorUsbDevice> OpenFirst() = 0;
 
-    /// How many such devices there are, and one of them; null as OpenFirst, and for an index past
-    /// the count. The defaults know of the first one only.
+    /// The number of these devices, and the one at `index`: null as for OpenFirst, and for an index
+    /// past the number. The defaults know the first device only.
     virtual std::uint32_t CountDevices();
     virtual std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index);
 
-    /// What this is, "libusb 1.0.26" for one, and why the last device could not be opened; empty
-    /// when there is no such device or nothing is known. In words for a person.
+    /// The name of the host, for example "libusb 1.0.26", and the reason why the last device could
+    /// not be opened, as a sentence for a person. Both may be empty.
     virtual std::string Name() const;
     virtual std::string Problem() const;
 
-    /// The machine's own USB.
+    /// The machine's own USB host, which is never destroyed.
     static UsbHost& System();
 };
 

@@ -1,8 +1,8 @@
-// The status codes that a VRException carries.
 #pragma once
 
 #include <cstdint>
 
+/// The status codes that a VRException carries.
 enum VR_STATUS : std::int32_t
 {
     VR_STATUS_OK = 0,

@@ -1,10 +1,3 @@
-// The headset's passthrough camera as a texture: 2560 x 1440 grey levels, the newest frame with
-// every Update.
-//
-// Threads: with RENDERER_GL the constructor, Update and the destructor run on the thread whose
-// OpenGL context is current. Once a process: cameras share the event of their frames, and on
-// Windows all processes do. Without the headset the constructor ends the process: ask UsbHost
-// first.
 #pragma once
 
 #include <qlt/Export.h>
@@ -15,6 +8,13 @@ class VRUsbStreamAsync;
 namespace qlt
 {
 
+/// The headset's passthrough camera as a texture of 2560 x 1440 grey levels. Every Update shows the
+/// newest frame.
+///
+/// With RENDERER_GL the constructor, Update and the destructor run on the thread whose OpenGL
+/// context is current. A process has one camera at a time, because cameras share the event of their
+/// frames; on Windows all processes share it. Without the headset the constructor ends the process,
+/// so ask UsbHost::System().OpenFirst() before.
 class QLT_API Camera
 {
 public:
@@ -25,31 +25,33 @@ public:
     };
 
     /// Opens the device and returns when its frames are on their way. With RENDERER_GL an id of 0
-    /// makes a texture name; with RENDERER_D3D the id is the application's own and asserted not to
-    /// be 0. VRException when there is no event to be had.
+    /// makes the camera create a texture name. With RENDERER_D3D the id belongs to the application;
+    /// an id of 0 is reported as an assertion. Throws VRException when the system creates no event.
     explicit Camera(unsigned int texture_id, RENDERER renderer = RENDERER_GL);
 
-    /// With RENDERER_GL and a texture name of its own making.
+    /// Creates a texture name and uses RENDERER_GL.
     Camera();
 
-    /// With another source of devices than the machine's own.
+    /// Takes the device from `host`, which must outlive the camera.
     Camera(unsigned int texture_id, RENDERER renderer, UsbHost& host);
 
-    /// Stops the stream; the texture stays.
+    /// Stops the stream and leaves the texture as it is.
     virtual ~Camera();
 
-    /// deliberate: a copy shares the stream, which whichever is destroyed first deletes; so hold
-    /// one camera, by pointer.
+    /// deliberate: copies share one stream; the first copy that is destroyed deletes it. Hold one
+    /// camera by pointer.
     Camera(const Camera&) = default;
     Camera& operator=(const Camera&) = default;
 
-    /// Waits for the next frame, for ever if none comes, and uploads it. Frames that came meanwhile
-    /// are left out.
+    /// Waits for the next frame without a time limit and uploads it. Older frames that arrived
+    /// since the last call are skipped.
     void Update();
 
+    /// The size of a frame in pixels. Any thread.
     static int GetWidth();
     static int GetHeight();
 
+    /// The name of the texture. Any thread.
     int GetTextureId() const;
 
 private:

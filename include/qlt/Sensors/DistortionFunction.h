@@ -1,9 +1,3 @@
-// The lens model of the headset: where a rendered eye image is to be sampled so that the picture
-// looks right through the lens. Radial, with a measured table for each colour channel.
-//
-// An initialised object may be asked from several threads. Initialize(DistortParams&) also rewrites
-// constants that all objects of the process share, without a lock: never while any thread evaluates
-// a distortion.
 #pragma once
 
 #include <qlt/Export.h>
@@ -18,41 +12,49 @@ namespace qlt
 
 class CubicSpline;
 
-/// A measured lens: at each radius (distance from the lens centre in units of half the eye
-/// viewport's width, strictly increasing) the scale factor of each channel. The four arrays have
-/// equal lengths of at least 2.
+/// The tables of a measured lens: the scale factor of each colour channel at each radius. A radius
+/// is the distance from the lens centre in units of half the eye viewport's width. Radii increase
+/// strictly. The four arrays have the same length of at least 2.
 struct DistortParams
 {
     std::vector<double> radius;
     std::vector<double> red;
     std::vector<double> green;
     std::vector<double> blue;
-    double offsetYMm = 0.0; // the lens centre above the middle of the viewport
-    double fovDeg = 0.0;    // for which the tables were measured
-    double widthMm = 0.0;   // of the panel, against which the tables are scaled
+    double offsetYMm = 0.0; // height of the lens centre above the middle of the viewport
+    double fovDeg = 0.0;    // field of view for which the tables were measured
+    double widthMm = 0.0;   // panel width against which the tables are scaled
 };
 
+/// The lens model of the headset. It says where a rendered eye image has to be sampled so that the
+/// picture looks right through the lens. The model is radial and has a measured table for each
+/// colour channel.
+///
+/// Several threads may use an initialised object at once. Initialize(DistortParams&) also changes
+/// constants that all lenses of the process share, and takes no lock: no thread may evaluate a
+/// distortion meanwhile.
 class QLT_API DistortionFunction
 {
 public:
-    /// Without tables: call one of the Initialize first.
+    /// Creates a function without tables. Call one of the Initialize operations before Distortion.
     DistortionFunction();
     ~DistortionFunction();
     DistortionFunction(const DistortionFunction&) = delete;
     DistortionFunction& operator=(const DistortionFunction&) = delete;
 
-    /// The tables of the Quelta Orbel Ixo. Asserts that this is the first call; leaves the shared
-    /// constants as they are.
+    /// Loads the tables of the Quelta Orbel Ixo and leaves the shared constants as they are. A call
+    /// on an initialised object is reported as an assertion and loads them again.
     void Initialize();
 
-    /// Other tables, as often as wanted. deliberate: also sets offset, field of view and width for
-    /// every DistortionFunction of the process.
+    /// Loads other tables. It may be called again. deliberate: it also sets the offset, the field
+    /// of view and the width for every lens of the process, because they share these constants.
     void Initialize(DistortParams& params);
 
-    /// For a point of the eye's viewport, x and y in [-1, 1], x right, y up: the texture coordinate
-    /// (u, v) in [0, 1] and the depth, 0 inside the lens and -1.1 outside. Asserts an initialised
-    /// object and a valid eye (any but the right one counts as left); an invalid colour asserts and
-    /// gives zeros.
+    /// The texture coordinate (u, v), each in [0, 1], at which the eye image is sampled for a point
+    /// of the eye's viewport, and as third component the depth: 0 inside the lens, -1.1 outside.
+    /// `position` has x (right) and y (up) in [-1, 1]. An uninitialised object and an invalid eye
+    /// are reported as assertions; every eye but the right one counts as left. An invalid colour is
+    /// reported as an assertion and gives zeros.
     Vec3 Distortion(const Vec2& position, Params::Eye eye, Params::Color color);
 
 private:

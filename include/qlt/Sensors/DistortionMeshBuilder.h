@@ -1,8 +1,3 @@
-// The lens pre-distortion of one eye as a vertex grid: an engine draws it over the eye's viewport
-// and samples the rendered eye image at each channel's texture coordinates. To be drawn without
-// back-face culling: the two triangles of a cell have opposite orientations.
-//
-// The builder owns the arrays. One thread at a time; builders of the two eyes may run in parallel.
 #pragma once
 
 #include <qlt/Export.h>
@@ -14,34 +9,42 @@
 namespace qlt
 {
 
+/// The lens pre-distortion of one eye as a grid of vertices. An engine draws the grid over the
+/// eye's viewport and samples the rendered eye image at the texture coordinates of each colour
+/// channel. Draw it without back-face culling, because the two triangles of a cell have opposite
+/// orientations.
+///
+/// The builder owns the arrays. One thread at a time may use a builder; the builders of both eyes
+/// may run in parallel.
 class QLT_API DistortionMeshBuilder
 {
 public:
-    /// A grid of resX x resY cells, as a triangle list or as one strip with degenerate joins.
-    /// Asserts positive resolutions.
+    /// A grid of `resX` by `resY` cells, drawn as a triangle list or as one strip with degenerate
+    /// joins. A resolution below 1 is reported as an assertion.
     DistortionMeshBuilder(int resX, int resY, Params::Eye eye, bool triangleList);
 
-    /// Asserts that the arrays are either all there or none.
+    /// Releases the arrays of every build. It asserts that all five arrays exist or none.
     ~DistortionMeshBuilder();
     DistortionMeshBuilder(const DistortionMeshBuilder&) = delete;
     DistortionMeshBuilder& operator=(const DistortionMeshBuilder&) = delete;
 
-    /// Makes fresh arrays from the tables of the headset and the shared constants as they are now.
-    /// The arrays of earlier calls stay valid and unchanged until the end of the builder, so that
-    /// an engine may go on drawing from them. Counts that a non-positive resolution makes negative
-    /// are 0, and without vertices there are no arrays. Asserts a valid eye, once a call.
-    /// std::bad_array_new_length for a grid with more vertices or indices than an int can count;
-    /// the builder is then as it was before, as after std::bad_alloc.
+    /// Builds the mesh in fresh arrays, from the tables of the headset and the current shared
+    /// constants. The arrays of earlier calls stay valid and unchanged until the builder is
+    /// destroyed, because an engine may still draw from them. A count that a non-positive
+    /// resolution makes negative becomes 0, and a mesh without vertices has no arrays. An invalid
+    /// eye is reported as one assertion per call. Throws std::bad_array_new_length when an int
+    /// cannot count the vertices or the indices, and std::bad_alloc without memory; both leave the
+    /// builder as it was.
     void BuildMesh();
 
-    /// Those of the last BuildMesh; zero until the first.
+    /// The counts of the last BuildMesh; 0 before the first one.
     int GetNumVertices() const;
     int GetNumIndices() const;
 
-    /// GetNumVertices() positions (x, y, depth) in the eye's viewport, x and y in [-1, 1], x right,
-    /// y up, rows upwards; the depth is 0 inside the lens and -1.1 outside. The pointer is that of
-    /// the last BuildMesh, null until the first, and valid until the end of the builder. So are the
-    /// others.
+    /// GetNumVertices() positions (x, y, depth) in the eye's viewport: x (right) and y (up) in
+    /// [-1, 1], row after row upwards; the depth is 0 inside the lens and -1.1 outside. This
+    /// pointer and the following ones belong to the last BuildMesh, are null before the first one,
+    /// and stay valid until the builder is destroyed.
     const Vec3* GetPosition() const;
 
     /// GetNumVertices() texture coordinates (u, v) in [0, 1] for each colour channel.
@@ -49,7 +52,7 @@ public:
     const Vec2* GetTextureG() const;
     const Vec2* GetTextureB() const;
 
-    /// GetNumIndices() vertex indices.
+    /// GetNumIndices() indices of vertices.
     const int* GetIndices() const;
 
 private:

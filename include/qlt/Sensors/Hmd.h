@@ -1,9 +1,3 @@
-// The tracker of the real headset: finds its inertial sensor on USB, decodes and calibrates its
-// reports, fuses them and raises every tracker event.
-//
-// A connection watcher lives as long as the object and looks for the headset once a second, started
-// or not; an unplugged headset is found again by itself. Progress ("USB Connected") goes to
-// standard output, read errors to standard error.
 #pragma once
 
 #include <qlt/Export.h>
@@ -18,31 +12,41 @@
 namespace qlt
 {
 
+/// The tracker of the real headset. It finds the inertial sensor on USB, decodes and calibrates the
+/// reports, fuses them and raises every event of a tracker.
+///
+/// A connection watcher lives as long as the object and looks for the headset once a second,
+/// whether or not the tracker is started, so an unplugged headset is found again. The tracker
+/// prints progress
+/// ("USB Connected") on standard output and read errors on standard error. A started tracker
+/// without a headset keeps one core busy.
 class QLT_API Hmd : public Tracker
 {
 public:
-    /// On the machine's own USB.
+    /// Uses the machine's own USB.
     Hmd();
 
-    /// On another source of reports; `host` and `clock` must outlive this.
+    /// Uses another source of reports. `host` and `clock` must outlive the tracker.
     explicit Hmd(UsbHost& host, Clock& clock = Clock::System());
 
-    /// May take a second, until the connection watcher has noticed.
+    /// May take a second, because it waits for the connection watcher's current sleep.
     ~Hmd() override;
 
-    /// Whether the headset is there; waits while a report is being read.
+    /// Whether the headset is connected. The call waits while a report is being read. Any thread.
     bool IsConnected() const override;
 
 protected:
-    /// deliberate: the last orientation, not extrapolated, with the yaw origin already in it.
+    /// deliberate: the last orientation without extrapolation, with the yaw origin already applied,
+    /// because engines compensate for it. `dt` is ignored.
     Quaternion GetPredictedQuaternion(float dt) const override;
 
+    /// Reads reports until the tracker is stopped.
     void DoProcess() override;
 
 private:
     class QLT_LOCAL HardwareIo;
 
-    /// Decodes a report, fuses it and raises its events. On the processing thread.
+    /// Decodes a report, fuses it and raises its events, on the processing thread.
     void Deliver(const SensorReport& report);
 
     std::unique_ptr<HardwareIo> mHardwareIo;

@@ -1,8 +1,3 @@
-// The constants of the headset, its optics and its default user. All of them are
-// constant-initialised, so that they may be read from any thread and from the initialisers of other
-// static objects.
-//
-// Names ending in _M are metres, in _DEG degrees; screen sizes are millimetres.
 #pragma once
 
 #include <qlt/Export.h>
@@ -11,11 +6,16 @@
 namespace qlt
 {
 
+/// The constants of the headset, of its optics and of its default user. They are initialised at
+/// compile time, so any thread may read them, and so may the initialisers of static objects.
+///
+/// Names that end in _M are in metres and names that end in _DEG are in degrees. Sizes of the
+/// screen are in millimetres.
 class QLT_API Params
 {
 public:
-    /// Any other value than the two eyes is invalid; operations that take an eye say what they do
-    /// with one.
+    /// The two eyes. Every other value is invalid; each operation that takes an eye says how it
+    /// treats an invalid one.
     enum Eye : int
     {
         EYE_BEGIN = 0,
@@ -24,7 +24,7 @@ public:
         EYE_COUNT = 2,
     };
 
-    /// The colour channels for which the lens was measured separately.
+    /// The colour channels. The lens was measured for each of them.
     enum Color : int
     {
         COLOR_RED = 0,
@@ -32,16 +32,19 @@ public:
         COLOR_BLUE = 2,
     };
 
+    /// The name of the headset.
     static const char* const HMD_NAME;
 
-    /// The panel, both eyes together: pixels, width in millimetres, width over height.
+    /// The panel with the halves of both eyes: width and height in pixels, width in millimetres,
+    /// and the ratio of width to height.
     static const int HMD_RESOLUTION_X;
     static const int HMD_RESOLUTION_Y;
     static const float HMD_SCREEN_SIZE_HORZ;
     static const float HMD_ASPECT_RATIO;
 
-    /// One eye: fields of view, width over height of its half of the panel, whether engines are to
-    /// apply the lens pre-distortion, and how large and stretched an eye image they should render.
+    /// One eye: the horizontal and vertical field of view in degrees, the ratio of width to height
+    /// of its half of the panel, whether engines have to apply the lens pre-distortion, the stretch
+    /// of the eye image, and the width of the eye image in pixels.
     static const float EYE_FOV_DEG;
     static const float EYE_FOV_Y_DEG;
     static const float EYE_ASPECT_RATIO;
@@ -49,13 +52,14 @@ public:
     static const float EYE_STRETCH;
     static const int EYE_RESOLUTION;
 
-    /// The default user: interpupillary distance, vertical and forward distance from neck to eyes.
+    /// The default user in metres: the interpupillary distance, and the upward and the forward
+    /// distance from the neck to the eyes.
     static const float USER_IPD_M;
     static const float USER_NECK_EYE_V_M;
     static const float USER_NECK_EYE_H_M;
 
-    /// The sensors' calibration, per axis of the tracker's frame and in decoded units: rad/s, g,
-    /// gauss. A sample becomes (sample - position offset) * magnitude offset.
+    /// The calibration of the sensors for each axis of the tracker's frame, in rad/s, g and gauss.
+    /// A sample becomes (sample - position offset) * magnitude offset.
     static const Vec3 GYROSCOPE_POSITION_OFFSET;
     static const Vec3 GYROSCOPE_MAGNITUDE_OFFSET;
     static const Vec3 ACCELEROMETER_POSITION_OFFSET;

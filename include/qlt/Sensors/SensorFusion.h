@@ -1,9 +1,3 @@
-// The orientation filter of the headset: integrates the gyroscope over the time that has really
-// passed and pulls the result slowly towards gravity, which removes drift in pitch and roll. Drift
-// in yaw is not corrected.
-//
-// Orientations turn sensor coordinates into world coordinates: right-handed, y up, -z forward. One
-// thread at a time.
 #pragma once
 
 #include <qlt/Export.h>
@@ -16,33 +10,40 @@
 namespace qlt
 {
 
+/// The orientation filter of the headset. It integrates the gyroscope over the time that has passed
+/// and pulls the result slowly towards gravity, which removes the drift of pitch and roll. It does
+/// not correct the drift of yaw.
+///
+/// Orientations turn sensor coordinates into world coordinates: right-handed, y up, -z forward. One
+/// thread at a time may use an object.
 class QLT_API SensorFusion
 {
 public:
-    /// Starts at the identity; the first step integrates from now on.
+    /// Starts at the identity. The first step integrates over the time since this call.
     SensorFusion();
 
-    /// The same on another clock, which must outlive this.
+    /// Does the same with another clock, which must outlive the filter.
     explicit SensorFusion(Clock& clock);
     ~SensorFusion();
     SensorFusion(const SensorFusion&) = delete;
     SensorFusion& operator=(const SensorFusion&) = delete;
 
-    /// One step with an acceleration of any scale (only its direction counts; a zero one makes the
-    /// orientation NaN) and an angular velocity in radians per second. deliberate: `magnetometer`
-    /// and `dt` change nothing, the step reads the clock. A rotation axis of exactly zero reports
-    /// the assertion of Vec3::Normalize and counts as no rotation.
+    /// Takes one step. Only the direction of `accelerometer` counts, so it may have any scale; a
+    /// zero vector makes the orientation NaN. `gyroscope` is an angular velocity in radians per
+    /// second. deliberate: `magnetometer` and `dt` change nothing, because the step reads the
+    /// clock. A rotation axis of exactly zero reports the assertion of Vec3::Normalize and turns
+    /// nothing.
     void Fuse(const Vec3& accelerometer, const Vec3& gyroscope, const Vec3& magnetometer, float dt);
 
-    /// The orientation after the last step; the reference stays valid and follows later steps.
+    /// The orientation after the last step. The reference stays valid and follows later steps.
     const Quaternion& GetQuaternion() const;
 
-    /// The orientation extrapolated with the last angular velocity to this moment. deliberate: `dt`
-    /// changes nothing.
+    /// The orientation, extrapolated with the last angular velocity to the moment of the call.
+    /// deliberate: `dt` changes nothing.
     Quaternion GetPredictedQuaternion(float dt) const;
 
-    /// Back to the identity. The last angular velocity and time stay, so that a prediction still
-    /// extrapolates.
+    /// Sets the orientation to the identity. The last angular velocity and time stay, so a
+    /// prediction still extrapolates.
     void Reset();
 
 private:

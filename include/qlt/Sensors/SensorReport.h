@@ -1,11 +1,3 @@
-// The sensor report of the headset and what it says.
-//
-// 64 bytes, little-endian:
-//    0 u32 sequence      4 u32 device time, us     8 4 x i16 quaternion z, w, x, y
-//   16 3 x i16 gyroscope                          22 3 x i16 accelerometer
-//   28 3 x i16 magnetometer                       34 i16 temperature
-//   36 u32 reserved A   40 u32 reserved B         44 3 x i32 position
-//   56 u32 reserved C   60 u32 reserved D
 #pragma once
 
 #include <qlt/Export.h>
@@ -19,11 +11,21 @@
 namespace qlt
 {
 
+/// The length of a sensor report in bytes.
 constexpr std::uint32_t SENSOR_REPORT_SIZE = 64;
 
+/// A sensor report as the headset sends it, little-endian:
+///
+///     offset  0 u32 sequence          4 u32 device time, us
+///             8 4 x i16 quaternion z, w, x, y
+///            16 3 x i16 gyroscope    22 3 x i16 accelerometer
+///            28 3 x i16 magnetometer 34 i16 temperature
+///            36 u32 reserved A       40 u32 reserved B
+///            44 3 x i32 position
+///            56 u32 reserved C       60 u32 reserved D
 using SensorReport = std::array<std::uint8_t, SENSOR_REPORT_SIZE>;
 
-/// Units per count.
+/// The value of one count of each sensor.
 struct SensorScales
 {
     float gyroscope = 1.0f;
@@ -33,7 +35,7 @@ struct SensorScales
     float position = 1.0f;
 };
 
-/// Those of the headset: rad/s, g, gauss, degrees Celsius, metres.
+/// The scales of the headset in rad/s, g, gauss, degrees Celsius and metres.
 constexpr SensorScales HEADSET_SCALES = {
     MathUtil::Deg2Rad(0.030517578f), // 1000 / 32768 degrees a second
     0.0001220703125f,                // 1 / 8192
@@ -42,7 +44,9 @@ constexpr SensorScales HEADSET_SCALES = {
     0.0001f,
 };
 
-/// A report in the tracker's frame (x right, y up, -z forward), calibrated.
+/// A decoded and calibrated report in the tracker's frame: x right, y up, -z forward. Gyroscope in
+/// rad/s, accelerometer in g, magnetometer in gauss, temperature in degrees Celsius, position in
+/// metres.
 struct SensorSample
 {
     std::uint32_t sequence = 0;
@@ -59,8 +63,8 @@ struct SensorSample
     std::uint32_t reservedD = 0;
 };
 
-/// Decodes and calibrates. A report whose four quaternion counts are all zero reports the assertion
-/// of Quaternion::Normalize and gives the zero quaternion. Any thread.
+/// Decodes and calibrates a report. Four quaternion counts of zero report the assertion of
+/// Quaternion::Normalize and give the zero quaternion. Any thread.
 QLT_API SensorSample DecodeSensorReport(const SensorReport& report,
                                         const SensorScales& scales = HEADSET_SCALES);
 

@@ -1,5 +1,3 @@
-// A tracker without hardware: a fixed, smooth motion, every event about a thousand times a second.
-// The motion goes on where it stopped when the tracker is started again.
 #pragma once
 
 #include <qlt/Export.h>
@@ -11,17 +9,20 @@
 namespace qlt
 {
 
+/// A tracker without hardware. It makes a fixed, smooth motion and raises every event about a
+/// thousand times a second. After a Stop and a Start the motion continues where it stopped.
 class QLT_API SimulatorTracker : public Tracker
 {
 public:
-    /// Paced by the machine's own clock.
+    /// Takes its pace from the machine's own clock.
     SimulatorTracker();
 
-    /// Paced by another clock, which must outlive this.
+    /// Takes its pace from another clock, which must outlive the tracker.
     explicit SimulatorTracker(Clock& clock);
     ~SimulatorTracker() override;
 
 protected:
+    /// Raises events until the tracker is stopped.
     void DoProcess() override;
 
 private:

@@ -1,13 +1,3 @@
-// The base of every source of head poses: the headset (Hmd), synthetic motion (SimulatorTracker).
-//
-// Between Start and Stop a processing thread of the tracker's own produces events; every event goes
-// to the listeners and updates the pose that the getters return. The application owns its listeners
-// and removes them, and stops the tracker, before it destroys the tracker.
-//
-// Threads: Start and Stop from one thread at a time; everything else from any thread at any time.
-// A recursive mutex guards the pose, the listeners and the thread; listeners are called with it
-// held. Orientations are right-handed, y up, -z forward, and turn head coordinates into world
-// coordinates.
 #pragma once
 
 #include <qlt/Export.h>
@@ -29,57 +19,70 @@ class ClientThread;
 class CurrentScene;
 class ListenerSet;
 
-/// deliberate: the order of the virtual operations is that of the slots that compiled clients rely
-/// on.
+/// The base of every source of head poses: Hmd for the headset and SimulatorTracker for synthetic
+/// motion.
+///
+/// Between Start and Stop the tracker's own processing thread raises events. Every event updates
+/// the pose that the getters return and is passed to the listeners. The application owns its
+/// listeners. It removes them and stops the tracker before it destroys the tracker.
+///
+/// One thread at a time may call Start and Stop; any thread may call everything else at any time. A
+/// recursive mutex guards the pose, the listeners and the thread. Listeners are called with it
+/// held. Orientations turn head coordinates into world coordinates: right-handed, y up, -z forward.
+///
+/// deliberate: compiled clients rely on the order of the virtual operations, so it never changes.
 class QLT_API Tracker
 {
 public:
-    /// Idle, at the zero position and the identity.
+    /// Creates an idle tracker with the zero position and the identity.
     Tracker();
 
-    /// Asserts that the tracker is stopped and has no listeners. One that is still started is
-    /// stopped here; a subclass calls EndProcessing in its own destructor for that.
+    /// Asserts that the tracker is stopped and has no listeners. A started tracker is stopped here;
+    /// a subclass calls EndProcessing in its own destructor to make that possible.
     virtual ~Tracker();
 
     Tracker(const Tracker&) = delete;
     Tracker& operator=(const Tracker&) = delete;
 
-    /// Starts the processing thread and the conversation with the host service, and returns true.
-    /// Goes on without object poses, silently, when the service's library is not there or refuses.
-    /// Asserts that the tracker is stopped; a second Start starts another thread beside the first.
-    /// std::system_error when there is no thread to be had.
+    /// Starts the processing thread and the conversation with the host service, and returns true. A
+    /// missing or refusing service library is silent; the tracker then has no object poses. A call
+    /// on a started tracker is reported as an assertion and starts another thread beside the first.
+    /// Throws std::system_error when the system starts no thread.
     bool Start();
 
-    /// Ends both, waits for them and returns true. Asserts that the tracker is started, and that
-    /// the host service's library did not refuse at Start. VRException when the service refuses to
-    /// disconnect. Never from a listener, which would wait for itself.
+    /// Ends both, waits for their ends and returns true. A call on an idle tracker is reported as
+    /// an assertion, and so is a service library that refused at Start. Throws VRException when the
+    /// service refuses to disconnect. A listener must not call it, because it would wait for
+    /// itself.
     bool Stop();
 
+    /// Whether the tracker is started. Any thread, without a lock.
     bool IsTracking() const;
 
-    /// Whether the device is there; always for a tracker without one.
+    /// Whether the device is connected; true for a tracker without a device.
     virtual bool IsConnected() const;
 
-    /// `listener` must live until it is removed. Asserts that it is not registered yet. Listeners
-    /// are called in the order of their addresses. A listener may call this, too: the added one is
-    /// called from the next event on.
+    /// Registers a listener, which must live until it is removed. A registered listener is reported
+    /// as an assertion. Listeners are called in the order of their addresses. A listener may call
+    /// this from inside an event; the new listener is called from the next event on.
     void AddListener(TrackerListener& listener);
 
-    /// Asserts that the listener is registered. After the return it is not called any more. A
-    /// listener may call this, too, for itself and for others.
+    /// Removes a listener; after the return it is not called any more. An unknown listener is
+    /// reported as an assertion. A listener may call this from inside an event, for itself and for
+    /// others.
     void RemoveListener(TrackerListener& listener);
 
-    /// The last orientation with the yaw origin applied. The reference follows later events: take
-    /// CopyOrientation to be sure of four values of one event.
+    /// The last orientation with the yaw origin applied. The reference follows later events without
+    /// a lock; CopyOrientation gives four values of one event.
     const Quaternion& GetOrientation() const;
 
-    /// The last orientation as a copy of one event, taken under the lock. Any thread.
+    /// The last orientation with the yaw origin applied, copied under the lock. Any thread.
     Quaternion CopyOrientation() const;
 
-    /// The last position, metres; the reference follows later events.
+    /// The last position in metres. The reference follows later events without a lock.
     const Vec3& GetPosition() const;
 
-    /// The last position as a copy of one event, metres, taken under the lock. Any thread.
+    /// The last position in metres, copied under the lock. Any thread.
     Vec3 CopyPosition() const;
 
     /// The orientation expected in `dt` seconds. deliberate: a tracker without a prediction of its
@@ -87,38 +90,40 @@ public:
     /// yaw origin applied once more.
     Quaternion GetPredictedOrientation(float dt) const;
 
-    /// The position expected in `dt` seconds: the last one. Metres.
+    /// The position that is expected in `dt` seconds, in metres. It is the last position.
     virtual Vec3 GetPredictedPosition(float dt) const;
 
-    /// Makes the current heading the forward direction (-z), pitch and roll stay. Calls no
-    /// listener. Reports assertions of Vec3 and is of no use when the head looks straight up or
-    /// down, or when it already faces forward or backward exactly.
+    /// Makes the current heading the forward direction (-z) and keeps pitch and roll. No listener
+    /// is called. A head that looks straight up or down, or exactly forward or backward, reports
+    /// assertions of Vec3 and gets the result of the formulas. Any thread.
     void ResetYawOrigin();
 
-    /// Poses of the objects that the host service tracks, metres; zero and identity for an object
-    /// that is not there. Object 0 is the head. deliberate: an object whose confidence is below
-    /// FLT_EPSILON has position zero, and still its orientation. VRException when the service
-    /// fails.
+    /// The pose of an object that the host service tracks, the position in metres. A missing object
+    /// has the zero position and the identity. Object 0 is the head, which GetClientPosition asks
+    /// for. deliberate: an object whose confidence is below FLT_EPSILON has the zero position and
+    /// keeps its orientation. Throws VRException when the service fails. Any thread.
     Vec3 GetObjectPosition(std::uint64_t index) const;
     Quaternion GetObjectOrientation(std::uint64_t index) const;
     Vec3 GetClientPosition() const;
 
 protected:
-    /// For GetPredictedOrientation, which applies the yaw origin to it.
+    /// The prediction of GetPredictedOrientation, which applies the yaw origin to it.
     virtual Quaternion GetPredictedQuaternion(float dt) const;
 
-    /// The body of the processing thread: raises events until ShouldStop is true. An exception that
-    /// leaves it ends the process.
+    /// The body of the processing thread. It raises events until ShouldStop is true. An exception
+    /// that leaves it ends the process.
     virtual void DoProcess() = 0;
 
+    /// Whether Stop waits for DoProcess to return. Any thread, without a lock.
     bool ShouldStop() const;
 
-    /// Asks the processing thread to end and waits for it, without becoming idle: for destructors
-    /// of subclasses, whose members a forgotten thread would still use.
+    /// Asks the processing thread to end and waits for it; the tracker does not become idle. A
+    /// destructor of a subclass calls it, because the thread of a tracker that nobody stopped would
+    /// still use the members of the subclass.
     void EndProcessing();
 
-    /// Raise an event on the calling thread: every listener is called, under the lock, before they
-    /// return. `time` is handed on. Assert that the tracker is started.
+    /// Raise an event on the calling thread. They call every listener under the lock and pass
+    /// `time` to it unchanged. An idle tracker is reported as an assertion.
     void NotifyAccelerometerEvent(const Vec3& acceleration, float time);
     void NotifyGyroscopeEvent(const Vec3& angularVelocity, float time);
     void NotifyMagnetometerEvent(const Vec3& field, float time);

@@ -19,7 +19,7 @@ packages_of()
     demo) echo "$demo" ;;
     linux) echo "$linux" ;;
     windows) echo "$linux g++-mingw-w64-x86-64-posix wine64 xvfb xz-utils" ;;
-    house) echo "$linux clang-format clang-tidy" ;;
+    house) echo "$linux clang-format clang-tidy doxygen" ;;
     *) fail "there is no group '$1'; groups are demo, linux, windows, house" ;;
     esac
 }

@@ -89,7 +89,7 @@ occurrences()
 run_house()
 {
     local good=0 broken=() check
-    for check in check_format check_tidy check_rooms; do
+    for check in check_format check_tidy check_rooms check_docs; do
         if "$check"; then
             good=$((good + 1))
         else
@@ -108,6 +108,11 @@ check_format()
 check_rooms()
 {
     python3 scripts/check_rooms.py
+}
+
+check_docs()
+{
+    scripts/docs.sh
 }
 
 # The files that the Linux build compiles, without the tests, in which a long function is a list.

@@ -1,0 +1,8 @@
+#!/bin/bash
+# docs.sh: makes the reference of both interfaces under build/docs/html. A warning is an error.
+set -euo pipefail
+
+cd "$(dirname "$0")/.."
+mkdir -p build/docs
+doxygen docs/Doxyfile
+echo "docs.sh: build/docs/html/index.html"

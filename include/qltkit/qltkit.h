@@ -7,5 +7,10 @@
 #include <qltkit/Capture/McapWriter.h>
 #include <qltkit/Error.h>
 #include <qltkit/Headset/HeadMotion.h>
+#include <qltkit/Headset/ReportTap.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
+#include <qltkit/Headset/Source.h>
 #include <qltkit/Tracking/ClockFit.h>
+#include <qltkit/Tracking/HeadTracker.h>
+#include <qltkit/Tracking/Pose.h>
+#include <qltkit/Tracking/TrackerEvent.h>

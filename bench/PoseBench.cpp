@@ -1,0 +1,52 @@
+// What one look at a pose costs beside a writer of 1000 reports a second: the last pose, one of the
+// past (interpolated), and one ahead (predicted). The time per item is to stay at most 25 ns.
+#include <qltkit/Tracking/HeadTracker.h>
+
+#include <benchmark/benchmark.h>
+
+#include <thread>
+
+namespace
+{
+
+/// A tracker on the simulator with a history of two seconds, shared by all that is measured.
+qltkit::HeadTracker& Tracker()
+{
+    static qltkit::HeadTracker tracker("simulator");
+    while (tracker.Latest().reportNumber < 2100)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return tracker;
+}
+
+void LatestPose(benchmark::State& state)
+{
+    qltkit::HeadTracker& tracker = Tracker();
+    for (auto _ : state)
+    {
+        benchmark::DoNotOptimize(tracker.Latest());
+    }
+}
+
+/// So many milliseconds from the last pose, with a look at that one now and then.
+void PoseAt(benchmark::State& state)
+{
+    constexpr int LOOK = 256;
+    qltkit::HeadTracker& tracker = Tracker();
+    std::int64_t timeNs = 0;
+    int looks = 0;
+    for (auto _ : state)
+    {
+        if (looks++ % LOOK == 0)
+        {
+            timeNs = tracker.Latest().timeNs + state.range(0) * 1000000 + 300000;
+        }
+        benchmark::DoNotOptimize(tracker.At(timeNs));
+    }
+}
+
+BENCHMARK(LatestPose);
+BENCHMARK(PoseAt)->ArgName("ms")->Arg(-1900)->Arg(-20)->Arg(20);
+
+} // namespace

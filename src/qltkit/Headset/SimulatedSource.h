@@ -1,0 +1,30 @@
+// The software headset on a USB port of its own, in real time.
+#pragma once
+
+#include <qltkit/Headset/SoftwareHeadset.h>
+#include <qltkit/Headset/Source.h>
+
+#include "Headset/Sleeper.h"
+
+namespace qltkit
+{
+
+class SimulatedSource final : public Source
+{
+public:
+    std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override;
+    std::string Name() const override { return "simulator"; }
+    std::int64_t NowNs() override { return qlt::Clock::System().NowNs(); }
+    void SleepNs(std::int64_t durationNs) override { mSleeper.SleepNs(durationNs); }
+    void Close() override { mSleeper.WakeAll(); }
+
+    /// The next report, when its time has come; false once the source is closed. For the endpoint.
+    bool ReadReport(std::uint8_t* buffer, std::uint32_t& length);
+
+private:
+    Sleeper mSleeper;
+    SoftwareHeadset mHeadset{1, false}; // only the reading thread touches what follows
+    std::chrono::steady_clock::time_point mDue{};
+};
+
+} // namespace qltkit

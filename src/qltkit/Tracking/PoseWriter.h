@@ -1,0 +1,63 @@
+// Makes poses and events of what the headset sends.
+//
+// Threads: all but Close on the one thread that reads reports.
+#pragma once
+
+#include <qlt/Sensors/TrackerListener.h>
+#include <qltkit/Headset/ReportTap.h>
+#include <qltkit/Tracking/HeadTracker.h>
+
+#include "Tracking/EventLine.h"
+#include "Tracking/PoseHistory.h"
+#include "Tracking/ReportTimer.h"
+
+#include <atomic>
+
+namespace qltkit
+{
+
+class PoseWriter final : public ReportSink, public qlt::TrackerListener
+{
+public:
+    /// History and events must outlive this.
+    PoseWriter(const HeadTrackerOptions& options, PoseHistory& history, EventLine& events)
+        : mFilter(options.filter)
+        , mSink(options.sink)
+        , mHistory(history)
+        , mEvents(events)
+    {
+    }
+
+    void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) override;
+    void OnLost(std::int64_t hostNs) override;
+
+    /// Of the core, for each report after OnReport has returned.
+    void OnGyroscopeEvent(const qlt::Vec3& angularVelocity, float time) override;
+    void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override;
+
+    /// From now on failing reads are of our own making, and no event. Any thread.
+    void Close() { mClosed = true; }
+
+private:
+    enum class Link
+    {
+        New,
+        Up,
+        Down,
+    };
+
+    bool Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int64_t hostNs);
+
+    const PoseFilter mFilter;
+    ReportSink* const mSink;
+    PoseHistory& mHistory;
+    EventLine& mEvents;
+    std::atomic<bool> mClosed{false};
+    ReportTimer mTimer;
+    Link mLink = Link::New;
+    std::uint32_t mDeviceUs = 0; // of the last report
+    bool mFresh = false;         // the last report was no repetition
+    PoseRecord mRecord;          // of the last report
+};
+
+} // namespace qltkit

@@ -1,0 +1,85 @@
+// The last records of one writer, for any number of readers. Nobody waits: the writer overwrites
+// the oldest record whether or not somebody reads it, and a reader notices.
+//
+// Each slot has a ticket that names the record in it, and is odd while the record is being written.
+// All words are atomic. A reader that has seen a word of a newer record has thereby (release and
+// acquire) also to see the newer ticket, when it looks at the ticket again.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace qltkit
+{
+
+template <typename Record, std::size_t SIZE>
+class SeqlockRing
+{
+    static_assert(std::is_trivially_copyable_v<Record>);
+    static_assert(sizeof(Record) % sizeof(std::uint64_t) == 0);
+    static_assert((SIZE & (SIZE - 1)) == 0);
+
+public:
+    /// On the one writing thread.
+    void Publish(const Record& record) noexcept
+    {
+        std::array<std::uint64_t, WORDS> words;
+        std::memcpy(words.data(), &record, sizeof record);
+        const std::uint64_t index = mCount.load(std::memory_order_relaxed);
+        Slot& slot = mSlots[index % SIZE];
+        slot.ticket.store(TicketOf(index) - 1, std::memory_order_relaxed);
+        for (std::size_t i = 0; i < WORDS; ++i)
+        {
+            slot.words[i].store(words[i], std::memory_order_release);
+        }
+        slot.ticket.store(TicketOf(index), std::memory_order_release);
+        mCount.store(index + 1, std::memory_order_release);
+    }
+
+    /// How many records there have been; the last one has the index Count() - 1.
+    std::uint64_t Count() const noexcept { return mCount.load(std::memory_order_acquire); }
+
+    /// The first bytes of a record, or all of it. False when it has been overwritten.
+    template <typename Part>
+    bool Read(std::uint64_t index, Part& part) const noexcept
+    {
+        static_assert(std::is_trivially_copyable_v<Part> && sizeof(Part) <= sizeof(Record));
+        static_assert(sizeof(Part) % sizeof(std::uint64_t) == 0);
+        std::array<std::uint64_t, sizeof(Part) / sizeof(std::uint64_t)> words;
+        const Slot& slot = mSlots[index % SIZE];
+        if (slot.ticket.load(std::memory_order_acquire) != TicketOf(index))
+        {
+            return false;
+        }
+        for (std::size_t i = 0; i < words.size(); ++i)
+        {
+            words[i] = slot.words[i].load(std::memory_order_acquire);
+        }
+        if (slot.ticket.load(std::memory_order_relaxed) != TicketOf(index))
+        {
+            return false;
+        }
+        std::memcpy(static_cast<void*>(&part), words.data(), sizeof part);
+        return true;
+    }
+
+private:
+    static constexpr std::size_t WORDS = sizeof(Record) / sizeof(std::uint64_t);
+
+    struct alignas(64) Slot
+    {
+        std::atomic<std::uint64_t> ticket{0};
+        std::array<std::atomic<std::uint64_t>, WORDS> words{};
+    };
+
+    static constexpr std::uint64_t TicketOf(std::uint64_t index) { return 2 * index + 2; }
+
+    std::array<Slot, SIZE> mSlots;
+    std::atomic<std::uint64_t> mCount{0};
+};
+
+} // namespace qltkit

@@ -1,0 +1,476 @@
+#include <qltkit/Tracking/HeadTracker.h>
+
+#include <qlt/Sensors/SensorReport.h>
+#include <qltkit/Error.h>
+
+#include "Tracking/SeqlockRing.h"
+#include "fakes/ManualClock.h"
+#include "fakes/ReportWriter.h"
+#include "fakes/ScriptedUsbHost.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace
+{
+
+using qlt::Quaternion;
+using qlt::Vec3;
+using qltkit::HeadTracker;
+using qltkit::HeadTrackerOptions;
+using qltkit::Pose;
+using qltkit::PoseFilter;
+using qltkit::PoseState;
+using qltkit::TrackerEvent;
+
+constexpr std::int64_t MS = 1000000;
+
+HeadTrackerOptions CoreOptions()
+{
+    HeadTrackerOptions options;
+    options.filter = PoseFilter::Core;
+    return options;
+}
+
+/// A tracker on a scripted headset, which is plugged in, and on a clock that the test moves.
+struct TrackedHead
+{
+    explicit TrackedHead(const HeadTrackerOptions& options = CoreOptions())
+    {
+        clock.nowNs = 5000 * MS;
+        host.Plug({});
+        tracker.emplace(host, clock, options);
+        clock.WaitForSleep(1); // it has looked for the headset
+    }
+
+    ~TrackedHead()
+    {
+        host.Unplug();
+        clock.KeepAwake();
+    }
+
+    /// Arrives now. The tracker is through with it when this returns.
+    void Deliver(const ReportWriter& report)
+    {
+        host.QueueRead(report);
+        host.WaitForIdle();
+    }
+
+    /// The next report, a millisecond after the last one.
+    void DeliverNext()
+    {
+        clock.nowNs += MS;
+        ++sequence;
+        Deliver(ReportWriter(sequence, sequence * 1000));
+    }
+
+    void WaitForState(PoseState state)
+    {
+        Until([&] { return tracker->Latest().state == state; });
+    }
+
+    /// And looks for the headset until it is there again, with a read under way.
+    void PlugAgain()
+    {
+        host.Plug({});
+        clock.Cycle();
+        host.WaitForIdle();
+    }
+
+    std::string PollAll()
+    {
+        std::string text;
+        while (const std::optional<TrackerEvent> event = tracker->PollEvent())
+        {
+            text += NameOf(*event);
+        }
+        return text;
+    }
+
+    static std::string NameOf(const TrackerEvent& event)
+    {
+        switch (event.kind)
+        {
+        case TrackerEvent::Kind::Connected:
+            return "connected ";
+        case TrackerEvent::Kind::Lost:
+            return "lost ";
+        case TrackerEvent::Kind::Back:
+            return "back ";
+        default:
+            return "gap" + std::to_string(event.reports) + " ";
+        }
+    }
+
+    std::uint32_t sequence = 0;
+    ScriptedUsbHost host;
+    ManualClock clock;
+    std::optional<HeadTracker> tracker;
+};
+
+float AngleBetween(const Quaternion& a, const Quaternion& b)
+{
+    const Quaternion d = a.Conjugate() * b;
+    return 2.0f * std::atan2(d.v().Length(), std::fabs(d.w()));
+}
+
+/// World up as the head sees it: pitch and roll without the heading.
+Vec3 UpInHead(const Quaternion& q) { return Quaternion::Rotate(q.Conjugate(), Vec3(0, 1, 0)); }
+
+} // namespace
+
+TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
+{
+    // r report, u unplug and plug in again, s a short read, g three reports are missing, d the last
+    // report once more, b the sequence steps back.
+    const struct
+    {
+        const char* script;
+        const char* events;
+    } cases[] = {
+        {"rrr", "connected "},
+        {"rurur", "connected lost back lost back "},
+        {"ruur", "connected lost back "}, // unplugged again before a report came
+        {"urr", "connected "},
+        {"rsrsr", "connected lost back lost back "},
+        {"rgrdrgr", "connected gap3 gap3 "},
+        {"rgugr", "connected lost back "}, // missing reports of an unplug are no gap
+        {"rrbrr", "connected "},
+    };
+    for (const auto& [script, events] : cases)
+    {
+        SCOPED_TRACE(script);
+        TrackedHead head;
+        std::mutex mutex;
+        std::string handled;
+        head.tracker->SetEventHandler(
+            [&](const TrackerEvent& event)
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                handled += TrackedHead::NameOf(event);
+            });
+        for (const char action : std::string(script))
+        {
+            switch (action)
+            {
+            case 'u':
+                head.host.Unplug();
+                Until([&] { return head.host.closed == head.host.opened; });
+                head.PlugAgain();
+                break;
+            case 's':
+                head.host.QueueRead(ReportWriter(1), 63);
+                Until([&] { return head.host.closed == head.host.opened; });
+                head.PlugAgain();
+                break;
+            case 'g':
+                head.sequence += 3;
+                break;
+            case 'd':
+                head.Deliver(ReportWriter(head.sequence, head.sequence * 1000));
+                break;
+            case 'b':
+                head.sequence -= 2;
+                break;
+            default:
+                head.DeliverNext();
+            }
+        }
+        EXPECT_EQ(head.PollAll(), events);
+        Until(
+            [&]
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                return handled.size() >= std::string(events).size();
+            });
+        head.tracker->SetEventHandler(nullptr);
+        EXPECT_EQ(handled, events);
+        EXPECT_EQ(head.tracker->Latest().state, PoseState::Tracking);
+    }
+}
+
+TEST(HeadTrackerTest, ReadersDoNotWaitForAStalledReadNorForAHandler)
+{
+    TrackedHead head;
+    EXPECT_EQ(head.tracker->Latest().state, PoseState::NeverSeen);
+    EXPECT_TRUE(head.tracker->At(0).clamped);
+    EXPECT_FALSE(head.tracker->Recentre());
+    std::atomic<bool> released{false};
+    std::atomic<bool> called{false};
+    head.tracker->SetEventHandler(
+        [&](const TrackerEvent&)
+        {
+            called = true;
+            Until([&] { return released.load(); });
+        });
+    head.DeliverNext();
+    Until([&] { return called.load(); });
+    const Pose last = head.tracker->Latest();
+    EXPECT_EQ(last.state, PoseState::Tracking);
+
+    head.clock.nowNs += 10000 * MS;
+    head.WaitForState(PoseState::Held);
+    constexpr int CALLS = 2000;
+    std::atomic<int> slow{0};
+    std::vector<std::thread> readers;
+    for (int reader = 0; reader < 16; ++reader)
+    {
+        readers.emplace_back(
+            [&, reader]
+            {
+                for (int i = 0; i < CALLS; ++i)
+                {
+                    const auto start = std::chrono::steady_clock::now();
+                    const Pose pose = i % 2 == 0 ? head.tracker->Latest()
+                                                 : head.tracker->At(last.timeNs + reader * 20 * MS);
+                    slow += std::chrono::steady_clock::now() - start > std::chrono::milliseconds(1);
+                    i % 16 == 0 ? head.tracker->Recentre() : head.tracker->PollEvent().has_value();
+                    if (pose.state != PoseState::Held || pose.sinceNs != last.timeNs)
+                    {
+                        ADD_FAILURE() << "the pose is not held";
+                        return;
+                    }
+                }
+            });
+    }
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
+    // Sixteen threads share few cores, so that now and then one is set aside in a call.
+    EXPECT_LT(slow, 16 * CALLS / 50);
+    head.DeliverNext();
+    EXPECT_EQ(head.tracker->Latest().state, PoseState::Tracking);
+    released = true;
+}
+
+TEST(HeadTrackerTest, APoseIsInterpolatedInThePastAndPredictedAheadWithinLimits)
+{
+    TrackedHead head;
+    std::vector<Pose> poses;
+    for (std::uint32_t i = 0; i < 3000; ++i)
+    {
+        head.clock.nowNs += MS;
+        ReportWriter report(i, i * 1000);
+        report.I16(16, static_cast<int>(3000 * std::sin(i * 0.01))).I16(18, 2000);
+        head.Deliver(report);
+        poses.push_back(head.tracker->Latest());
+    }
+    for (const std::size_t i : {1001u, 1500u, 2400u, 2998u})
+    {
+        const Pose& a = poses[i];
+        const Pose& b = poses[i + 1];
+        const Pose same = head.tracker->At(a.timeNs);
+        EXPECT_EQ(same.reportNumber, i + 1);
+        EXPECT_LT(AngleBetween(same.orientation, a.orientation), 1e-6f);
+        const Pose middle = head.tracker->At((a.timeNs + b.timeNs) / 2);
+        EXPECT_EQ(middle.timeNs, (a.timeNs + b.timeNs) / 2);
+        EXPECT_EQ(middle.deviceTimeUs, a.deviceTimeUs + 500);
+        const float half = AngleBetween(a.orientation, b.orientation) / 2.0f;
+        EXPECT_GT(half, 3e-4f);
+        EXPECT_NEAR(AngleBetween(a.orientation, middle.orientation), half, half * 1e-2f);
+        EXPECT_NEAR(AngleBetween(middle.orientation, b.orientation), half, half * 1e-2f);
+        EXPECT_FALSE(middle.clamped);
+    }
+    const Pose& last = poses.back();
+    const Pose ahead = head.tracker->At(last.timeNs + 50 * MS);
+    EXPECT_FALSE(ahead.clamped);
+    EXPECT_EQ(ahead.deviceTimeUs, last.deviceTimeUs + 50000);
+    EXPECT_NEAR(AngleBetween(last.orientation, ahead.orientation),
+                0.05f * last.angularVelocity.Length(), 1e-3f);
+
+    EXPECT_FALSE(head.tracker->At(last.timeNs + 100 * MS).clamped);
+    for (const std::int64_t late : {last.timeNs + 100 * MS + 1, std::int64_t{INT64_MAX}})
+    {
+        const Pose limit = head.tracker->At(late);
+        EXPECT_TRUE(limit.clamped);
+        EXPECT_EQ(limit.timeNs, last.timeNs + 100 * MS);
+    }
+    for (const std::int64_t early : {poses.front().timeNs, std::int64_t{INT64_MIN}})
+    {
+        const Pose limit = head.tracker->At(early);
+        EXPECT_TRUE(limit.clamped);
+        EXPECT_LE(limit.timeNs, last.timeNs - 2000 * MS);
+        EXPECT_GT(limit.timeNs, last.timeNs - 2100 * MS);
+    }
+}
+
+TEST(HeadTrackerTest, ThePoseOfAWideGapIsInterpolatedAlongTheArc)
+{
+    TrackedHead head;
+    head.DeliverNext();
+    ReportWriter turning(2, 2000);
+    turning.I16(18, 8000);
+    head.Deliver(turning);
+    const Pose a = head.tracker->Latest();
+    head.clock.nowNs += 400 * MS;
+    turning.U32(0, 3).U32(4, 402000);
+    head.Deliver(turning);
+    const Pose b = head.tracker->Latest();
+    const float whole = AngleBetween(a.orientation, b.orientation);
+    ASSERT_GT(whole, 1.0f);
+    const Pose part = head.tracker->At(a.timeNs + (b.timeNs - a.timeNs) / 4);
+    EXPECT_NEAR(AngleBetween(a.orientation, part.orientation), whole / 4.0f, 1e-4f);
+}
+
+TEST(HeadTrackerTest, RecentringTurnsTheHeadingForwardAndKeepsPitchAndRoll)
+{
+    constexpr float DEG = 0.017453293f;
+    const struct
+    {
+        const char* name;
+        float yaw, pitch, roll; // degrees, turned one after another in the head's axes
+    } cases[] = {
+        {"already forward", 0, 0, 0},    {"to the left", 90, 0, 0},
+        {"backward", 180, 0, 0},         {"up and to the right", -30, 60, 0},
+        {"tilted", 120, -20, 35},        {"straight up", 50, 90, 0},
+        {"straight down", -140, -90, 0}, {"upside down", 10, 0, 180},
+    };
+    for (const auto& [name, yaw, pitch, roll] : cases)
+    {
+        SCOPED_TRACE(name);
+        TrackedHead head;
+        head.DeliverNext();
+        // The same rate twice, first in no time and then for as long as the turn takes.
+        const auto turn = [&head](std::size_t offset, int counts, float angle)
+        {
+            ++head.sequence;
+            ReportWriter report(head.sequence, head.sequence * 1000);
+            report.I16(16, 0).I16(18, 0).I16(20, 0).I16(offset, angle < 0.0f ? -counts : counts);
+            head.Deliver(report);
+            const float rate = qlt::DecodeSensorReport(report).gyroscope.Length();
+            head.clock.nowNs += static_cast<std::int64_t>(std::fabs(angle) * DEG / rate * 1e9f);
+            report.U32(0, ++head.sequence);
+            head.Deliver(report);
+        };
+        turn(16, 16000, yaw);
+        turn(18, -16000, pitch);
+        turn(20, 16000, roll);
+        const Quaternion before = head.tracker->Latest().orientation;
+        EXPECT_TRUE(head.tracker->Recentre());
+        const Quaternion after = head.tracker->At(head.clock.nowNs - MS).orientation;
+        const Quaternion latest = head.tracker->Latest().orientation;
+        EXPECT_NEAR(after.Norm(), 1.0f, 1e-5f);
+        EXPECT_LT((UpInHead(latest) - UpInHead(before)).Length(), 1e-5f);
+        const Vec3 forward = Quaternion::Rotate(latest, Vec3(0, 0, -1));
+        const Vec3 top = Quaternion::Rotate(latest, Vec3(0, 1, 0));
+        const Vec3 heading = std::fabs(pitch) < 89.0f ? forward : pitch > 0.0f ? -top : top;
+        EXPECT_NEAR(heading.y(), std::sin(std::fabs(pitch) < 89.0f ? pitch * DEG : 0.0f), 0.03f);
+        EXPECT_NEAR(heading.x(), 0.0f, 1e-4f);
+        EXPECT_LT(heading.z(), 0.0f);
+    }
+}
+
+TEST(HeadTrackerTest, DriftAndLateWakeUpsLeaveTheTimeRight)
+{
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> delayNs(0.0, 5e6);
+    TrackedHead head;
+    double worst = 0.0;
+    std::int64_t lastNs = 0;
+    const std::int64_t beginNs = head.clock.nowNs;
+    for (std::uint32_t i = 0; i < 6000; ++i)
+    {
+        const std::int64_t truth = beginNs + static_cast<std::int64_t>(i * 1e6 * (1.0 + 200e-6));
+        const std::int64_t arrival = truth + static_cast<std::int64_t>(delayNs(random));
+        head.clock.nowNs = std::max(arrival, head.clock.nowNs.load());
+        head.Deliver(ReportWriter(i, 0u - 3000000u + i * 1000u)); // wraps after three seconds
+        const Pose pose = head.tracker->Latest();
+        ASSERT_LE(pose.timeNs, head.clock.nowNs);
+        ASSERT_GT(pose.timeNs, lastNs);
+        ASSERT_EQ(pose.deviceTimeUs, 4294967296 - 3000000 + i * 1000);
+        lastNs = pose.timeNs;
+        worst = i < 2000 ? 0.0 : std::max(worst, std::fabs(static_cast<double>(lastNs - truth)));
+    }
+    EXPECT_LT(worst, 0.3e6);
+}
+
+TEST(HeadTrackerTest, TheSimulatorIsReadByManyAndDestroyedWhileItRuns)
+{
+    std::optional<HeadTracker> tracker(std::in_place, "simulator", CoreOptions());
+    Until([&] { return tracker->Latest().state == PoseState::Tracking; });
+    std::vector<std::thread> readers;
+    for (int reader = 0; reader < 4; ++reader)
+    {
+        readers.emplace_back(
+            [&tracker, reader]
+            {
+                std::int64_t lastNs = 0;
+                while (tracker->Latest().reportNumber < 300)
+                {
+                    const Pose pose = tracker->Latest();
+                    const Pose past = tracker->At(pose.timeNs - 20 * MS);
+                    if (pose.timeNs < lastNs ||
+                        pose.deviceTimeUs != 999000 + 1000 * std::int64_t(pose.reportNumber) ||
+                        std::fabs(past.orientation.Norm() - 1.0f) > 1e-4f)
+                    {
+                        ADD_FAILURE() << "report " << pose.reportNumber << " is torn";
+                        return;
+                    }
+                    lastNs = pose.timeNs;
+                    tracker->SetEventHandler([](const TrackerEvent&) {});
+                    reader == 0 ? tracker->Recentre() : tracker->PollEvent().has_value();
+                }
+            });
+    }
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
+    const auto start = std::chrono::steady_clock::now();
+    tracker.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_THROW(HeadTracker("walk"), qltkit::Error);
+}
+
+TEST(SeqlockRingTest, ARecordIsNeverReadWhileItIsOverwritten)
+{
+    struct Record
+    {
+        std::array<std::uint64_t, 15> words;
+    };
+    qltkit::SeqlockRing<Record, 2> ring;
+    std::atomic<bool> done{false};
+    std::vector<std::thread> readers;
+    std::atomic<int> whole{0};
+    for (int reader = 0; reader < 2; ++reader)
+    {
+        readers.emplace_back(
+            [&]
+            {
+                Record record{};
+                while (!done || whole == 0)
+                {
+                    const std::uint64_t count = ring.Count();
+                    if (count == 0 || !ring.Read(count - 1, record))
+                    {
+                        continue;
+                    }
+                    ++whole;
+                    for (const std::uint64_t word : record.words)
+                    {
+                        if (word != count)
+                        {
+                            ADD_FAILURE() << "record " << count << " has a word of " << word;
+                            return;
+                        }
+                    }
+                }
+            });
+    }
+    for (std::uint64_t i = 1; i <= 300000; ++i)
+    {
+        Record record{};
+        record.words.fill(i);
+        ring.Publish(record);
+    }
+    done = true;
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
+}

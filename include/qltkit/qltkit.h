@@ -12,5 +12,10 @@
 #include <qltkit/Headset/Source.h>
 #include <qltkit/Tracking/ClockFit.h>
 #include <qltkit/Tracking/HeadTracker.h>
+#include <qltkit/Tracking/ImuSample.h>
+#include <qltkit/Tracking/OrientationEstimator.h>
+#include <qltkit/Tracking/OrientationState.h>
 #include <qltkit/Tracking/Pose.h>
+#include <qltkit/Tracking/Predictor.h>
+#include <qltkit/Tracking/Rotation.h>
 #include <qltkit/Tracking/TrackerEvent.h>

@@ -1,0 +1,290 @@
+#include <qltkit/Tracking/Predictor.h>
+
+#include <algorithm>
+#include <type_traits>
+
+namespace qltkit
+{
+namespace
+{
+
+using Weights = PredictorState::Weights;
+using Moment = PredictorState::Moment;
+using Horizon = PredictorState::Horizon;
+
+static_assert(std::is_trivially_copyable_v<PredictorState>, "its bytes are saved");
+
+constexpr std::size_t TERMS = PredictorState::TERMS;
+
+constexpr std::uint64_t MOMENT_US = 4900; // one in five samples, with some jitter
+constexpr std::uint64_t AHEAD_US[] = {20000, 50000, 100000};
+constexpr std::uint64_t LATE_US = 5000; // what comes later than this is not compared
+constexpr double GAP_SECONDS = 0.05;    // slopes do not reach over it
+
+constexpr double ACCELERATION_SECONDS = 0.003;
+constexpr double SMOOTH_SECONDS = 0.010;
+
+// Where fast changes outweigh the smooth acceleration (knocks, vibration, the noise at rest), the
+// accelerations tell little about the time ahead.
+constexpr double ROUGH_SECONDS = 0.05;
+constexpr double ROUGH_SHARE = 0.5;
+constexpr double LEAST_SQUARE = 0.01; // (rad/s^2)^2
+
+// Learning: how long it remembers, and how many squares of a typical rate and acceleration the
+// cautious weights count for. At rest they win.
+constexpr double MEMORY_SECONDS = 10.0;
+constexpr double CAUTION = 200.0;
+constexpr double TYPICAL_RATE = 0.2;         // rad/s
+constexpr double TYPICAL_ACCELERATION = 2.0; // rad/s^2
+constexpr Weights CAUTIOUS[] = {{1.0, 0.7, 0.0}, {1.0, 0.5, 0.0}, {1.0, 0.35, 0.0}};
+
+constexpr double RECENT_SECONDS = 5.0;
+
+double Seconds(std::uint64_t us) { return static_cast<double>(us) * 1e-6; }
+
+/// What a turn ahead is made of: the rate and both accelerations.
+std::array<Vector3, TERMS> TermsOf(const PredictorState& state)
+{
+    const double roughness = state.roughSquare / (state.smoothSquare + LEAST_SQUARE);
+    const double trust = 1.0 / (1.0 + ROUGH_SHARE * roughness);
+    return {state.rate, state.acceleration * trust, state.smooth * trust};
+}
+
+/// The turn in `seconds`.
+Vector3 Turn(const std::array<Vector3, TERMS>& terms, const Weights& weights, double seconds)
+{
+    const double half = 0.5 * seconds;
+    return (terms[0] * weights[0] + (terms[1] * weights[1] + terms[2] * weights[2]) * half) *
+           seconds;
+}
+
+double Determinant(const std::array<Weights, TERMS>& m)
+{
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
+           m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+           m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
+/// Least squares, drawn to the cautious weights.
+void Solve(Horizon& horizon, const Weights& cautious, double ahead)
+{
+    std::array<Weights, TERMS> squares = horizon.squares;
+    Weights products = horizon.products;
+    const double acceleration = 0.5 * ahead * TYPICAL_ACCELERATION;
+    const double pull[] = {CAUTION * TYPICAL_RATE * TYPICAL_RATE,
+                           CAUTION * acceleration * acceleration,
+                           CAUTION * acceleration * acceleration};
+    for (std::size_t i = 0; i < TERMS; ++i)
+    {
+        squares[i][i] += pull[i];
+        products[i] += pull[i] * cautious[i];
+    }
+    const double determinant = Determinant(squares);
+    for (std::size_t i = 0; i < TERMS; ++i)
+    {
+        std::array<Weights, TERMS> replaced = squares;
+        for (std::size_t row = 0; row < TERMS; ++row)
+        {
+            replaced[row][i] = products[row];
+        }
+        horizon.weights[i] = Determinant(replaced) / determinant;
+    }
+}
+
+/// `came` is the mean rate of the turn that came.
+void Learn(Horizon& horizon, const Moment& moment, const Vector3& came, double seconds)
+{
+    const double half = 0.5 * seconds;
+    const std::array<Vector3, TERMS> terms = {moment.terms[0], moment.terms[1] * half,
+                                              moment.terms[2] * half};
+    constexpr double KEEP = 1.0 - 0.005 / MEMORY_SECONDS;
+    for (std::size_t i = 0; i < TERMS; ++i)
+    {
+        for (std::size_t j = 0; j < TERMS; ++j)
+        {
+            horizon.squares[i][j] = KEEP * horizon.squares[i][j] + Dot(terms[i], terms[j]);
+        }
+        horizon.products[i] = KEEP * horizon.products[i] + Dot(terms[i], came);
+    }
+}
+
+/// Between the values of the horizons, and from `atZero` on: linear in `scale` of the seconds.
+template <typename Scale, typename Value>
+double Between(double seconds, double atZero, const Scale& scale, const Value& value)
+{
+    double before = 0.0;
+    double low = atZero;
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        const double ahead = Seconds(AHEAD_US[i]);
+        const double high = value(i);
+        if (seconds <= ahead)
+        {
+            return low +
+                   (high - low) * (scale(seconds) - scale(before)) / (scale(ahead) - scale(before));
+        }
+        before = ahead;
+        low = high;
+    }
+    return low;
+}
+
+double Linear(double seconds) { return seconds; }
+double Squared(double seconds) { return seconds * seconds; } // as errors grow
+
+double Clamped(double seconds)
+{
+    return seconds > 0.0 ? std::min(seconds, Predictor::MAX_AHEAD_SECONDS) : 0.0;
+}
+
+} // namespace
+
+Predictor::Predictor()
+{
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        mState.horizons[i].weights = CAUTIOUS[i];
+    }
+}
+
+void Predictor::Add(const OrientationEstimator& estimator)
+{
+    const OrientationState& state = estimator.GetState();
+    if (state.phase == OrientationState::Phase::Empty ||
+        (mState.started && state.elapsedUs == mState.timeUs))
+    {
+        return;
+    }
+    FollowMotion(estimator, Seconds(state.elapsedUs - mState.timeUs));
+    mState.timeUs = state.elapsedUs;
+    mState.jumps = state.jumps;
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        Compare(i);
+    }
+    const Moment& last = mState.past[(mState.moments - 1) % PredictorState::PAST];
+    if (state.phase == OrientationState::Phase::Tracking &&
+        (mState.moments == 0 || mState.timeUs - last.timeUs >= MOMENT_US))
+    {
+        Remember();
+    }
+}
+
+void Predictor::FollowMotion(const OrientationEstimator& estimator, double seconds)
+{
+    const Vector3 rate = estimator.GetAngularVelocity();
+    if (!mState.started || seconds > GAP_SECONDS)
+    {
+        mState.acceleration = mState.smooth = {};
+        mState.smoothSquare = mState.roughSquare = 0.0;
+    }
+    else
+    {
+        const Vector3 slope = (rate - mState.rate) * (1.0 / seconds);
+        mState.acceleration +=
+            (slope - mState.acceleration) * (seconds / (ACCELERATION_SECONDS + seconds));
+        mState.smooth +=
+            (mState.acceleration - mState.smooth) * (seconds / (SMOOTH_SECONDS + seconds));
+        const Vector3 rough = mState.acceleration - mState.smooth;
+        const double share = seconds / (ROUGH_SECONDS + seconds);
+        mState.roughSquare += (Dot(rough, rough) - mState.roughSquare) * share;
+        mState.smoothSquare += (Dot(mState.smooth, mState.smooth) - mState.smoothSquare) * share;
+    }
+    mState.started = true;
+    mState.rate = rate;
+    mState.orientation = estimator.GetOrientation();
+}
+
+/// Compares all moments whose horizon has come.
+void Predictor::Compare(std::size_t index)
+{
+    Horizon& horizon = mState.horizons[index];
+    bool learned = false;
+    for (; horizon.next != mState.moments; ++horizon.next)
+    {
+        const Moment& moment = mState.past[horizon.next % PredictorState::PAST];
+        const std::uint64_t passed = mState.timeUs - moment.timeUs;
+        if (passed + 500 < AHEAD_US[index]) // to the nearest sample
+        {
+            break;
+        }
+        if (passed > AHEAD_US[index] + LATE_US)
+        {
+            continue;
+        }
+        const Rotation turn = moment.orientation.Conjugate() * mState.orientation;
+        const Vector3 error =
+            RotationVector(RotationBy(moment.predicted[index]).Conjugate() * turn);
+        const double square = Dot(error, error);
+        ++horizon.compared;
+        horizon.errorSum += square;
+        const double share =
+            std::max(1.0 / static_cast<double>(horizon.compared), 0.005 / RECENT_SECONDS);
+        horizon.recentError += (square - horizon.recentError) * share;
+        if (moment.jumps == mState.jumps)
+        {
+            const double seconds = Seconds(passed);
+            Learn(horizon, moment, RotationVector(turn) * (1.0 / seconds), seconds);
+            learned = true;
+        }
+    }
+    if (learned)
+    {
+        Solve(horizon, CAUTIOUS[index], Seconds(AHEAD_US[index]));
+    }
+}
+
+void Predictor::Remember()
+{
+    Moment& moment = mState.past[mState.moments++ % PredictorState::PAST];
+    moment.timeUs = mState.timeUs;
+    moment.jumps = mState.jumps;
+    moment.orientation = mState.orientation;
+    moment.terms = TermsOf(mState);
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        moment.predicted[i] = Turn(moment.terms, mState.horizons[i].weights, Seconds(AHEAD_US[i]));
+    }
+}
+
+Rotation Predictor::Predict(double seconds) const
+{
+    const double ahead = Clamped(seconds);
+    Weights weights;
+    for (std::size_t term = 0; term < TERMS; ++term)
+    {
+        weights[term] = Between(ahead, term < 2 ? 1.0 : 0.0, Linear,
+                                [&](std::size_t i) { return mState.horizons[i].weights[term]; });
+    }
+    return Normalized(mState.orientation * RotationBy(Turn(TermsOf(mState), weights, ahead)));
+}
+
+double Predictor::GetError(double seconds) const
+{
+    return Between(Clamped(seconds), 0.0, Squared,
+                   [this](std::size_t i)
+                   {
+                       const Horizon& h = mState.horizons[i];
+                       return h.compared > 0
+                                  ? std::sqrt(h.errorSum / static_cast<double>(h.compared))
+                                  : 0.0;
+                   });
+}
+
+double Predictor::GetRecentError(double seconds) const
+{
+    return Between(Clamped(seconds), 0.0, Squared,
+                   [this](std::size_t i) { return std::sqrt(mState.horizons[i].recentError); });
+}
+
+bool Predictor::Restore(const PredictorState& state)
+{
+    if (state.version != PredictorState::VERSION)
+    {
+        return false;
+    }
+    mState = state;
+    return true;
+}
+
+} // namespace qltkit

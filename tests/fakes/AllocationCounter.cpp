@@ -8,14 +8,18 @@ namespace
 {
 
 std::atomic<long> gAllocations{0};
+thread_local long tAllocations = 0;
 
 } // namespace
 
 long AllocationCount() { return gAllocations; }
 
+long ThreadAllocationCount() { return tAllocations; }
+
 void* operator new(std::size_t size)
 {
     ++gAllocations;
+    ++tAllocations;
     if (void* memory = std::malloc(size))
     {
         return memory;

@@ -3,3 +3,6 @@
 
 /// Since the start of the process.
 long AllocationCount();
+
+/// Since the start of the calling thread, by that thread alone.
+long ThreadAllocationCount();

@@ -52,6 +52,9 @@ std::map<std::string, std::string> MetadataOf(const CaptureOptions& options,
 
 class CaptureWriter::Impl
 {
+private:
+    ReportRing mRing; // the first, because it begins a cache line
+
 public:
     Impl(const std::filesystem::path& path, const CaptureOptions& options);
     ~Impl() { Stop(); }
@@ -86,7 +89,6 @@ private:
     const std::string mName;
     qlt::Clock& mClock;
     const ClockPair mClocks;
-    ReportRing mRing;
     PostList mPosts;
 
     // Of the thread while it runs, of the caller before and after.
@@ -112,10 +114,10 @@ private:
 };
 
 CaptureWriter::Impl::Impl(const std::filesystem::path& path, const CaptureOptions& options)
-    : mName(TextOf(path))
+    : mRing(options.ringReports)
+    , mName(TextOf(path))
     , mClock(*options.clock)
     , mClocks(ReadClocks(options))
-    , mRing(options.ringReports)
     , mPosts(options.waitingBytes)
     , mFile(path)
     , mMcap([this](std::string_view bytes) { mFile.Append(bytes); })

@@ -4,6 +4,8 @@
 
 #include "CaptureFiles.h"
 
+#include "fakes/AllocationCounter.h"
+
 #include <cstdlib>
 
 using Kind = qltkit::CaptureItem::Kind;
@@ -110,16 +112,20 @@ TEST(CaptureWriterTest, WhatFindsNoRoomIsCountedInTheCapture)
     qltkit::CaptureWriter writer("overflow.mcap", options);
     const auto add = [&writer](std::uint8_t thread)
     {
+        long allocations = 0;
         for (std::uint32_t i = 0; i < EACH; ++i)
         {
             const qltkit::CaptureReport report{static_cast<std::uint8_t>(i),
                                                static_cast<std::uint8_t>(i >> 8), 0, thread};
+            const long before = ThreadAllocationCount();
             writer.AddReport(report.data());
+            allocations += ThreadAllocationCount() - before;
             if (i % 100 == 0)
             {
                 writer.AddText(qltkit::CaptureLevel::Info, std::string(100, 'x'));
             }
         }
+        EXPECT_EQ(allocations, 0);
     };
     std::thread other(add, std::uint8_t{1});
     add(0);

@@ -20,15 +20,6 @@ if(QLT_BUILD_TOOLS)
   include(cmake/Glfw.cmake)
 endif()
 
-# What an OpenGL context without a window needs.
-add_library(qlt_gl_context INTERFACE)
-if(WIN32)
-  target_link_libraries(qlt_gl_context INTERFACE qlt_glew gdi32)
-else()
-  find_package(OpenGL REQUIRED COMPONENTS EGL)
-  target_link_libraries(qlt_gl_context INTERFACE qlt_glew OpenGL::EGL)
-endif()
-
 if(QLT_BUILD_TESTS)
   # From source also where a library is installed, so that the sanitizers and Windows see it too.
   set(QLT_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "The GoogleTest sources")

@@ -28,7 +28,7 @@ ROOMS = [
     ("src/qlt/Sensors/Camera", ["qlt_camera_tests"], "^qlt_camera_tests"),
     ("src/qlt/Sensors/Lens", ["qlt_sensors_tests"], "^qlt_sensors_tests"),
     ("src/qlt/Sensors", ["qlt_sensors_tests"], "^qlt_sensors_tests"),
-    ("src/qlt/Render", ["qlt_render_tests"], "^qlt_render_tests"),
+    ("src/qlt/Render", ["qlt_render_tests", "qlt_glsl_tests"], "^qlt_(render|glsl)_tests"),
     ("src/qlt/qlt_c_api", ["qlt_sdk_tests", "qlt_flat_test"], "^(qlt_sdk_tests|flat)"),
     ("include/qlt", ["qlt_math_tests", "qlt_sensors_tests"], "^qlt_(math|sensors)_tests"),
     ("src/qltkit", ["qltkit_tests"], "^qltkit"),

@@ -1,8 +1,8 @@
 // The GLSL sources really compiled and drawn, the distortion with the command's lens pass.
-#include "GlContext.h"
-#include "GlProgram.h"
-#include "LensPass.h"
-#include "RenderTarget.h"
+#include "view/GlContext.h"
+#include "view/GlProgram.h"
+#include "view/LensPass.h"
+#include "view/RenderTarget.h"
 
 #include "fakes/PlainLens.h"
 

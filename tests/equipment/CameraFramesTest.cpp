@@ -1,7 +1,7 @@
 // The camera on the emulated bus, into real OpenGL.
 #include <qlt/Sensors/Camera.h>
 
-#include "GlContext.h"
+#include "view/GlContext.h"
 
 #include "equipment/EmulatedBus.h"
 #include "fakes/ScriptedUsbHost.h"

@@ -1,4 +1,4 @@
-#include "HeadsetSearch.h"
+#include "source/HeadsetSearch.h"
 
 #include "fakes/ScriptedUsbHost.h"
 

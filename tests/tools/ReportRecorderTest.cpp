@@ -1,4 +1,4 @@
-#include "ReportRecorder.h"
+#include "source/ReportRecorder.h"
 
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedUsbHost.h"

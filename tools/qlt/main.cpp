@@ -1,9 +1,9 @@
 // The command line of qlt. Exit codes: 0 done, 1 failed (one line on standard error), 2 not
 // understood.
-#include "Commands.h"
-#include "OptionChecks.h"
-#include "StandardOutput.h"
-#include "Terminal.h"
+#include "commands/Commands.h"
+#include "commands/OptionChecks.h"
+#include "output/StandardOutput.h"
+#include "output/Terminal.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,7 +1,7 @@
 // The camera with real OpenGL, and a scripted device.
 #include <qlt/Sensors/Camera.h>
 
-#include "GlContext.h"
+#include "view/GlContext.h"
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/ScriptedUsbHost.h"

@@ -1,3 +1,0 @@
-#include "UsbMemory.h"
-
-std::optional<long> UsbMemoryMb() { return std::nullopt; }

@@ -1,0 +1,40 @@
+#include "output/Terminal.h"
+
+#include <cstdio>
+
+#include <io.h>
+#include <windows.h>
+
+namespace
+{
+
+// The C runtime's descriptors, which the DLL and the program share.
+constexpr int STANDARD_OUTPUT = 1;
+constexpr int STANDARD_ERROR = 2;
+
+} // namespace
+
+bool StandardOutputIsTerminal() { return _isatty(STANDARD_OUTPUT) != 0; }
+
+bool PrepareStandardStreams()
+{
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    return output != nullptr && output != INVALID_HANDLE_VALUE;
+}
+
+// Not every error of a pipe has an errno of its own, and a pipe fails for nothing else.
+bool IsClosedPipe(int) { return GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_PIPE; }
+
+StandardOutputToError::StandardOutputToError()
+{
+    std::fflush(stdout);
+    mSaved = _dup(STANDARD_OUTPUT);
+    _dup2(STANDARD_ERROR, STANDARD_OUTPUT);
+}
+
+StandardOutputToError::~StandardOutputToError()
+{
+    std::fflush(stdout);
+    _dup2(mSaved, STANDARD_OUTPUT);
+    _close(mSaved);
+}

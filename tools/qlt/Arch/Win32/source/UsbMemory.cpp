@@ -1,0 +1,3 @@
+#include "source/UsbMemory.h"
+
+std::optional<long> UsbMemoryMb() { return std::nullopt; }

@@ -1,0 +1,265 @@
+#include "commands/Commands.h"
+
+#include <qlt/qlt.h>
+
+#include "Sensors/Lens/DistortConstants.h"
+#include "output/OutputFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace
+{
+
+using qlt::Vec2;
+using qlt::Vec3;
+
+using Triangle = std::array<int, 3>;
+
+struct Channel
+{
+    const char* name;
+    const char* color;
+    const Vec2* texture;
+};
+
+class Mesh
+{
+public:
+    explicit Mesh(const MeshOptions& options)
+        : mBuilder(options.resX, options.resY,
+                   options.rightEye ? qlt::Params::EYE_RIGHT : qlt::Params::EYE_LEFT,
+                   !options.strip)
+    {
+        mBuilder.BuildMesh();
+        channels = {{{"red", "#f00", mBuilder.GetTextureR()},
+                     {"green", "#0f0", mBuilder.GetTextureG()},
+                     {"blue", "#00f", mBuilder.GetTextureB()}}};
+        // Three indices of a list, or any three neighbours of a strip; what joins the rows of a
+        // strip has no area.
+        const int* index = mBuilder.GetIndices();
+        for (int i = 0; i + 2 < mBuilder.GetNumIndices(); i += options.strip ? 1 : 3)
+        {
+            const Triangle t = {index[i], index[i + 1], index[i + 2]};
+            if (t[0] != t[1] && t[1] != t[2] && t[0] != t[2])
+            {
+                triangles.push_back(t);
+            }
+        }
+    }
+
+    int Vertices() const { return mBuilder.GetNumVertices(); }
+    int Indices() const { return mBuilder.GetNumIndices(); }
+    const Vec3& Position(int vertex) const { return mBuilder.GetPosition()[vertex]; }
+
+    std::vector<Triangle> triangles;
+    std::array<Channel, 3> channels{};
+
+private:
+    qlt::DistortionMeshBuilder mBuilder;
+};
+
+double At(const Vec3& v, int axis) { return static_cast<double>(axis == 0 ? v.x() : v.y()); }
+
+double At(const Vec2& v, int axis) { return static_cast<double>(axis == 0 ? v.x() : v.y()); }
+
+void WriteObj(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
+{
+    file.Print(
+        "# Lens mesh of the %s eye, %d x %d cells. Texture coordinates: the green channel.\n",
+        options.rightEye ? "right" : "left", options.resX, options.resY);
+    for (int i = 0; i < mesh.Vertices(); ++i)
+    {
+        const Vec3& p = mesh.Position(i);
+        const Vec2& t = mesh.channels[1].texture[i];
+        file.Print("v %.9g %.9g %.9g\nvt %.9g %.9g\n", At(p, 0), At(p, 1),
+                   static_cast<double>(p.z()), At(t, 0), At(t, 1));
+    }
+    for (const Triangle& t : mesh.triangles)
+    {
+        file.Print("f %d/%d %d/%d %d/%d\n", t[0] + 1, t[0] + 1, t[1] + 1, t[1] + 1, t[2] + 1,
+                   t[2] + 1);
+    }
+    file.Close();
+}
+
+void WriteCsv(const Mesh& mesh, OutputFile& file)
+{
+    file.Write("vertex,x,y,depth,red_u,red_v,green_u,green_v,blue_u,blue_v\n");
+    for (int i = 0; i < mesh.Vertices(); ++i)
+    {
+        const Vec3& p = mesh.Position(i);
+        file.Print("%d,%.9g,%.9g,%.9g", i, At(p, 0), At(p, 1), static_cast<double>(p.z()));
+        for (const Channel& channel : mesh.channels)
+        {
+            file.Print(",%.9g,%.9g", At(channel.texture[i], 0), At(channel.texture[i], 1));
+        }
+        file.Write("\n");
+    }
+    file.Close();
+}
+
+/// The picture: an eye's viewport, as high for its width as the eye's half of the panel is.
+class Drawing
+{
+public:
+    Drawing(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
+        : mMesh(mesh)
+        , mOptions(options)
+        , mCenter(OnPaper(options.rightEye ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
+        , mFile(file)
+    {
+    }
+
+    void Draw()
+    {
+        mFile.Print("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %g %g\">\n",
+                    WIDTH + 2 * MARGIN, HEIGHT + 2 * MARGIN + CAPTION);
+        mFile.Write("<rect width=\"100%\" height=\"100%\" fill=\"#222\"/>\n");
+        mFile.Print(
+            "<clipPath id=\"lens\"><circle cx=\"%.3f\" cy=\"%.3f\" r=\"%.3f\"/></clipPath>\n",
+            mCenter.x, mCenter.y, RADIUS);
+        DrawViewport("#666");
+        mFile.Write("<g clip-path=\"url(#lens)\">\n");
+        DrawViewport("#000");
+        for (const Channel& channel : mMesh.channels)
+        {
+            DrawGrid(channel);
+        }
+        mFile.Write("</g>\n");
+        mFile.Print("<text x=\"%g\" y=\"%g\" font-family=\"sans-serif\" font-size=\"15\" "
+                    "fill=\"#ccc\">",
+                    MARGIN, HEIGHT + 2 * MARGIN + 6);
+        mFile.Print("A square grid on the panel, %s lens, %d x %d cells; grey: outside of the lens",
+                    mOptions.rightEye ? "right" : "left", mOptions.resX, mOptions.resY);
+        mFile.Write("</text>\n</svg>\n");
+        mFile.Close();
+    }
+
+private:
+    static constexpr double WIDTH = 640.0;
+    static constexpr double HEIGHT = 720.0;
+    static constexpr double MARGIN = 20.0;
+    static constexpr double CAPTION = 20.0;
+    static constexpr double LENS_CENTER_X =
+        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X); // of the right eye
+    /// Of the lens's edge: its unit is half the width on both axes, so it is a circle on the paper.
+    static constexpr double RADIUS =
+        static_cast<double>(qlt::DistortConstants::LENS_EDGE_RADIUS) * WIDTH / 2.0;
+    static constexpr int GRID = 24; // lines across the texture, and one less
+
+    struct Point
+    {
+        double x;
+        double y;
+    };
+
+    static Point OnPaper(double x, double y)
+    {
+        return {MARGIN + (x + 1.0) * 0.5 * WIDTH, MARGIN + (1.0 - y) * 0.5 * HEIGHT};
+    }
+
+    void DrawViewport(const char* color)
+    {
+        mFile.Print("<rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\" fill=\"%s\"/>\n", MARGIN,
+                    MARGIN, WIDTH, HEIGHT, color);
+    }
+
+    /// Whether the nearest point of a line to the lens's centre is inside of the lens.
+    bool MeetsLens(const Point& from, const Point& to) const
+    {
+        const double x = to.x - from.x;
+        const double y = to.y - from.y;
+        const double part = ((mCenter.x - from.x) * x + (mCenter.y - from.y) * y) / (x * x + y * y);
+        const double nearest = std::clamp(part, 0.0, 1.0);
+        return std::hypot(from.x + nearest * x - mCenter.x, from.y + nearest * y - mCenter.y) <=
+               RADIUS;
+    }
+
+    /// The lines of equal u and of equal v, interpolated in each triangle as graphics hardware
+    /// does.
+    void DrawGrid(const Channel& channel)
+    {
+        mFile.Print(
+            "<path fill=\"none\" stroke=\"%s\" stroke-width=\"1.6\" stroke-linecap=\"round\" "
+            "style=\"mix-blend-mode:screen\" d=\"",
+            channel.color);
+        for (const Triangle& t : mMesh.triangles)
+        {
+            for (int axis = 0; axis < 2; ++axis)
+            {
+                const std::array<double, 3> values = {At(channel.texture[t[0]], axis) * GRID,
+                                                      At(channel.texture[t[1]], axis) * GRID,
+                                                      At(channel.texture[t[2]], axis) * GRID};
+                const auto [low, high] = std::minmax_element(values.begin(), values.end());
+                // Not the edges of the texture, where it is limited and has no direction.
+                const int last = std::min(static_cast<int>(std::floor(*high)), GRID - 1);
+                for (int line = std::max(static_cast<int>(std::ceil(*low)), 1); line <= last;
+                     ++line)
+                {
+                    DrawLine(t, values, line);
+                }
+            }
+        }
+        mFile.Write("\"/>\n");
+    }
+
+    /// Where `value` lies in the triangle that has `values` at its corners.
+    void DrawLine(const Triangle& t, const std::array<double, 3>& values, double value)
+    {
+        std::vector<Point> crossings;
+        for (std::size_t a = 0; a < 3; ++a)
+        {
+            const std::size_t b = (a + 1) % 3;
+            // Half open, so that a corner belongs to one of its edges.
+            if ((values[a] <= value) == (values[b] <= value))
+            {
+                continue;
+            }
+            const double part = (value - values[a]) / (values[b] - values[a]);
+            const Vec3& p = mMesh.Position(t[a]);
+            const Vec3& q = mMesh.Position(t[b]);
+            crossings.push_back(OnPaper(At(p, 0) + part * (At(q, 0) - At(p, 0)),
+                                        At(p, 1) + part * (At(q, 1) - At(p, 1))));
+        }
+        if (crossings.size() == 2 && MeetsLens(crossings[0], crossings[1]))
+        {
+            mFile.Print("M%.1f %.1fL%.1f %.1f", crossings[0].x, crossings[0].y, crossings[1].x,
+                        crossings[1].y);
+        }
+    }
+
+    const Mesh& mMesh;
+    const MeshOptions& mOptions;
+    const Point mCenter; // of the lens
+    OutputFile& mFile;
+};
+
+} // namespace
+
+int RunMesh(const MeshOptions& options)
+{
+    OutputFile svg(options.svg);
+    OutputFile obj(options.obj);
+    OutputFile csv(options.csv);
+    const Mesh mesh(options);
+    if (!options.svg.empty())
+    {
+        Drawing(mesh, options, svg).Draw();
+    }
+    if (!options.obj.empty())
+    {
+        WriteObj(mesh, options, obj);
+    }
+    if (!options.csv.empty())
+    {
+        WriteCsv(mesh, csv);
+    }
+    std::printf("%s eye, %d x %d cells: %d vertices, %d indices of a %s, %zu triangles\n",
+                options.rightEye ? "right" : "left", options.resX, options.resY, mesh.Vertices(),
+                mesh.Indices(), options.strip ? "strip" : "list", mesh.triangles.size());
+    return 0;
+}

@@ -1,0 +1,196 @@
+#include "commands/Commands.h"
+
+#include <qlt/qlt.h>
+
+#include "output/Orientation.h"
+#include "output/StandardOutput.h"
+#include "output/Terminal.h"
+#include "source/Interrupt.h"
+#include "source/TrackerSource.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+namespace
+{
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// What the monitored tracker said last.
+class Latest final : public qlt::TrackerListener
+{
+public:
+    struct Pose
+    {
+        std::size_t reports = 0;
+        qlt::Quaternion orientation;
+        float temperature = 0.0f;
+    };
+
+    Latest(OrientationCsv& csv, const TrackerSource& source)
+        : mCsv(csv)
+        , mSource(source)
+    {
+    }
+
+    void OnTemperatureEvent(float temperature, float) override
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mPose.temperature = temperature;
+    }
+
+    void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mCsv.Write(mPose.reports, mSource.TimeUs(mPose.reports, time), orientation);
+        mPose.orientation = orientation;
+        ++mPose.reports;
+        lock.unlock();
+        if (mPose.reports == mSource.Reports())
+        {
+            mEnded = true;
+            mSource.Hold();
+        }
+    }
+
+    Pose Get() const
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mPose;
+    }
+
+    bool Ended() const { return mEnded; }
+
+private:
+    mutable std::mutex mMutex; // guards the pose
+    Pose mPose;
+    OrientationCsv& mCsv;
+    const TrackerSource& mSource;
+    std::atomic<bool> mEnded{false};
+};
+
+/// One line that is written over in a terminal, one line after another elsewhere.
+class Display
+{
+public:
+    std::chrono::milliseconds Period() const
+    {
+        return std::chrono::milliseconds(mTerminal ? 50 : 1000);
+    }
+
+    /// False when nobody can see it any more.
+    bool Show(const std::string& text)
+    {
+        if (!mTerminal)
+        {
+            std::printf("%s\n", text.c_str());
+            return FlushStandardOutput();
+        }
+        // Spaces instead of an escape sequence: not every console knows one.
+        std::printf("\r%-*s", static_cast<int>(mWidth), text.c_str());
+        mWidth = text.size();
+        return FlushStandardOutput();
+    }
+
+    ~Display()
+    {
+        if (mWidth != 0)
+        {
+            std::printf("\n");
+        }
+    }
+
+private:
+    const bool mTerminal = StandardOutputIsTerminal();
+    std::size_t mWidth = 0;
+};
+
+std::string Describe(const Latest::Pose& pose, std::size_t newReports, double elapsedS,
+                     double intervalS)
+{
+    if (pose.reports == 0)
+    {
+        return "no report yet";
+    }
+    std::array<char, 96> head{};
+    std::snprintf(head.data(), head.size(), "%6.1f s %5.0f reports/s %5.1f C  ", elapsedS,
+                  static_cast<double>(newReports) / intervalS,
+                  static_cast<double>(pose.temperature));
+    return head.data() + FormatOrientation(pose.orientation);
+}
+
+/// The poses of the first objects, as far as they have one: how many there are cannot be asked.
+std::string DescribeObjects(const qlt::Tracker& tracker)
+{
+    constexpr std::uint64_t SHOWN_OBJECTS = 8;
+    std::string text;
+    for (std::uint64_t i = 0; i < SHOWN_OBJECTS; ++i)
+    {
+        const qlt::Vec3 p = tracker.GetObjectPosition(i);
+        const qlt::Quaternion q = tracker.GetObjectOrientation(i);
+        if (p.IsZero() && q.w() == 1.0f)
+        {
+            continue;
+        }
+        std::array<char, 128> position{};
+        std::snprintf(position.data(), position.size(), "  object %u at %.3f %.3f %.3f m ",
+                      static_cast<unsigned>(i), static_cast<double>(p.x()),
+                      static_cast<double>(p.y()), static_cast<double>(p.z()));
+        text += position.data() + FormatAngles(q);
+    }
+    return text.empty() ? "  no objects" : text;
+}
+
+/// Shows `latest` until the time is over, the recording has ended or the user has enough.
+void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptions& options)
+{
+    using Seconds = std::chrono::duration<double>;
+    Display display;
+    const SteadyClock::time_point start = SteadyClock::now();
+    SteadyClock::time_point due = start + display.Period();
+    SteadyClock::time_point shown = start;
+    std::size_t shownReports = 0;
+    bool over = false;
+    while (!over)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const SteadyClock::time_point now = SteadyClock::now();
+        const double elapsedS = Seconds(now - start).count();
+        over = Interrupted() || latest.Ended() ||
+               (options.seconds > 0.0 && elapsedS >= options.seconds);
+        if (now >= due || (over && shown == start))
+        {
+            const Latest::Pose pose = latest.Get();
+            const double intervalS = Seconds(now - shown).count();
+            const bool isSeen =
+                display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS) +
+                             (options.objects ? DescribeObjects(tracker) : ""));
+            over = over || !isSeen;
+            shownReports = pose.reports;
+            shown = now;
+            due += display.Period();
+        }
+    }
+}
+
+} // namespace
+
+int RunMonitor(const MonitorOptions& options)
+{
+    OrientationCsv csv(options.csv);
+    TrackerSource source(options.source);
+    CatchInterrupts();
+    Latest latest(csv, source);
+    qlt::Tracker& tracker = source.Get();
+    tracker.AddListener(latest);
+    tracker.Start();
+    Watch(tracker, latest, options);
+    tracker.Stop();
+    tracker.RemoveListener(latest);
+    csv.Close();
+    return source.ExitCode();
+}

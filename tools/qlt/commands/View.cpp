@@ -1,0 +1,241 @@
+#include "commands/Commands.h"
+
+#include <qlt/qlt.h>
+
+#include "output/Orientation.h"
+#include "output/PngFile.h"
+#include "source/HeadsetSearch.h"
+#include "source/Interrupt.h"
+#include "source/TrackerSource.h"
+#include "view/GlContext.h"
+#include "view/HeadsetView.h"
+#include "view/Window.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace
+{
+
+using qlt::Params;
+using SteadyClock = std::chrono::steady_clock;
+
+/// The moment of a picture: the filter has settled, and the simulator looks a little down.
+constexpr double DEFAULT_MOMENT_S = 6.0;
+
+/// The source's tracker at work, and where its head was at the last report.
+class Head final : public qlt::TrackerListener
+{
+public:
+    /// Follows it for so many reports, or without an end.
+    Head(TrackerSource& source, std::size_t reports)
+        : mSource(source)
+        , mLastReport(reports)
+    {
+        mSource.Get().AddListener(*this);
+        mSource.Get().Start();
+    }
+
+    ~Head() override
+    {
+        Stop();
+        mSource.Get().RemoveListener(*this);
+    }
+
+    void OnOrientationEvent(const qlt::Quaternion&, float) override
+    {
+        if (mEnded)
+        {
+            return;
+        }
+        KeepOrientation();
+        if (++mReports == mLastReport)
+        {
+            mEnded = true;
+            mSource.Hold();
+        }
+    }
+
+    qlt::Quaternion Orientation()
+    {
+        if (mEnded && mYawIsToBeReset) // there will be no event to do it in
+        {
+            Stop();
+            KeepOrientation();
+        }
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mOrientation;
+    }
+
+    void ResetYaw() { mYawIsToBeReset = true; }
+
+    bool Ended() const { return mEnded; }
+
+    bool HasReport() const { return mReports != 0; }
+
+private:
+    /// Under the tracker's lock or without its thread: a held tracker would keep others waiting.
+    void KeepOrientation()
+    {
+        if (mYawIsToBeReset.exchange(false))
+        {
+            mSource.Get().ResetYawOrigin();
+        }
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mOrientation = mSource.Get().GetOrientation();
+    }
+
+    void Stop()
+    {
+        if (mSource.Get().IsTracking())
+        {
+            mSource.Get().Stop();
+        }
+    }
+
+    TrackerSource& mSource;
+    const std::size_t mLastReport;
+    std::atomic<std::size_t> mReports{0};
+    std::atomic<bool> mEnded{false};
+    std::atomic<bool> mYawIsToBeReset{false};
+    std::mutex mMutex; // guards the orientation
+    qlt::Quaternion mOrientation = qlt::Quaternion::Identity;
+};
+
+/// What the window's title says, every half second.
+class Title
+{
+public:
+    explicit Title(const std::string& source)
+        : mSource(source)
+    {
+    }
+
+    /// After each frame; true when there is a new text.
+    bool Update(const qlt::Quaternion& orientation)
+    {
+        ++mFrames;
+        const double elapsedS = std::chrono::duration<double>(SteadyClock::now() - mSince).count();
+        if (elapsedS < 0.5)
+        {
+            return false;
+        }
+        text = "qlt view: " + mSource + ", " + FormatAngles(orientation) +
+               OutputFile::Format(", %.0f frames/s", mFrames / elapsedS) +
+               " - D lens, R forward, Esc close";
+        mFrames = 0;
+        mSince = SteadyClock::now();
+        return true;
+    }
+
+    std::string text;
+
+private:
+    const std::string mSource;
+    int mFrames = 0;
+    SteadyClock::time_point mSince = SteadyClock::now();
+};
+
+int ShowWindow(const ViewOptions& options)
+{
+    TrackerSource source(options.source);
+    Head head(source, source.Reports());
+    bool lens = Params::EYE_DISTORT;
+    Window window(Params::HMD_RESOLUTION_X / 2, Params::HMD_RESOLUTION_Y / 2,
+                  [&](char key)
+                  {
+                      lens = key == 'D' ? !lens : lens;
+                      if (key == 'R' || key == ' ')
+                      {
+                          head.ResetYaw();
+                      }
+                  });
+    LoadOpenGl();
+    HeadsetView view(1);
+    Title title(options.source);
+    const SteadyClock::time_point start = SteadyClock::now();
+    const std::chrono::duration<double> length(options.seconds);
+    do
+    {
+        const qlt::Quaternion orientation = head.Orientation();
+        view.RenderEyes(orientation);
+        int width = 0;
+        int height = 0;
+        window.Use(width, height);
+        view.Present(width, height, lens);
+        if (title.Update(orientation))
+        {
+            window.SetTitle(title.text);
+        }
+    } while (window.Show() && (options.seconds <= 0.0 || SteadyClock::now() - start < length));
+    return source.ExitCode();
+}
+
+/// The head after so many seconds of its tracker's time.
+qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
+{
+    const auto patience = std::chrono::duration<double>(seconds + 10.0);
+    const SteadyClock::time_point start = SteadyClock::now();
+    Head head(source, source.ReportsIn(seconds));
+    while (!head.Ended() && !(Interrupted() && head.HasReport()))
+    {
+        if (Interrupted() || SteadyClock::now() - start > patience)
+        {
+            throw std::runtime_error("there are too few reports for a picture");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return head.Orientation();
+}
+
+/// Without the alpha, and the upper row first.
+std::vector<unsigned char> ForPng(const RenderTarget& target)
+{
+    const std::vector<unsigned char> pixels = target.Pixels();
+    const auto width = static_cast<std::size_t>(target.Width());
+    std::vector<unsigned char> picture;
+    picture.reserve(pixels.size() / 4 * 3);
+    for (std::size_t row = static_cast<std::size_t>(target.Height()); row-- > 0;)
+    {
+        for (std::size_t i = row * width * 4; i < (row + 1) * width * 4; i += 4)
+        {
+            picture.insert(picture.end(), &pixels[i], &pixels[i] + 3);
+        }
+    }
+    return picture;
+}
+
+int DrawPicture(const ViewOptions& options)
+{
+    OutputFile png(options.png);
+    CatchInterrupts();
+    if (options.source == "headset")
+    {
+        RequireHeadset(HeadsetPart::Sensors);
+    }
+    TrackerSource source(options.source, TrackerSource::Pace::Fastest);
+    const double seconds = options.seconds > 0.0 ? options.seconds : DEFAULT_MOMENT_S;
+    const qlt::Quaternion orientation = OrientationAfter(seconds, source);
+    const GlContext context;
+    LoadOpenGl();
+    HeadsetView view(2);
+    const RenderTarget panel(Params::HMD_RESOLUTION_X, Params::HMD_RESOLUTION_Y);
+    view.RenderEyes(orientation);
+    panel.Use();
+    view.Present(panel.Width(), panel.Height(), Params::EYE_DISTORT);
+    WritePng(png, panel.Width(), panel.Height(), 3, ForPng(panel));
+    std::printf("%s: %d x %d, %s\n", options.png.c_str(), panel.Width(), panel.Height(),
+                FormatAngles(orientation).c_str());
+    return source.ExitCode();
+}
+
+} // namespace
+
+int RunView(const ViewOptions& options)
+{
+    return options.png.empty() ? ShowWindow(options) : DrawPicture(options);
+}

@@ -1,0 +1,60 @@
+#include "source/InputFile.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+
+namespace
+{
+
+[[noreturn]] void Fail(const std::string& path, const std::string& reason)
+{
+    throw std::runtime_error("cannot read " + path + ": " + reason);
+}
+
+/// Whether reading might never end, or needs more than reading.
+bool IsDevice(const std::string& path)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_fifo(status) &&
+           !fs::is_directory(status);
+}
+
+} // namespace
+
+std::string ReadInput(const std::string& path)
+{
+    std::error_code error;
+    if (IsDevice(path))
+    {
+        Fail(path, "it is a device");
+    }
+    if (std::filesystem::is_directory(path, error))
+    {
+        Fail(path, "it is a folder");
+    }
+    const auto close = [](std::FILE* file) { std::fclose(file); };
+    const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"), close);
+    if (file == nullptr)
+    {
+        Fail(path, std::generic_category().message(errno));
+    }
+    std::string bytes;
+    std::array<char, 65536> block{};
+    for (std::size_t size = 1; size != 0;)
+    {
+        size = std::fread(block.data(), 1, block.size(), file.get());
+        bytes.append(block.data(), size);
+    }
+    if (std::ferror(file.get()) != 0)
+    {
+        Fail(path, std::generic_category().message(errno));
+    }
+    return bytes;
+}

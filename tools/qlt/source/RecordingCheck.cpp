@@ -1,0 +1,195 @@
+#include "source/RecordingCheck.h"
+
+#include "output/OutputFile.h"
+
+#include <algorithm>
+
+namespace
+{
+
+using Report = Recording::Report;
+
+// Bounds of a step, for each report that it counts: devices' clocks and hosts are not exact.
+constexpr std::int64_t MIN_STEP_US = 250;
+constexpr std::int64_t MAX_STEP_US = 4000;
+constexpr std::int64_t MAX_PAUSE_US = 10000000;
+
+std::uint32_t U32(const std::uint8_t* bytes)
+{
+    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
+           static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+}
+
+/// Of reports that begin at these bytes.
+RecordingStep StepFrom(const std::uint8_t* before, const std::uint8_t* after)
+{
+    return {static_cast<std::int32_t>(U32(after) - U32(before)),
+            static_cast<std::int32_t>(U32(after + 4) - U32(before + 4))};
+}
+
+/// Goes through the reports once. The last report that made sense is what the next is compared to.
+class Scan
+{
+public:
+    explicit Scan(const Recording& recording)
+        : mRecording(recording)
+        , mReports(recording.reports)
+    {
+        while (mNext < mReports.size())
+        {
+            Take(mNext);
+        }
+    }
+
+    RecordingCheck result;
+
+private:
+    void Take(std::size_t i)
+    {
+        mNext = i + 1;
+        const std::size_t last = mLast;
+        mLast = i;
+        if (IsSwapped(last, i))
+        {
+            if (i != 0)
+            {
+                NoteGap(last, i + 1);
+            }
+            Note(i, 1, "it is swapped with report " + std::to_string(i + 1));
+            mNext = i + 2;
+        }
+        else if (i != 0 && IsPlausible(StepBetween(mReports[last], mReports[i])))
+        {
+            NoteGap(last, i);
+        }
+        else if (i != 0)
+        {
+            TakeImplausible(last, i);
+        }
+    }
+
+    bool IsSwapped(std::size_t last, std::size_t i) const
+    {
+        if (i + 1 == mReports.size())
+        {
+            return false;
+        }
+        const RecordingStep back = StepBetween(mReports[i + 1], mReports[i]);
+        return back.reports == 1 && IsPlausible(back) &&
+               (i == 0 || IsPlausible(StepBetween(mReports[last], mReports[i + 1])));
+    }
+
+    void TakeImplausible(std::size_t last, std::size_t i)
+    {
+        const RecordingStep step = StepBetween(mReports[last], mReports[i]);
+        if (step.reports == 0 && step.timeUs == 0)
+        {
+            Note(i, 1, "it repeats report " + std::to_string(last));
+        }
+        else if (i + 1 < mReports.size() &&
+                 IsPlausible(StepBetween(mReports[last], mReports[i + 1])))
+        {
+            Note(i, 2, "it does not fit between the reports around it");
+            mLast = i + 1;
+            mNext = i + 2;
+        }
+        else if (const std::size_t shift = FindShift(i))
+        {
+            Note(i, mReports.size() - i,
+                 OutputFile::Format("from here on the reports begin %zu bytes late", shift));
+            mNext = mReports.size();
+        }
+        else
+        {
+            Note(i, 1,
+                 OutputFile::Format("the sequence steps by %d and the device time by %.6f s",
+                                    step.reports, step.timeUs / 1e6));
+        }
+    }
+
+    /// By how many bytes later the reports from this one on begin; 0 when they do not, or when no
+    /// shift makes sense of them.
+    std::size_t FindShift(std::size_t i)
+    {
+        constexpr std::size_t MAX_TRIES = 16; // a file that is no recording has a jump everywhere
+        std::size_t shift = 0;
+        if (mReports.size() - i >= 4 && ++mTries <= MAX_TRIES)
+        {
+            while (shift < Recording::REPORT_SIZE && !GoesOn(i, shift))
+            {
+                ++shift;
+            }
+        }
+        return shift % Recording::REPORT_SIZE;
+    }
+
+    /// Whether reports that begin so many bytes after this one go on for some steps.
+    bool GoesOn(std::size_t i, std::size_t shift) const
+    {
+        constexpr std::size_t ENOUGH = 8;
+        // Two bytes off, the sequence would count by 65536 and the time with it.
+        constexpr std::int32_t MAX_REPORTS = 100;
+        const std::uint8_t* bytes = mReports[i].data() + shift;
+        for (std::size_t step = 0; step < std::min(mReports.size() - i - 2, ENOUGH); ++step)
+        {
+            const std::uint8_t* next = bytes + Recording::REPORT_SIZE;
+            const RecordingStep found = StepFrom(bytes, next);
+            if (found.reports > MAX_REPORTS || !IsPlausible(found))
+            {
+                return false;
+            }
+            bytes = next;
+        }
+        return true;
+    }
+
+    void NoteGap(std::size_t last, std::size_t i)
+    {
+        const RecordingStep step = StepBetween(mReports[last], mReports[i]);
+        const std::int64_t lost = step.reports - 1;
+        std::string text;
+        if (step.timeUs > MAX_STEP_US * step.reports)
+        {
+            text = OutputFile::Format("it comes %.3f s after the one before", step.timeUs / 1e6);
+        }
+        if (lost > 0)
+        {
+            text += OutputFile::Format("%s%lld %s lost before it", text.empty() ? "" : ", and ",
+                                       static_cast<long long>(lost),
+                                       lost == 1 ? "report is" : "reports are");
+        }
+        if (!text.empty())
+        {
+            Note(i, 0, text);
+        }
+    }
+
+    void Note(std::size_t i, std::size_t implausibleSteps, const std::string& text)
+    {
+        result.faults.push_back({i, mRecording.playedUs[i], implausibleSteps == 0, text});
+        result.implausibleSteps += implausibleSteps;
+    }
+
+    const Recording& mRecording;
+    const std::vector<Report>& mReports;
+    std::size_t mLast = 0;
+    std::size_t mNext = 0;
+    std::size_t mTries = 0;
+};
+
+} // namespace
+
+std::uint32_t DeviceTimeUs(const Recording::Report& report) { return U32(report.data() + 4); }
+
+RecordingStep StepBetween(const Recording::Report& before, const Recording::Report& after)
+{
+    return StepFrom(before.data(), after.data());
+}
+
+bool IsPlausible(const RecordingStep& step)
+{
+    return step.reports > 0 && step.timeUs >= MIN_STEP_US * step.reports &&
+           step.timeUs <= MAX_STEP_US * step.reports + MAX_PAUSE_US;
+}
+
+RecordingCheck CheckRecording(const Recording& recording) { return Scan(recording).result; }

@@ -1,0 +1,81 @@
+#include "source/TrackerSource.h"
+
+#include "source/HeadsetSearch.h"
+
+#include <qlt/Sensors/SimulatorTracker.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+class ImpatientClock final : public qlt::Clock
+{
+public:
+    std::int64_t NowNs() override { return Clock::System().NowNs(); }
+    void SleepNs(std::int64_t) override {}
+};
+
+} // namespace
+
+TrackerSource::TrackerSource(const std::string& name, Pace pace)
+{
+    if (name == "simulator")
+    {
+        mClock = std::make_unique<ImpatientClock>();
+        mTracker = std::make_unique<qlt::SimulatorTracker>(
+            pace == Pace::Fastest ? *mClock : qlt::Clock::System());
+        return;
+    }
+    if (name == "headset")
+    {
+        mTracker = std::make_unique<qlt::Hmd>();
+        SayThatHeadsetIsAwaited();
+        return;
+    }
+    mRecording = LoadRecording(name);
+    mWhole = ReportFaults(*mRecording, name);
+    mPlayer = std::make_unique<RecordingPlayer>(*mRecording, pace);
+    auto tracker = std::make_unique<RecordingTracker>(*mPlayer);
+    mRecorded = tracker.get();
+    mTracker = std::move(tracker);
+}
+
+TrackerSource::~TrackerSource()
+{
+    if (mPlayer != nullptr)
+    {
+        mPlayer->Close(); // whose sleepers the end of the tracker would wait for
+    }
+}
+
+std::size_t TrackerSource::Reports() const { return mRecording ? mRecording->reports.size() : 0; }
+
+std::size_t TrackerSource::ReportsIn(double seconds) const
+{
+    std::ptrdiff_t reports = std::lround(seconds * 1000.0);
+    if (mRecording)
+    {
+        const auto& times = mRecording->playedUs;
+        const std::int64_t end = std::llround(seconds * 1e6);
+        reports = std::find_if(times.begin(), times.end(),
+                               [end](std::int64_t time) { return time > end; }) -
+                  times.begin();
+    }
+    return static_cast<std::size_t>(std::max<std::ptrdiff_t>(reports, 1));
+}
+
+std::int64_t TrackerSource::TimeUs(std::size_t report, float eventTime) const
+{
+    return mRecording ? mRecording->timesUs[report]
+                      : std::llround(static_cast<double>(eventTime) * 1e6);
+}
+
+void TrackerSource::Hold() const
+{
+    if (mRecorded != nullptr)
+    {
+        mRecorded->WaitForStop();
+    }
+}

@@ -30,6 +30,6 @@ else()
   set(CPACK_DEBIAN_PACKAGE_NAME libqueltasdk-dev)
   set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
   set(CPACK_DEBIAN_PACKAGE_DEPENDS
-      "libc6, libstdc++6, libopengl0, libglx0, libegl1, libglew2.2, libglfw3, libusb-1.0-0")
+      "libc6, libstdc++6, libopengl0, libglx0, libegl1, libglew2.2, libglfw3, libusb-1.0-0, libx11-6, libxrandr2")
 endif()
 include(CPack)

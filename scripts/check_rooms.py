@@ -5,10 +5,11 @@
     scripts/check_rooms.py --self-test    breaks each rule in a small tree and sees it noticed
 
 A room is a folder of a library: of include/qlt and src/qlt for the core, of include/qltkit and
-src/qltkit for the kit. A room may have sub-rooms; their public headers stay in the room's folder and
-belong to the sub-room that has the source of the same name. The wing of a room for one system is
+src/qltkit for the kit, of src/openxr for the OpenXR runtime. A room may have sub-rooms; their public
+headers stay in the room's folder and belong to the sub-room that has the source of the same name. The wing of a room for one system is
 src/LIBRARY/Arch/SYSTEM/ROOM; tools, tests and benchmarks may have wings too, in any folder called
-Arch. A wing includes its own headers; nothing else does. The kit sees only the core's public headers.
+Arch. A wing includes its own headers; nothing else does. A library sees only the public headers of
+those below it.
 """
 
 import pathlib
@@ -22,13 +23,21 @@ ROOMS = {
     "qlt": ["Runtime", "Math", "Sensors/Lens", "Sensors/HostService", "Sensors", "Sensors/Headset",
             "Sensors/Camera", "Render", "qlt_c_api"],
     "qltkit": ["Capture", "Headset", "Tracking", "Diagnosis", "qltkit_c_api"],
+    "openxr": ["State", "Optics", "Tracking", "Graphics", "Compositor", "Settings", "Api"],
 }
 LIBRARIES = list(ROOMS)  # lowest first, too
 
-# The trees with C or C++ in them, and the third parties that each may include.
+# Of these, users include headers as <LIBRARY/...>; the runtime has none, and <openxr/...> is the
+# registry's.
+WITH_HEADERS = ("qlt", "qltkit")
+
+# The trees with C or C++ in them, and the third parties that each may include. A folder that is
+# named counts before the tree that it is in.
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
+    "src/openxr": ("openxr/", "GL/glcorearb.h", "nlohmann/", "generated/"),
+    "tests/openxr": ("openxr/", "generated/", "gtest/", "GL/glcorearb.h"),
     "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h", "GLFW/"),
     "bench": ("benchmark/",),
     "examples": (),
@@ -36,7 +45,7 @@ TREES = {
 }
 
 # Where an #include "..." is looked for, after the folder of the including file.
-INCLUDE_FOLDERS = ("src/qlt", "src/qltkit", "include", "tests", "tools/qlt", "bench")
+INCLUDE_FOLDERS = ("src/qlt", "src/qltkit", "src/openxr", "include", "tests", "tools/qlt", "bench")
 
 STANDARD_LIBRARY = set("""
     algorithm any array atomic bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes
@@ -80,6 +89,11 @@ def library_of(path):
     return LIBRARIES.index(parts[1]) if named else None
 
 
+def third_parties_of(path):
+    folder = "/".join(path.split("/")[:2])
+    return TREES.get(folder, TREES[path.split("/")[0]]) or ("\0",)
+
+
 def wing_of(path):
     """The folder .../Arch/SYSTEM that the file is in; None outside of a wing."""
     match = re.match(r"(?:.*/)?Arch/[^/]+/", path)
@@ -92,7 +106,7 @@ class House:
     def __init__(self, root):
         self.root = pathlib.Path(root)
         self.files = sorted(
-            file.relative_to(self.root).as_posix() for tree in TREES
+            file.relative_to(self.root).as_posix() for tree in TREES if "/" not in tree
             for file in (self.root / tree).rglob("*") if file.suffix in (".h", ".c", ".cpp"))
         self.known = set(self.files)
         self.includes = {}  # file -> [(line, included file of the tree)]
@@ -173,10 +187,10 @@ class House:
         if target is not None:
             self.includes[file].append((number, target))
             self.check_target(file, number, quote, target)
-        elif quote == '"' or name.split("/")[0] in LIBRARIES:
+        elif quote == '"' or name.split("/")[0] in WITH_HEADERS:
             self.report(file, number, f"{name} is not in the tree")
         elif name not in STANDARD_LIBRARY and "/Arch/" not in file:
-            if not name.startswith(TREES[file.split("/")[0]] or ("\0",)):
+            if not name.startswith(third_parties_of(file)):
                 self.report(file, number, f"<{name}> is neither standard C++ nor in a wing")
 
     def resolve(self, file, quote, name):

@@ -12,7 +12,8 @@ packages_of()
     local demo="g++ cmake ninja-build pkgconf libusb-1.0-0-dev libglew-dev libglfw3-dev libegl-dev
         libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
     local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest netpbm
-        libbenchmark-dev libumockdev-dev umockdev"
+        libbenchmark-dev libumockdev-dev umockdev libopenxr-dev libopenxr-loader1 libopenxr-utils
+        openxr-layer-corevalidation libx11-dev libxrandr-dev xvfb xauth"
     # Another source's packages of Node.js have npm inside, and conflict with Debian's.
     command -v npm >/dev/null || linux+=" nodejs npm"
     case $1 in

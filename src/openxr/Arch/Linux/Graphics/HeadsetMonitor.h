@@ -1,0 +1,29 @@
+// The monitor that is the headset's panel.
+#pragma once
+
+#include <openxr/openxr.h>
+
+#include <X11/Xlib.h>
+#include <string>
+
+namespace qltxr
+{
+
+struct HeadsetMonitor
+{
+    bool found = false;
+    std::string name;
+    int x = 0; // on the X screen, pixels
+    int y = 0;
+    unsigned width = 0;
+    unsigned height = 0;
+    XrDuration period = 0; // 0 when the monitor does not say
+};
+
+/// By the manufacturer that the monitors' identification data name.
+HeadsetMonitor FindHeadsetMonitor(Display* display);
+
+/// True for identification data of the headset's manufacturer.
+bool IsHeadsetEdid(const unsigned char* edid, unsigned long size);
+
+} // namespace qltxr

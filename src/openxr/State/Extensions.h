@@ -1,0 +1,49 @@
+// The extensions of the runtime, and which of them an instance has enabled.
+#pragma once
+
+#include "State/Failure.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qltxr
+{
+
+// Newer than the headers that this is built with.
+constexpr const char* LOCAL_FLOOR_NAME = "XR_EXT_local_floor";
+constexpr std::uint32_t LOCAL_FLOOR_VERSION = 1;
+constexpr auto REFERENCE_SPACE_TYPE_LOCAL_FLOOR = static_cast<XrReferenceSpaceType>(1000426000);
+
+constexpr const char* CONVERT_TIMESPEC_NAME = "XR_KHR_convert_timespec_time";
+
+/// The registry's number of an extension; 0 when the registry at build time does not know it.
+std::uint32_t ExtensionNumber(std::string_view name);
+
+class EnabledExtensions
+{
+public:
+    void Add(std::string_view name) { mNames.emplace_back(name); }
+    bool Has(std::string_view name) const;
+
+    /// True when a value of an enumeration is of the core, or of an extension that is enabled.
+    bool Defines(std::int64_t value) const;
+
+private:
+    std::vector<std::string> mNames;
+};
+
+enum class Enumeration
+{
+    ViewConfigurationType,
+    EnvironmentBlendMode,
+    ReferenceSpaceType,
+};
+
+/// Throws `unsupported` for a value that the registry has and the instance may use, and
+/// XR_ERROR_VALIDATION_FAILURE for any other.
+[[noreturn]] void RefuseValue(const EnabledExtensions& enabled, Enumeration enumeration,
+                              std::int64_t value, XrResult unsupported);
+
+} // namespace qltxr

@@ -1,0 +1,59 @@
+// Places and turns in double precision, as a program's poses are combined.
+#pragma once
+
+#include <openxr/openxr.h>
+
+#include <array>
+
+namespace qltxr
+{
+
+using Vector = std::array<double, 3>;
+
+inline Vector operator+(const Vector& a, const Vector& b)
+{
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+
+inline Vector operator-(const Vector& a, const Vector& b)
+{
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+/// A unit quaternion.
+struct Turn
+{
+    double w = 1.0;
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+
+    Turn Inverse() const { return {w, -x, -y, -z}; }
+    Vector operator*(const Vector& v) const;
+};
+
+/// First `b`, then `a`.
+Turn operator*(const Turn& a, const Turn& b);
+
+/// A place and a turn: what it maps is turned first and moved then.
+struct Rigid
+{
+    Turn turn;
+    Vector place{};
+
+    Rigid Inverse() const;
+    Vector operator*(const Vector& point) const { return turn * point + place; }
+};
+
+Rigid operator*(const Rigid& a, const Rigid& b);
+
+/// The quaternion is normalised.
+Rigid FromPose(const XrPosef& pose);
+XrPosef ToPose(const Rigid& rigid);
+XrVector3f ToVector(const Vector& v);
+
+/// XR_ERROR_POSE_INVALID for a quaternion whose length is more than 1 % off, and for values that
+/// are not finite.
+void RequirePose(const XrPosef& pose);
+
+} // namespace qltxr

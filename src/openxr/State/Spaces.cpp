@@ -1,0 +1,98 @@
+#include "State/Spaces.h"
+
+#include <qlt/Sensors/Params.h>
+
+namespace qltxr
+{
+
+using qlt::Params;
+
+namespace
+{
+
+constexpr double STANDING_NECK_M = 1.55; // where qlt view has the neck
+
+bool IsView(const SpaceOrigin& space)
+{
+    return !space.isAction && space.type == XR_REFERENCE_SPACE_TYPE_VIEW;
+}
+
+XrSpaceLocationFlags FlagsOf(bool known, bool orientationTracked, bool positionTracked)
+{
+    if (!known)
+    {
+        return 0;
+    }
+    return XR_SPACE_LOCATION_ORIENTATION_VALID_BIT | XR_SPACE_LOCATION_POSITION_VALID_BIT |
+           (orientationTracked ? XR_SPACE_LOCATION_ORIENTATION_TRACKED_BIT : 0) |
+           (positionTracked ? XR_SPACE_LOCATION_POSITION_TRACKED_BIT : 0);
+}
+
+} // namespace
+
+Person DefaultPerson()
+{
+    const double up = Params::USER_NECK_EYE_V_M;
+    return {Params::USER_IPD_M, up, Params::USER_NECK_EYE_H_M, STANDING_NECK_M + up};
+}
+
+Rigid HeadPose(const Turn& orientation, const Person& person)
+{
+    const Vector neckToEye = {0.0, person.neckToEyeUpM, -person.neckToEyeForwardM};
+    return {orientation, orientation * neckToEye - neckToEye};
+}
+
+Rigid PlaceOf(const SpaceOrigin& space, const Rigid& head, const Person& person)
+{
+    if (space.isAction)
+    {
+        return {};
+    }
+    switch (space.type)
+    {
+    case XR_REFERENCE_SPACE_TYPE_VIEW:
+        return head * space.offset;
+    case XR_REFERENCE_SPACE_TYPE_LOCAL:
+        return space.offset;
+    default: // STAGE and LOCAL_FLOOR
+        return Rigid{{}, {0.0, -person.eyeHeightM, 0.0}} * space.offset;
+    }
+}
+
+bool NeedsHead(const SpaceOrigin& space, const SpaceOrigin& base)
+{
+    return IsView(space) != IsView(base);
+}
+
+void Locate(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
+            const Person& person, XrSpaceLocation& location, XrSpaceVelocity* velocity)
+{
+    const bool needsHead = NeedsHead(space, base);
+    const bool known = !space.isAction && !base.isAction && (!needsHead || head.known);
+    // Without the head, both are fixed or both are on the head: its place does not matter.
+    const Rigid place = known ? PlaceOf(base, needsHead ? head.pose : Rigid{}, person).Inverse() *
+                                    PlaceOf(space, needsHead ? head.pose : Rigid{}, person)
+                              : Rigid{};
+    location.pose = ToPose(place);
+    location.locationFlags = FlagsOf(known, !needsHead || head.tracked, !needsHead);
+    if (velocity == nullptr)
+    {
+        return;
+    }
+    Vector turning{};
+    if (known && needsHead)
+    {
+        const Turn toBase = PlaceOf(base, head.pose, person).turn.Inverse();
+        turning = toBase * head.angularVelocity;
+        turning = IsView(space) ? turning : Vector{} - turning;
+    }
+    velocity->angularVelocity = ToVector(turning);
+    velocity->linearVelocity = {};
+    velocity->velocityFlags = known ? XR_SPACE_VELOCITY_ANGULAR_VALID_BIT : 0;
+    if (known && !needsHead)
+    {
+        velocity->velocityFlags |= XR_SPACE_VELOCITY_LINEAR_VALID_BIT;
+    }
+}
+
+} // namespace qltxr

@@ -196,6 +196,12 @@ class QltTest(unittest.TestCase):
         torn = b"".join(whole[:250]) + whole[250][:20] + whole[250][37:] + b"".join(whole[251:])
         late = [report(1000 + i, 5000000 + 1000 * i + (i >= 100) * 56000) for i in range(500)]
         again = [report(1 + i, 1000 * i) for i in range(100)]
+        repeats = [f"{11 + 2 * i} (0.0{10 + i} s): it repeats report {10 + 2 * i}"
+                   for i in range(5)]
+
+        def twice(reports):
+            return [r for r in reports for _ in (1, 2)]
+
         for data, code, lines in (
                 (whole, 0, []),
                 (whole[:100] + whole[103:], 0, ["100 (0.103 s): 3 reports are lost before it"]),
@@ -211,18 +217,22 @@ class QltTest(unittest.TestCase):
                                           "device time by -5.399000 s"]),
                 (whole[:5] * 2 + whole[5:], 0, ["5 (0.004 s): the sequence steps by -4 and the "
                                                 "device time by -0.004000 s"]),
-                (whole[:10] + [r for r in whole[10:14] for _ in (1, 2)] + whole[14:], 0,
-                 [f"{11 + 2 * i} (0.0{10 + i} s): it repeats report {10 + 2 * i}"
-                  for i in range(4)]),
-                (whole[:10] + [r for r in whole[10:16] for _ in (1, 2)] + whole[16:], 1,
-                 [f"{11 + 2 * i} (0.0{10 + i} s): it repeats report {10 + 2 * i}"
-                  for i in range(6)] + ["is not a recording: 6 of its 505 steps are implausible, "
-                                        "the first at report 11 (0.010 s): it repeats report 10"]),
-                ([torn], 1, ["251 (0.250 s): from here on the reports begin 47 bytes late",
+                # A hundredth of the steps, and a little more.
+                (whole[:10] + twice(whole[10:15]) + whole[15:496], 0, repeats),
+                (whole[:10] + twice(whole[10:15]) + whole[15:495], 1,
+                 repeats + ["is not a recording: 5 of its 499 steps are implausible, the first at "
+                            "report 11 (0.010 s): it repeats report 10"]),
+                (b"".join(b"torn" * 16 if i in (9, 99, 199) else r for i, r in enumerate(whole)), 1,
+                 [f"{i} (0.{i - 1:03} s): it does not fit between the reports around it"
+                  for i in (9, 99, 199)] +
+                 ["is not a recording: 6 of its 499 steps are implausible, the first at report 9 "
+                  "(0.008 s): it does not fit between the reports around it"]),
+                (torn, 1, ["251 (0.250 s): from here on the reports begin 47 bytes late",
                              "is not a recording: 248 of its 498 steps are implausible, the first "
                              "at report 251 (0.250 s): from here on the reports begin 47 bytes late"
                              ])):
-            pathlib.Path(self.path("r.bin")).write_bytes(b"".join(data))
+            pathlib.Path(self.path("r.bin")).write_bytes(
+                data if isinstance(data, bytes) else b"".join(data))
             expected = [f"qlt: r.bin{' ' if line[0] == 'i' else ', report '}{line}"
                         for line in lines]
             for command in (["replay"], ["monitor", "--source"]):

@@ -49,12 +49,17 @@ Recording LoadRecording(const std::string& path)
     }
     recording.timesUs.push_back(DeviceTimeUs(recording.reports.front()));
     recording.playedUs.push_back(0);
+    std::size_t last = 0; // that made sense
     for (std::size_t i = 1; i < recording.reports.size(); ++i)
     {
         const RecordingStep step = StepBetween(recording.reports[i - 1], recording.reports[i]);
         recording.timesUs.push_back(recording.timesUs.back() + step.timeUs);
-        recording.playedUs.push_back(recording.playedUs.back() +
-                                     (IsPlausible(step) ? step.timeUs : 0));
+        const RecordingStep good = StepBetween(recording.reports[last], recording.reports[i]);
+        const bool goesOn = IsPlausible(good) || IsPlausible(step);
+        recording.playedUs.push_back(IsPlausible(good) ? recording.playedUs[last] + good.timeUs
+                                     : goesOn          ? recording.playedUs.back() + step.timeUs
+                                                       : recording.playedUs.back());
+        last = goesOn ? i : last;
     }
     return recording;
 }

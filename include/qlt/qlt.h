@@ -9,6 +9,7 @@
 #include <qlt/Render/Shaders.h>
 #include <qlt/Runtime/Assert.h>
 #include <qlt/Runtime/Clock.h>
+#include <qlt/Runtime/EventHandle.h>
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Runtime/VRException.h>
 #include <qlt/Runtime/VRStatus.h>

@@ -124,38 +124,49 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
     badSum[4] ^= 1;
     Bytes badThenGood = CutFrame(4096);
     std::copy_n(badSum.begin(), 24, badThenGood.begin() + 1024);
-    const std::string none = "error could not find new header\n";
-    const std::string signature = "error head_sig is not valid\n";
-    const std::string checksum = "error head checksum is not valid\n";
-    const std::string found = "found header offset (0xdeadbeef) at 0x";
-    const std::tuple<Bytes, std::uint32_t, std::uint32_t, std::string> rows[] = {
-        {frame, FRAME, 0, ""},
-        {frame, 3, 0, none},
-        {frame, 4, 0, ""},
-        {CutFrame(4096), FRAME, 4096, signature + found + "1000\n"},
-        {CutFrame(4), FRAME, 4, signature + found + "4\n"},
-        {CutFrame(FRAME - 4), FRAME, FRAME - 4, signature + found + "1ffc\n"},
-        {CutFrame(FRAME - 4), FRAME - 4, 0, signature + none},
-        {CutFrame(4098), FRAME, 0, signature + none}, // not on a word
-        {Bytes(FRAME, 0x5A), FRAME, 0, signature + none},
-        {Bytes(24, 0x5A), 3, 0, signature + none},
-        {badSum, FRAME, 0, checksum + checksum + none},
-        {badThenGood, FRAME, 4096, signature + checksum + found + "1000\n"},
+    using Beginning = qlt::HeaderSearch::Beginning;
+    const std::tuple<Bytes, std::uint32_t, qlt::HeaderSearch> rows[] = {
+        {frame, FRAME, {Beginning::Header, 0, true, 0}},
+        {frame, 3, {Beginning::Header, 0, false, 0}},
+        {frame, 4, {Beginning::Header, 0, true, 0}},
+        {CutFrame(4096), FRAME, {Beginning::NoSignature, 0, true, 4096}},
+        {CutFrame(4), FRAME, {Beginning::NoSignature, 0, true, 4}},
+        {CutFrame(FRAME - 4), FRAME, {Beginning::NoSignature, 0, true, FRAME - 4}},
+        {CutFrame(FRAME - 4), FRAME - 4, {Beginning::NoSignature, 0, false, 0}},
+        {CutFrame(4098), FRAME, {Beginning::NoSignature, 0, false, 0}}, // not on a word
+        {Bytes(24, 0x5A), 3, {Beginning::NoSignature, 0, false, 0}},
+        {badSum, FRAME, {Beginning::WrongSum, 1, false, 0}},
+        {badThenGood, FRAME, {Beginning::NoSignature, 1, true, 4096}},
     };
-    for (const auto& [bytes, length, offset, text] : rows)
+    for (const auto& [bytes, length, expected] : rows)
     {
         // The last words of a cut header lie behind the length.
         std::vector<std::uint32_t> words(bytes.size() / 4 + 6);
         std::memcpy(words.data(), bytes.data(), bytes.size());
-        if (offset > FRAME - 24)
+        if (expected.offset > FRAME - 24)
         {
-            std::memcpy(&words[offset / 4], Frame(1).data(), 24);
+            std::memcpy(&words[expected.offset / 4], Frame(1).data(), 24);
         }
-        std::cerr << std::dec;
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(qlt::FindHeader(words.data(), length), offset);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), text);
+        const qlt::HeaderSearch search = qlt::FindHeader(words.data(), length);
+        EXPECT_EQ(
+            std::tie(search.beginning, search.wrongSums, search.found, search.offset),
+            std::tie(expected.beginning, expected.wrongSums, expected.found, expected.offset));
     }
+}
+
+// The texts of every result: a signature with a wrong sum at the beginning and again in the scan, a
+// frame without a header, and a header with a wrong sum before it.
+TEST_F(VRUsbStreamAsyncTest, SaysWhatItMetBeforeTheFirstHeader)
+{
+    Bytes badSum = Frame(1);
+    badSum[4] ^= 1;
+    host.Queue({{badSum}, {Frame(2)}});
+    Start(true);
+    EXPECT_TRUE(Delivers(2));
+    Stop();
+    EXPECT_EQ(err.substr(0, err.find("error wait")),
+              "error head checksum is not valid\nerror head checksum is not valid\n"
+              "error could not find new header\n");
 }
 
 TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)

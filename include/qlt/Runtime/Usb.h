@@ -3,6 +3,7 @@
 #pragma once
 
 #include <qlt/Export.h>
+#include <qlt/Runtime/EventHandle.h>
 
 #include <cstdint>
 #include <memory>
@@ -54,7 +55,7 @@ public:
     /// event on Windows, and elsewhere an eventfd as a pointer of that value. The result is never
     /// null; a start that fails shows in Wait and in Finish.
     virtual std::unique_ptr<UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
-                                                       void* event);
+                                                       NativeEventHandle event);
 
     /// Ends every transfer of this endpoint that is in flight. They have failed when it returns.
     virtual void AbortTransfers();

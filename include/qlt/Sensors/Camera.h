@@ -60,7 +60,7 @@ private:
     unsigned int mTextureId = 0;
     RENDERER mRenderer;
     VRUsbStreamAsync* mStream;
-    void* mFrameEvent = nullptr; // the stream's
+    NativeEventHandle mFrameEvent = nullptr; // the stream's
 };
 
 } // namespace qlt

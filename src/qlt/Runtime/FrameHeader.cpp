@@ -1,7 +1,6 @@
 #include "Runtime/FrameHeader.h"
 
 #include <algorithm>
-#include <iostream>
 #include <numeric>
 
 namespace qlt
@@ -14,8 +13,8 @@ bool SumVanishes(const std::uint32_t* header)
     return std::accumulate(header, header + FRAME_HEADER_SIZE / sizeof *header, 0U) == 0;
 }
 
-/// The next signature, or `last`. Whole blocks are only counted in, which compilers turn into
-/// vector code, because there is no way out in the middle; finding they do not.
+/// The next signature, or `last`. Scan each block without an early exit, so that the compiler can
+/// vectorise it; search only inside a block that matched.
 const std::uint32_t* FindSignature(const std::uint32_t* first, const std::uint32_t* last)
 {
     constexpr std::ptrdiff_t BLOCK = 512;
@@ -34,35 +33,27 @@ const std::uint32_t* FindSignature(const std::uint32_t* first, const std::uint32
 
 } // namespace
 
-std::uint32_t FindHeader(const std::uint32_t* buffer, std::uint32_t length)
+HeaderSearch FindHeader(const std::uint32_t* buffer, std::uint32_t length)
 {
-    const bool hasSignature = buffer[0] == FRAME_SIGNATURE;
-    const bool isValid = hasSignature && SumVanishes(buffer);
-    if (!isValid)
-    {
-        std::cerr << (hasSignature ? "error head checksum is not valid"
-                                   : "error head_sig is not valid")
-                  << std::endl;
-    }
+    HeaderSearch search;
     const std::uint32_t* const last = buffer + length / sizeof *buffer;
-    if (isValid && last != buffer)
+    const bool isValid = SumVanishes(buffer);
+    if (buffer[0] == FRAME_SIGNATURE && isValid)
     {
-        return 0;
+        search.found = last != buffer;
+        return search;
     }
+    search.beginning = buffer[0] == FRAME_SIGNATURE ? HeaderSearch::Beginning::WrongSum
+                                                    : HeaderSearch::Beginning::NoSignature;
     const std::uint32_t* word = FindSignature(buffer, last);
     while (word != last && !SumVanishes(word))
     {
-        std::cerr << "error head checksum is not valid" << std::endl;
+        ++search.wrongSums;
         word = FindSignature(word + 1, last);
     }
-    if (word == last)
-    {
-        std::cerr << "error could not find new header" << std::endl;
-        return 0;
-    }
-    const auto offset = static_cast<std::uint32_t>((word - buffer) * 4);
-    std::cerr << "found header offset (0x" << std::hex << *word << ") at 0x" << offset << std::endl;
-    return offset;
+    search.found = word != last;
+    search.offset = search.found ? static_cast<std::uint32_t>((word - buffer) * 4) : 0;
+    return search;
 }
 
 } // namespace qlt

@@ -8,16 +8,14 @@
 // operation may be called from any thread, and sets the last error (SystemError.h) when it fails.
 #pragma once
 
+#include <qlt/Runtime/EventHandle.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace qlt
 {
-
-/// An event of the system: a kernel object on Windows, an eventfd elsewhere. What the host service
-/// lends may be waited for all the same; only what was created here is set, reset and closed.
-using NativeEventHandle = void*;
 
 constexpr std::uint32_t WAIT_FOREVER = 0xFFFFFFFFU;
 

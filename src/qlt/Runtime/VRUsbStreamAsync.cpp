@@ -45,6 +45,39 @@ struct Statistics
     }
 };
 
+/// deliberate: after a header past the beginning, standard error stays hexadecimal, because this is
+/// part of the interface.
+void Print(const qlt::HeaderSearch& search)
+{
+    using Beginning = qlt::HeaderSearch::Beginning;
+    if (search.beginning == Beginning::NoSignature)
+    {
+        std::cerr << "error head_sig is not valid" << std::endl;
+    }
+    const std::uint32_t wrongAtBeginning = search.beginning == Beginning::WrongSum ? 1 : 0;
+    for (std::uint32_t i = 0; i < search.wrongSums + wrongAtBeginning; ++i)
+    {
+        std::cerr << "error head checksum is not valid" << std::endl;
+    }
+    if (!search.found)
+    {
+        std::cerr << "error could not find new header" << std::endl;
+    }
+    else if (search.beginning != Beginning::Header)
+    {
+        std::cerr << "found header offset (0x" << std::hex << qlt::FRAME_SIGNATURE << ") at 0x"
+                  << search.offset << std::endl;
+    }
+}
+
+/// The offset of the first header; 0 when there is none.
+std::uint32_t NextHeader(const std::uint32_t* words, std::uint32_t length)
+{
+    const qlt::HeaderSearch search = qlt::FindHeader(words, length);
+    Print(search);
+    return search.offset;
+}
+
 } // namespace
 
 std::uint32_t VRUsbStreamAsync::SystemHourClock()
@@ -143,7 +176,7 @@ void VRUsbStreamAsync::Trash()
             std::cerr << "error incomplete trash_buffer transfer of size " << received
                       << " expected " << length << std::endl;
         }
-        length = validates ? qlt::FindHeader(transfer.words.data(), length) : mFrameSize;
+        length = validates ? NextHeader(transfer.words.data(), length) : mFrameSize;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "UsbEmulator.h"
 
 #include "equipment/UsbHostFixture.h"
+#include "fakes/AllocationCounter.h"
 
 #include <dlfcn.h>
 #include <libusb.h>
@@ -12,6 +13,7 @@ namespace
 
 int gClaimError = LIBUSB_SUCCESS;
 int gSearchError = LIBUSB_SUCCESS;
+int gTransfersMade = 0;
 
 class LibusbHostTest : public UsbHostFixture
 {
@@ -34,6 +36,38 @@ ssize_t LIBUSB_CALL libusb_get_device_list(libusb_context* context, libusb_devic
     static const auto get = reinterpret_cast<decltype(&libusb_get_device_list)>(
         dlsym(RTLD_NEXT, "libusb_get_device_list"));
     return gSearchError != LIBUSB_SUCCESS ? gSearchError : get(context, list);
+}
+
+libusb_transfer* LIBUSB_CALL libusb_alloc_transfer(int packets)
+{
+    static const auto allocate = reinterpret_cast<decltype(&libusb_alloc_transfer)>(
+        dlsym(RTLD_NEXT, "libusb_alloc_transfer"));
+    ++gTransfersMade;
+    return allocate(packets);
+}
+
+TEST_F(LibusbHostTest, AReportIsReadWithoutAnAllocation)
+{
+    Open();
+    Bytes report(64);
+    long allocations = 0;
+    int transfers = 0;
+    for (int i = 0; i < 200; ++i)
+    {
+        bus->Push(REPORTS, Bytes(64, static_cast<std::uint8_t>(i)));
+        const long allocationsBefore = ThreadAllocationCount();
+        const int transfersBefore = gTransfersMade;
+        std::uint32_t length = 64;
+        ASSERT_TRUE(device->EndPoint(1).TransferData(report.data(), length));
+        EXPECT_EQ(report[63], static_cast<std::uint8_t>(i));
+        if (i > 0) // the first read makes the transfer that the others use
+        {
+            allocations += ThreadAllocationCount() - allocationsBefore;
+            transfers += gTransfersMade - transfersBefore;
+        }
+    }
+    EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(transfers, 0);
 }
 
 TEST_F(LibusbHostTest, OtherProductsAndVendorsAreLeftAloneAndTheFirstHeadsetIsOpened)

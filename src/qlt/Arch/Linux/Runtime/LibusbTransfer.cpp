@@ -16,6 +16,8 @@ namespace
 
 using Lock = std::unique_lock<std::mutex>;
 
+constexpr std::size_t USUAL_TRANSFERS = 16; // more than a camera has in flight
+
 void AdviseOnMemory()
 {
     static std::once_flag once;
@@ -30,13 +32,13 @@ void AdviseOnMemory()
         });
 }
 
-// An event may be any eventfd, not only one of ours; so it is not the event table's to signal.
+// The event may be any eventfd and need not be in the event table, so write to it directly.
 void Signal(int event)
 {
     const std::uint64_t one = 1;
     if (event > 0 && write(event, &one, sizeof one) < 0)
     {
-        // Only a counter that is full refuses, and then the event is signalled.
+        // Only a full counter refuses, and then the event is signalled already.
         return;
     }
 }
@@ -59,6 +61,21 @@ LibusbPipe::LibusbPipe(libusb_device_handle* openDevice, std::uint8_t endPoint,
     , address(endPoint)
     , type(endPointType)
 {
+    inFlight.reserve(USUAL_TRANSFERS);
+    waiting.reserve(USUAL_TRANSFERS);
+}
+
+LibusbPipe::~LibusbPipe() { libusb_free_transfer(spare); }
+
+libusb_transfer* LibusbPipe::Allocate()
+{
+    libusb_transfer* const kept = std::exchange(spare, nullptr);
+    return kept != nullptr ? kept : libusb_alloc_transfer(0);
+}
+
+void LibusbPipe::Release(libusb_transfer* transfer)
+{
+    libusb_free_transfer(std::exchange(spare, transfer));
 }
 
 void LibusbPipe::Abort()
@@ -88,13 +105,13 @@ void LibusbPipe::SubmitWaiting()
             AdviseOnMemory();
             if (!inFlight.empty())
             {
-                return; // the end of one that is in flight gives memory back
+                return; // the end of a transfer gives memory back
             }
         }
-        waiting.pop_front();
+        waiting.erase(waiting.begin());
         if (error == LIBUSB_SUCCESS)
         {
-            inFlight.insert(&next);
+            inFlight.push_back(&next);
         }
         else
         {
@@ -104,12 +121,12 @@ void LibusbPipe::SubmitWaiting()
 }
 
 LibusbTransfer::LibusbTransfer(std::shared_ptr<LibusbPipe> pipe, std::uint8_t* buffer,
-                               std::uint32_t length, void* event)
+                               std::uint32_t length, NativeEventHandle event)
     : mPipe(std::move(pipe))
     , mEvent(static_cast<int>(reinterpret_cast<std::intptr_t>(event)))
-    , mTransfer(length <= INT_MAX ? libusb_alloc_transfer(0) : nullptr)
 {
     const Lock lock(mPipe->mutex);
+    mTransfer = length <= INT_MAX ? mPipe->Allocate() : nullptr;
     if (mTransfer != nullptr)
     {
         libusb_fill_bulk_transfer(mTransfer, mPipe->device, mPipe->address, buffer,
@@ -170,25 +187,25 @@ void LibusbTransfer::Cancel()
 void LibusbTransfer::OnEnd(libusb_transfer* transfer)
 {
     LibusbTransfer& self = *static_cast<LibusbTransfer*>(transfer->user_data);
-    // The waiter may destroy the transfer, and let go of the pipe, before the lock is given back.
+    // The waiter may destroy the transfer and its reference to the pipe before the unlock.
     const std::shared_ptr<LibusbPipe> pipe = self.mPipe;
     const Lock lock(pipe->mutex);
-    pipe->inFlight.erase(&self);
+    auto& inFlight = pipe->inFlight;
+    inFlight.erase(std::find(inFlight.begin(), inFlight.end(), &self));
     self.End(transfer->status == LIBUSB_TRANSFER_COMPLETED, transfer->actual_length);
     pipe->SubmitWaiting();
     pipe->ended.notify_all();
 }
 
-/// With the pipe's mutex locked.
+/// The caller holds the mutex of the pipe.
 void LibusbTransfer::End(bool succeeded, int length)
 {
-    libusb_free_transfer(mTransfer);
-    mTransfer = nullptr;
+    mPipe->Release(std::exchange(mTransfer, nullptr));
     mSucceeded = succeeded;
     mLength = static_cast<std::uint32_t>(length);
     if (!mRefused)
     {
-        Signal(mEvent); // while the caller cannot know yet, and so still has the event
+        Signal(mEvent); // the caller still has the event, because it cannot know of the end yet
     }
 }
 

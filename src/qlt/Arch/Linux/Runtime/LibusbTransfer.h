@@ -1,18 +1,18 @@
-// Reads over libusb. The transfers of one endpoint share a pipe: those that the kernel has, and
-// behind them in their order those that it had no memory for yet.
+// Reads over libusb. The transfers of one endpoint share a pipe. The pipe lists the transfers that
+// the kernel has, and in their order the transfers for which the kernel had no memory yet.
 //
-// Callers wait, libusb's event thread ends transfers; both meet under the pipe's mutex. A transfer
-// that has ended needs neither libusb nor the open device any more.
+// Callers wait and libusb's event thread ends transfers; both lock the pipe's mutex. A transfer
+// that has ended needs neither libusb nor the open device any more. A pipe keeps one transfer of
+// libusb for the next read, so that reading reports one after another allocates nothing.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
 
 #include <condition_variable>
-#include <deque>
 #include <libusb.h>
 #include <memory>
 #include <mutex>
-#include <set>
+#include <vector>
 
 namespace qlt
 {
@@ -22,20 +22,29 @@ class LibusbTransfer;
 struct LibusbPipe
 {
     LibusbPipe(libusb_device_handle* openDevice, std::uint8_t endPoint, std::uint8_t endPointType);
+    ~LibusbPipe();
 
-    /// Ends all transfers; they have failed when it returns.
+    LibusbPipe(const LibusbPipe&) = delete;
+    LibusbPipe& operator=(const LibusbPipe&) = delete;
+
+    /// Ends all transfers. They have failed when it returns.
     void Abort();
 
-    /// Hands the kernel what it takes. With the mutex locked.
+    /// Passes waiting transfers to the kernel until it refuses one. The caller holds the mutex.
     void SubmitWaiting();
+
+    /// Takes the spare transfer or a new one; null without memory. Both need the mutex.
+    libusb_transfer* Allocate();
+    void Release(libusb_transfer* transfer);
 
     libusb_device_handle* const device;
     const std::uint8_t address;
     const std::uint8_t type;
     std::mutex mutex; // guards everything below, and the states of the transfers
     std::condition_variable ended;
-    std::set<LibusbTransfer*> inFlight;
-    std::deque<LibusbTransfer*> waiting;
+    std::vector<LibusbTransfer*> inFlight;
+    std::vector<LibusbTransfer*> waiting; // the oldest one first
+    libusb_transfer* spare = nullptr;
 };
 
 class LibusbTransfer final : public UsbTransfer
@@ -43,7 +52,7 @@ class LibusbTransfer final : public UsbTransfer
 public:
     /// Begins at once. `event` is an eventfd or null.
     LibusbTransfer(std::shared_ptr<LibusbPipe> pipe, std::uint8_t* buffer, std::uint32_t length,
-                   void* event);
+                   NativeEventHandle event);
     ~LibusbTransfer() override;
 
     LibusbTransfer(const LibusbTransfer&) = delete;
@@ -63,8 +72,8 @@ private:
 
     const std::shared_ptr<LibusbPipe> mPipe;
     const int mEvent;
-    libusb_transfer* mTransfer; // null from the end on
-    bool mRefused = true;       // until it has begun
+    libusb_transfer* mTransfer = nullptr; // null from the end on
+    bool mRefused = true;                 // until it has begun
     bool mSucceeded = false;
     std::uint32_t mLength = 0;
 };

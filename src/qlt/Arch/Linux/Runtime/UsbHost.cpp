@@ -1,9 +1,7 @@
-// The machine's USB over libusb, if it was there when this was built. There is no driver class to
-// ask for; the identifiers take its place. Other products of the chip's vendor (hubs, mice,
-// development boards) are never opened, because a claim takes a device from its own driver.
+// The machine's USB over libusb. There is no driver class to ask for, so the identifiers take its
+// place. Other products of the chip's vendor (hubs, mice, development boards) are never opened,
+// because a claim takes a device from its own driver.
 #include <qlt/Runtime/Usb.h>
-
-#ifdef QLT_HAVE_LIBUSB
 
 #include "LibusbContext.h"
 #include "LibusbTransfer.h"
@@ -51,7 +49,7 @@ public:
     }
 
     std::unique_ptr<UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
-                                               void* event) override
+                                               NativeEventHandle event) override
     {
         return std::make_unique<LibusbTransfer>(mPipe, buffer, length, event);
     }
@@ -218,30 +216,3 @@ UsbHost& UsbHost::System()
 }
 
 } // namespace qlt
-
-#else
-
-namespace qlt
-{
-namespace
-{
-
-class EmptyUsbHost final : public UsbHost
-{
-public:
-    std::unique_ptr<VendorUsbDevice> OpenFirst() override { return nullptr; }
-    std::uint32_t CountDevices() override { return 0; }
-    std::string Name() const override { return "built without libusb"; }
-};
-
-} // namespace
-
-UsbHost& UsbHost::System()
-{
-    static UsbHost& host = *new EmptyUsbHost; // for trackers that nobody destroys
-    return host;
-}
-
-} // namespace qlt
-
-#endif

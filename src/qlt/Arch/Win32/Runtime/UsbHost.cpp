@@ -134,7 +134,7 @@ public:
     }
 
     std::unique_ptr<UsbTransfer> BeginTransfer(std::uint8_t* buffer, std::uint32_t length,
-                                               void* event) override
+                                               NativeEventHandle event) override
     {
         if (!IsReadFrom())
         {

@@ -1,0 +1,25 @@
+// The machine's USB in a build without libusb: there is never a device.
+#include <qlt/Runtime/Usb.h>
+
+namespace qlt
+{
+namespace
+{
+
+class NoUsbHost final : public UsbHost
+{
+public:
+    std::unique_ptr<VendorUsbDevice> OpenFirst() override { return nullptr; }
+    std::uint32_t CountDevices() override { return 0; }
+    std::string Name() const override { return "built without libusb"; }
+};
+
+} // namespace
+
+UsbHost& UsbHost::System()
+{
+    static UsbHost& host = *new NoUsbHost; // never destroyed, as a tracker may outlive the program
+    return host;
+}
+
+} // namespace qlt

@@ -36,6 +36,7 @@ WITH_HEADERS = ("qlt", "qltkit")
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
+    "src/qltkit": ("nlohmann/",),
     "src/openxr": ("openxr/", "GL/glcorearb.h", "nlohmann/", "generated/"),
     "tests/openxr": ("openxr/", "generated/", "gtest/", "GL/glcorearb.h"),
     "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h", "GLFW/"),

@@ -7,7 +7,9 @@
 #include <qltkit/Capture/McapWriter.h>
 #include <qltkit/Error.h>
 #include <qltkit/Headset/HeadMotion.h>
+#include <qltkit/Headset/HeadsetScript.h>
 #include <qltkit/Headset/ReportTap.h>
+#include <qltkit/Headset/ScriptedHeadset.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 #include <qltkit/Headset/Source.h>
 #include <qltkit/Tracking/ClockFit.h>

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "Headset/Radians.h"
 #include "Headset/Random.h"
 
 namespace qltkit
@@ -9,8 +10,6 @@ namespace qltkit
 
 namespace
 {
-
-constexpr double RAD_PER_DEG = 0.017453292519943295;
 
 /// Peak speed of the minimum-jerk step, and of the bump, over amplitude and length 1.
 constexpr double STEP_PEAK_RATE = 1.875;

@@ -1,0 +1,34 @@
+// The motion of the head that a script describes.
+#pragma once
+
+#include <qltkit/Headset/HeadMotion.h>
+#include <qltkit/Headset/HeadsetScript.h>
+
+#include <cstddef>
+#include <random>
+#include <vector>
+
+namespace qltkit
+{
+
+class ScriptMotion
+{
+public:
+    explicit ScriptMotion(const HeadsetScript& script);
+
+    /// The times of successive calls must not decrease.
+    HeadAngles At(double timeS);
+
+private:
+    HeadAngles AlongPoints(double timeS);
+
+    const HeadsetScript::Motion mKind;
+    std::mt19937_64 mRandom; // before the turns, which draw from it
+    HeadMotion mTurns;
+    const double mSpeed;
+    std::vector<HeadsetScript::Point> mPoints;
+    std::vector<HeadsetScript::Point> mRates; // at the points, degrees a second
+    std::size_t mNext = 0;                    // the first point that is not reached yet
+};
+
+} // namespace qltkit

@@ -1,0 +1,45 @@
+// The bytes of a sensor report from the values that the sensors show, and back.
+#pragma once
+
+#include <qltkit/Headset/HeadMotion.h>
+
+#include <qlt/Sensors/SensorReport.h>
+
+#include <array>
+#include <cstdint>
+
+namespace qltkit
+{
+
+using SensorVector = std::array<double, 3>;
+
+/// In the tracker's frame (x right, y up, -z forward), as the tracker has them after calibration.
+struct SensorValues
+{
+    /// Gyroscope, rad/s; accelerometer, g; magnetometer, gauss.
+    std::array<SensorVector, 3> vectors{};
+    double temperatureC = 0.0;
+};
+
+/// What perfect sensors show on a head that moves like this, in a room that slowly warms up.
+SensorValues SensorsOn(const HeadAngles& head, double milliseconds);
+
+/// The orientation of the head, body to world: w, x, y, z.
+std::array<double, 4> OrientationOf(const HeadAngles& head);
+
+/// Rounds to the sensors' counts and limits to their range.
+void PutSensors(qlt::SensorReport& report, const SensorValues& values);
+
+/// The exact inverse of PutSensors: putting the values back gives the same bytes.
+SensorValues SensorsIn(const qlt::SensorReport& report);
+
+/// The device's own estimate of its orientation.
+void PutOrientation(qlt::SensorReport& report, const std::array<double, 4>& orientation);
+
+constexpr std::size_t SEQUENCE_OFFSET = 0;
+constexpr std::size_t DEVICE_TIME_OFFSET = 4;
+
+void PutU32(qlt::SensorReport& report, std::size_t offset, std::uint32_t value);
+std::uint32_t U32In(const qlt::SensorReport& report, std::size_t offset);
+
+} // namespace qltkit

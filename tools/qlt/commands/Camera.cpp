@@ -2,6 +2,7 @@
 
 #include <qlt/qlt.h>
 
+#include "commands/OptionChecks.h"
 #include "output/OutputFile.h"
 #include "output/PngFile.h"
 #include "source/HeadsetSearch.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,6 +26,12 @@
 
 namespace
 {
+
+struct Options
+{
+    double seconds = 5.0;
+    std::string png; // empty: no picture
+};
 
 using Clock = std::chrono::steady_clock;
 
@@ -74,9 +82,7 @@ bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::t
     return progress.ended;
 }
 
-} // namespace
-
-int RunCamera(const CameraOptions& options)
+int Run(const Options& options)
 {
     std::optional<OutputFile> png(options.png);
     RequireHeadset(HeadsetPart::Camera); // without one the camera itself would end the process
@@ -123,4 +129,15 @@ int RunCamera(const CameraOptions& options)
         WritePng(*png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1, progress.lastFrame);
     }
     return 0;
+}
+
+} // namespace
+
+CommandBody AddCamera(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Show the frame rate of the headset's camera");
+    AddSeconds(command, options->seconds, "Stop after so many seconds")->capture_default_str();
+    RequireName(command.add_option("--png", options->png, "Save the last frame as a picture"));
+    return [options] { return Run(*options); };
 }

@@ -5,6 +5,8 @@
 #include "source/HeadsetSearch.h"
 #include "source/UsbMemory.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <string>
 
@@ -60,12 +62,18 @@ void PrintUsb(qlt::UsbHost& host)
     std::printf("%s\n", reason.empty() ? "connected: USB device 04B4:00F1" : reason.c_str());
 }
 
-} // namespace
-
-int RunInfo()
+int Run()
 {
     std::printf("QueltaSDK %s\n%s\n", QLT_VERSION, qlt::Params::HMD_NAME);
     PrintConstants();
     PrintUsb(qlt::UsbHost::System());
     return 0;
+}
+
+} // namespace
+
+CommandBody AddInfo(CLI::App& command)
+{
+    command.description("Show the version, the device's constants and what is connected");
+    return Run;
 }

@@ -3,21 +3,36 @@
 #include <qlt/qlt.h>
 
 #include "Sensors/Lens/DistortConstants.h"
+#include "commands/OptionChecks.h"
 #include "output/OutputFile.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 namespace
 {
 
+struct Options
+{
+    bool rightEye = false;
+    int resX = 32; // cells
+    int resY = 36;
+    bool strip = false;
+    std::string svg; // empty: no file; the same holds for the others
+    std::string obj;
+    std::string csv;
+};
+
 using qlt::Vec2;
 using qlt::Vec3;
 
 using Triangle = std::array<int, 3>;
+
+constexpr int MAX_RESOLUTION = 4096;
 
 struct Channel
 {
@@ -29,7 +44,7 @@ struct Channel
 class Mesh
 {
 public:
-    explicit Mesh(const MeshOptions& options)
+    explicit Mesh(const Options& options)
         : mBuilder(options.resX, options.resY,
                    options.rightEye ? qlt::Params::EYE_RIGHT : qlt::Params::EYE_LEFT,
                    !options.strip)
@@ -66,7 +81,7 @@ double At(const Vec3& v, int axis) { return static_cast<double>(axis == 0 ? v.x(
 
 double At(const Vec2& v, int axis) { return static_cast<double>(axis == 0 ? v.x() : v.y()); }
 
-void WriteObj(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
+void WriteObj(const Mesh& mesh, const Options& options, OutputFile& file)
 {
     file.Print(
         "# Lens mesh of the %s eye, %d x %d cells. Texture coordinates: the green channel.\n",
@@ -106,7 +121,7 @@ void WriteCsv(const Mesh& mesh, OutputFile& file)
 class Drawing
 {
 public:
-    Drawing(const Mesh& mesh, const MeshOptions& options, OutputFile& file)
+    Drawing(const Mesh& mesh, const Options& options, OutputFile& file)
         : mMesh(mesh)
         , mOptions(options)
         , mCenter(OnPaper(options.rightEye ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
@@ -233,14 +248,12 @@ private:
     }
 
     const Mesh& mMesh;
-    const MeshOptions& mOptions;
+    const Options& mOptions;
     const Point mCenter; // of the lens
     OutputFile& mFile;
 };
 
-} // namespace
-
-int RunMesh(const MeshOptions& options)
+int Run(const Options& options)
 {
     OutputFile svg(options.svg);
     OutputFile obj(options.obj);
@@ -262,4 +275,47 @@ int RunMesh(const MeshOptions& options)
                 options.rightEye ? "right" : "left", options.resX, options.resY, mesh.Vertices(),
                 mesh.Indices(), options.strip ? "strip" : "list", mesh.triangles.size());
     return 0;
+}
+
+/// Parses "WxH" in cells into `options`. Returns the sentence that refuses anything else; empty
+/// when there is none.
+std::string ParseResolution(const std::string& text, Options& options)
+{
+    const std::size_t middle = std::min(text.find('x'), text.size());
+    const auto x = ParseNumber(text.substr(0, middle), 1, MAX_RESOLUTION);
+    const auto y = ParseNumber(text.substr(std::min(middle + 1, text.size())), 1, MAX_RESOLUTION);
+    if (!x || !y)
+    {
+        return "must be WxH, each from 1 to " + std::to_string(MAX_RESOLUTION);
+    }
+    options.resX = *x;
+    options.resY = *y;
+    return {};
+}
+
+} // namespace
+
+CommandBody AddMesh(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Build the lens mesh of one eye, and draw or write it");
+    command
+        .add_option_function<std::string>(
+            "--eye", [options](const std::string& eye) { options->rightEye = eye == "right"; },
+            "left or right")
+        ->check(CLI::IsMember({"left", "right"}))
+        ->default_str("left");
+    command.add_option("--resolution", "Cells across and down, as WxH")
+        ->default_str("32x36")
+        ->check([options](const std::string& text) { return ParseResolution(text, *options); });
+    command.add_flag("--strip", options->strip, "One triangle strip instead of a list");
+    RequireName(command.add_option("--svg", options->svg,
+                                   "Draw it: a grid as the panel shows it to the lens"));
+    RequireName(command.add_option("--obj", options->obj, "Write it for other programs"));
+    RequireName(command.add_option("--csv", options->csv, "Write its vertices as numbers"));
+    command.callback(
+        [options] {
+            RequireDistinct({}, {options->svg, options->obj, options->csv});
+        });
+    return [options] { return Run(*options); };
 }

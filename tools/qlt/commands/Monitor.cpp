@@ -2,6 +2,7 @@
 
 #include <qlt/qlt.h>
 
+#include "commands/OptionChecks.h"
 #include "output/Orientation.h"
 #include "output/StandardOutput.h"
 #include "output/Terminal.h"
@@ -12,11 +13,20 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <thread>
 
 namespace
 {
+
+struct Options
+{
+    std::string source = "simulator"; // simulator, headset or a recording
+    double seconds = 0.0;             // 0: until interrupted or the recording ends
+    std::string csv;                  // empty: no file
+    bool objects = false;             // show the objects of the host service, too
+};
 
 using SteadyClock = std::chrono::steady_clock;
 
@@ -146,7 +156,7 @@ std::string DescribeObjects(const qlt::Tracker& tracker)
 }
 
 /// Shows `latest` until the time is over, the recording has ended or the user has enough.
-void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptions& options)
+void Watch(const qlt::Tracker& tracker, const Latest& latest, const Options& options)
 {
     using Seconds = std::chrono::duration<double>;
     Display display;
@@ -177,9 +187,7 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const MonitorOptio
     }
 }
 
-} // namespace
-
-int RunMonitor(const MonitorOptions& options)
+int Run(const Options& options)
 {
     OrientationCsv csv(options.csv);
     TrackerSource source(options.source);
@@ -193,4 +201,20 @@ int RunMonitor(const MonitorOptions& options)
     tracker.RemoveListener(latest);
     csv.Close();
     return source.ExitCode();
+}
+
+} // namespace
+
+CommandBody AddMonitor(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Show a tracker's orientation live");
+    AddSource(command, options->source);
+    AddSeconds(command, options->seconds, "Stop after so many seconds");
+    RequireName(command.add_option("--csv", options->csv, "Write every orientation to this file"));
+    command.add_flag("--objects", options->objects,
+                     "Show the first objects that the host service tracks, too");
+    command.callback([options]
+                     { RequireDistinct({FileOfSource(options->source)}, {options->csv}); });
+    return [options] { return Run(*options); };
 }

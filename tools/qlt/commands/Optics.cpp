@@ -4,10 +4,12 @@
 
 #include "Sensors/Lens/DistortConstants.h"
 #include "Sensors/Lens/DistortionTables.h"
+#include "commands/OptionChecks.h"
 #include "output/OutputFile.h"
 
 #include <array>
 #include <cstdio>
+#include <memory>
 
 namespace
 {
@@ -124,9 +126,7 @@ void DrawLegend(OutputFile& file)
     file.Write("line = fitted, circle = measured</text>\n</g>\n");
 }
 
-} // namespace
-
-int RunOptics(const std::string& svg)
+int Run(const std::string& svg)
 {
     qlt::DistortionFunction lens;
     qlt::DistortParams params = MeasuredLens();
@@ -145,4 +145,14 @@ int RunOptics(const std::string& svg)
     file.Close();
     std::printf("%s: the scale factors of the three colours over the radius\n", svg.c_str());
     return 0;
+}
+
+} // namespace
+
+CommandBody AddOptics(CLI::App& command)
+{
+    auto svg = std::make_shared<std::string>();
+    command.description("Draw the measured lens");
+    RequireName(command.add_option("--svg", *svg, "The file to draw"))->required();
+    return [svg] { return Run(*svg); };
 }

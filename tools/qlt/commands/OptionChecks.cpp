@@ -23,3 +23,16 @@ std::string FileOfSource(const std::string& source)
 {
     return source == "simulator" || source == "headset" ? "" : source;
 }
+
+void AddSource(CLI::App& command, std::string& source)
+{
+    RequireName(
+        command.add_option("--source", source,
+                           "simulator, headset, or a recording, which plays at its own pace"))
+        ->capture_default_str();
+}
+
+CLI::Option* AddSeconds(CLI::App& command, double& seconds, const std::string& text)
+{
+    return RequireNumber(command.add_option("--seconds", seconds, text), 0.001, MAX_SECONDS);
+}

@@ -1,4 +1,5 @@
-// What the options of a command line may be. Each refusal says in a sentence what is accepted.
+// Options that several commands have, and checks of what an option may be. Each refusal says in a
+// sentence what is accepted.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -51,3 +52,9 @@ void RequireDistinct(const std::vector<std::string>& inputs,
 
 /// The file that a source is; empty when it is the simulator or the headset.
 std::string FileOfSource(const std::string& source);
+
+/// Adds --source, which says what is tracked.
+void AddSource(CLI::App& command, std::string& source);
+
+/// Adds --seconds, a time from a millisecond to MAX_SECONDS, with `text` as its help.
+CLI::Option* AddSeconds(CLI::App& command, double& seconds, const std::string& text);

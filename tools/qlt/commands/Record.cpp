@@ -2,16 +2,27 @@
 
 #include <qlt/qlt.h>
 
+#include "commands/OptionChecks.h"
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
 #include "source/ReportRecorder.h"
 
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
-int RunRecord(const RecordOptions& options)
+namespace
+{
+
+struct Options
+{
+    std::string recording;
+    double seconds = 0.0; // 0: until interrupted
+};
+
+int Run(const Options& options)
 {
     ReportRecorder recorder(qlt::UsbHost::System(), options.recording);
     CatchInterrupts();
@@ -39,4 +50,16 @@ int RunRecord(const RecordOptions& options)
     recorder.Close();
     std::printf("%s: %zu reports\n", options.recording.c_str(), recorder.Reports());
     return 0;
+}
+
+} // namespace
+
+CommandBody AddRecord(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Write the headset's reports down as they come, for replay");
+    RequireName(command.add_option("recording", options->recording, "The file to write"))
+        ->required();
+    AddSeconds(command, options->seconds, "Stop after so many seconds");
+    return [options] { return Run(*options); };
 }

@@ -1,5 +1,6 @@
 #include "commands/Commands.h"
 
+#include "commands/OptionChecks.h"
 #include "output/Orientation.h"
 #include "output/Terminal.h"
 #include "source/RecordingPlayer.h"
@@ -10,10 +11,19 @@
 #include <cstdio>
 #include <future>
 #include <iostream>
+#include <memory>
 #include <optional>
 
 namespace
 {
+
+struct Options
+{
+    std::string recording;
+    std::string truth; // empty: no comparison
+    std::string csv;   // empty: no file
+    bool json = false;
+};
 
 using SteadyClock = std::chrono::steady_clock;
 
@@ -109,9 +119,7 @@ void PrintText(const std::string& path, const Recording& recording, const Result
     }
 }
 
-} // namespace
-
-int RunReplay(const ReplayOptions& options)
+int Run(const Options& options)
 {
     OrientationCsv csv(options.csv);
     const Recording recording = LoadRecording(options.recording);
@@ -144,4 +152,25 @@ int RunReplay(const ReplayOptions& options)
         PrintText(options.recording, recording, result);
     }
     return whole ? 0 : 1;
+}
+
+} // namespace
+
+CommandBody AddReplay(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Run a recording through the headset tracker, as fast as it goes");
+    RequireName(command.add_option("recording", options->recording,
+                                   "64-byte sensor reports, one after another"))
+        ->required();
+    RequireName(
+        command.add_option("--truth", options->truth, "Measured orientations to compare with"));
+    RequireName(command.add_option("--csv", options->csv,
+                                   "Write the orientation after every report to this file"));
+    command.add_flag("--json", options->json, "Print one JSON object and nothing else");
+    command.callback(
+        [options] {
+            RequireDistinct({options->recording, options->truth}, {options->csv});
+        });
+    return [options] { return Run(*options); };
 }

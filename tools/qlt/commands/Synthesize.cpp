@@ -2,14 +2,25 @@
 
 #include <qltkit/Headset/SoftwareHeadset.h>
 
+#include "commands/OptionChecks.h"
 #include "output/OutputFile.h"
 #include "source/Interrupt.h"
 
 #include <cmath>
 #include <cstdio>
+#include <memory>
 
 namespace
 {
+
+struct Options
+{
+    std::string recording;
+    std::string truth; // empty: no file
+    double seconds = 30.0;
+    std::uint64_t seed = 1;
+    bool ideal = false; // without bias and noise
+};
 
 /// A truth row is written for every so many reports.
 constexpr long TRUTH_STEP = 10;
@@ -22,9 +33,7 @@ void WriteTruth(OutputFile& file, long index, const qltkit::SoftwareHeadset::Sam
                q[3]);
 }
 
-} // namespace
-
-int RunSynthesize(const SynthesizeOptions& options)
+int Run(const Options& options)
 {
     const long reports = std::lround(options.seconds * 1000.0);
     qltkit::SoftwareHeadset headset(options.seed, options.ideal);
@@ -47,4 +56,25 @@ int RunSynthesize(const SynthesizeOptions& options)
     std::printf("%s: %ld reports, seed %llu\n", options.recording.c_str(), made,
                 static_cast<unsigned long long>(options.seed));
     return 0;
+}
+
+} // namespace
+
+CommandBody AddSynthesize(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Write the recording of a software headset that turns, nods and rests");
+    RequireName(command.add_option("recording", options->recording, "The file to write"))
+        ->required();
+    RequireName(
+        command.add_option("--truth", options->truth, "Write the true orientations to this file"));
+    RequireNumber(command.add_option("--seconds", options->seconds, "Length of the recording"),
+                  0.001, 3600.0)
+        ->capture_default_str();
+    RequireNumber(command.add_option("--seed", options->seed, "Another seed, another motion"),
+                  std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max())
+        ->capture_default_str();
+    command.add_flag("--ideal", options->ideal, "Sensors without bias and noise");
+    command.callback([options] { RequireDistinct({}, {options->recording, options->truth}); });
+    return [options] { return Run(*options); };
 }

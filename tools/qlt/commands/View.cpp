@@ -2,6 +2,7 @@
 
 #include <qlt/qlt.h>
 
+#include "commands/OptionChecks.h"
 #include "output/Orientation.h"
 #include "output/PngFile.h"
 #include "source/HeadsetSearch.h"
@@ -14,12 +15,20 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
 
 namespace
 {
+
+struct Options
+{
+    std::string source = "simulator"; // simulator, headset or a recording
+    double seconds = 0.0;             // 0: until the window is closed, or 6 s into it for a picture
+    std::string png;                  // empty: a window
+};
 
 using qlt::Params;
 using SteadyClock = std::chrono::steady_clock;
@@ -140,7 +149,7 @@ private:
     SteadyClock::time_point mSince = SteadyClock::now();
 };
 
-int ShowWindow(const ViewOptions& options)
+int ShowWindow(const Options& options)
 {
     TrackerSource source(options.source);
     Head head(source, source.Reports());
@@ -209,7 +218,7 @@ std::vector<unsigned char> ForPng(const RenderTarget& target)
     return picture;
 }
 
-int DrawPicture(const ViewOptions& options)
+int DrawPicture(const Options& options)
 {
     OutputFile png(options.png);
     CatchInterrupts();
@@ -233,9 +242,24 @@ int DrawPicture(const ViewOptions& options)
     return source.ExitCode();
 }
 
-} // namespace
-
-int RunView(const ViewOptions& options)
+int Run(const Options& options)
 {
     return options.png.empty() ? ShowWindow(options) : DrawPicture(options);
+}
+
+} // namespace
+
+CommandBody AddView(CLI::App& command)
+{
+    auto options = std::make_shared<Options>();
+    command.description("Look around in a scene as the headset shows it; D: lens on and off, "
+                        "R or space: here is forward, Esc: close");
+    AddSource(command, options->source);
+    RequireName(
+        command.add_option("--png", options->png,
+                           "Instead of a window: save one picture, of a moment some seconds in"));
+    AddSeconds(command, options->seconds, "Close after so many seconds; that moment");
+    command.callback([options]
+                     { RequireDistinct({FileOfSource(options->source)}, {options->png}); });
+    return [options] { return Run(*options); };
 }

@@ -1,7 +1,7 @@
 #include <qltkit/Tracking/OrientationEstimator.h>
 
 #include "fakes/ScriptedHead.h"
-#include "fakes/TrackingRecording.h"
+#include "fakes/TrackingReplay.h"
 
 #include <gtest/gtest.h>
 
@@ -33,37 +33,6 @@ const std::vector<Recording>& Recordings()
         return all;
     }();
     return recordings;
-}
-
-using Change = bool (*)(ImuSample& sample, std::size_t index, std::mt19937& random);
-
-/// `change` changes each sample, or says that it is left out.
-Score Replay(const Recording& recording, Change change)
-{
-    OrientationEstimator estimator;
-    Series estimate;
-    std::mt19937 random(7);
-    for (std::size_t i = 0; i < recording.samples.size(); ++i)
-    {
-        ImuSample sample = recording.samples[i];
-        if (change(sample, i, random) && estimator.Add(sample))
-        {
-            const auto late =
-                static_cast<std::int32_t>(sample.timeUs - recording.samples[i].timeUs);
-            estimate.Append(recording.timesUs[i] + late, estimator.GetOrientation());
-        }
-    }
-    return ScoreEstimate(recording, estimate);
-}
-
-bool Same(ImuSample&, std::size_t, std::mt19937&) { return true; }
-bool HalfTheRate(ImuSample&, std::size_t i, std::mt19937&) { return i % 2 == 0; }
-bool OneInTwentyLost(ImuSample&, std::size_t, std::mt19937& random) { return random() % 20 != 0; }
-
-bool Jitter(ImuSample& sample, std::size_t, std::mt19937& random)
-{
-    sample.timeUs += static_cast<std::uint32_t>(random() % 201) - 100u;
-    return true;
 }
 
 double MeanInclination(Change change)

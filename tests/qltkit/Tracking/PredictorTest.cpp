@@ -1,7 +1,7 @@
 #include <qltkit/Tracking/Predictor.h>
 
 #include "fakes/ScriptedHead.h"
-#include "fakes/TrackingRecording.h"
+#include "fakes/TrackingReplay.h"
 
 #include <gtest/gtest.h>
 
@@ -15,65 +15,8 @@ using qltkit::ImuSample;
 using qltkit::OrientationEstimator;
 using qltkit::Predictor;
 
-/// Root mean squares in degrees, of the angle to what the estimator then said.
-struct Errors
-{
-    double predicted = 0.0;
-    double constantRate = 0.0;
-    double held = 0.0;
-    double own = 0.0; // as the predictor measures it
-};
-
-struct Replayed
-{
-    Series estimate;
-    Series predicted;
-    Series constantRate;
-};
-
-double Rms(const Series& predicted, const Series& estimate, double aheadUs, double fromUs)
-{
-    double squares = 0.0;
-    double count = 0.0;
-    for (std::size_t i = 0; i < predicted.timesUs.size(); ++i)
-    {
-        Rotation later;
-        if (predicted.timesUs[i] >= fromUs && estimate.At(predicted.timesUs[i] + aheadUs, later))
-        {
-            const double angle = AngleBetween(predicted.values[i], later) * DEGREES;
-            squares += angle * angle;
-            count += 1.0;
-        }
-    }
-    return std::sqrt(squares / count);
-}
-
-template <typename Next>
-Errors Predict(std::size_t samples, double aheadS, double skipS, const Next& next)
-{
-    OrientationEstimator estimator;
-    Predictor predictor;
-    Replayed r;
-    for (std::size_t i = 0; i < samples; ++i)
-    {
-        if (!estimator.Add(next(i)))
-        {
-            continue;
-        }
-        predictor.Add(estimator);
-        const auto time = static_cast<double>(estimator.GetState().elapsedUs);
-        const Rotation& q = estimator.GetOrientation();
-        r.estimate.Append(time, q);
-        r.predicted.Append(time, predictor.Predict(aheadS));
-        r.constantRate.Append(time,
-                              q * qltkit::RotationBy(estimator.GetAngularVelocity() * aheadS));
-    }
-    const auto rms = [&](const Series& s) { return Rms(s, r.estimate, aheadS * 1e6, skipS * 1e6); };
-    return {rms(r.predicted), rms(r.constantRate), rms(r.estimate),
-            predictor.GetError(aheadS) * DEGREES};
-}
-
-Errors PredictScript(const HeadScript& script, double seconds, double aheadS, double skipS)
+PredictionErrors PredictScript(const HeadScript& script, double seconds, double aheadS,
+                               double skipS)
 {
     ScriptedHead head(script);
     return Predict(static_cast<std::size_t>(seconds * 1000.0), aheadS, skipS,
@@ -95,10 +38,10 @@ TEST(PredictorTest, RecordingsArePredictedBetterThanByAConstantRate)
                 GTEST_SKIP() << "there are no recordings in " << RecordingsFolder();
             }
             const auto next = [&r](std::size_t i) { return r.samples[i]; };
-            const Errors errors = Predict(r.samples.size(), aheadS, 5.0, next);
+            const PredictionErrors errors = Predict(r.samples.size(), aheadS, 5.0, next);
             EXPECT_LT(errors.predicted, 0.95 * errors.constantRate) << published.name;
             sum += errors.predicted;
-            const Errors all = Predict(r.samples.size(), aheadS, 1.0, next);
+            const PredictionErrors all = Predict(r.samples.size(), aheadS, 1.0, next);
             EXPECT_NEAR(all.own, all.predicted, 0.1 * all.predicted) << published.name;
         }
         EXPECT_LE(sum / 10.0, goal);
@@ -110,7 +53,7 @@ TEST(PredictorTest, ASwingIsLearned)
     HeadScript script;
     script.swing = {0.3, 0.6, 0.2};
     script.swingHz = 2.0;
-    const Errors errors = PredictScript(script, 10.0, 0.05, 3.0);
+    const PredictionErrors errors = PredictScript(script, 10.0, 0.05, 3.0);
     EXPECT_LT(errors.predicted, 0.25 * errors.constantRate);
     EXPECT_LT(errors.constantRate, errors.held);
 }
@@ -122,7 +65,7 @@ TEST(PredictorTest, RestIsPredictedAsWellAsByHolding)
         HeadScript script;
         script.bias = {0.01, -0.01, 0.005};
         script.gyroscopeNoise = noise * RADIANS;
-        const Errors errors = PredictScript(script, 15.0, 0.05, 5.0);
+        const PredictionErrors errors = PredictScript(script, 15.0, 0.05, 5.0);
         EXPECT_LT(errors.predicted, errors.held + 0.02);
     }
 }

@@ -1,5 +1,5 @@
-// What one look at a pose costs beside a writer of 1000 reports a second: the last pose, one of the
-// past (interpolated), and one ahead (predicted). The time per item is to stay at most 25 ns.
+// What one look at a pose costs beside a writer of 1000 reports a second: the last pose, which is
+// to stay at most 25 ns, one of the past (found and interpolated), and one ahead (predicted).
 #include <qltkit/Tracking/HeadTracker.h>
 
 #include <benchmark/benchmark.h>

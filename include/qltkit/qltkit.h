@@ -18,6 +18,7 @@
 #include <qltkit/Tracking/OrientationEstimator.h>
 #include <qltkit/Tracking/OrientationState.h>
 #include <qltkit/Tracking/Pose.h>
+#include <qltkit/Tracking/PredictionTerms.h>
 #include <qltkit/Tracking/Predictor.h>
 #include <qltkit/Tracking/Rotation.h>
 #include <qltkit/Tracking/TrackerEvent.h>

@@ -1,5 +1,3 @@
-// A USB host that shows what a tracker reads through it: put it between a tracker and the tracker's
-// own host, and a sink sees every report of the headset before the tracker does.
 #pragma once
 
 #include <qlt/Runtime/Clock.h>
@@ -14,26 +12,31 @@
 namespace qltkit
 {
 
-/// Takes reports on the thread that reads them, between two reads: do not wait here.
+/// Takes the reports that a tap shows. Its functions run on the thread that reads them, between two
+/// reads, so they must not wait.
 class QLTKIT_API ReportSink
 {
 public:
     virtual ~ReportSink();
 
-    /// A whole report, which was there at `hostNs` of the tap's clock.
+    /// A whole report has arrived. `hostNs` is the time of its arrival by the tap's clock.
     virtual void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) = 0;
 
-    /// A read gave anything but a whole report. The tracker takes this as an unplugged headset: it
-    /// closes the device and opens it again, at most a second later.
+    /// A read has failed or was too short. The tracker takes this for an unplugged headset: it
+    /// closes the device and tries to open it again each second.
     virtual void OnLost(std::int64_t hostNs) = 0;
 };
 
-/// Adds a look at the clock and one virtual call to each report, and neither a lock nor an
-/// allocation. Everything but interrupt endpoints passes through untouched.
+/// A USB host between a tracker and another host. It shows every report that the tracker reads to a
+/// sink, before the tracker gets it.
+///
+/// A report costs one look at the clock and one virtual call more, and neither a lock nor an
+/// allocation. Endpoints that are not interrupt endpoints pass through untouched. Threads: as
+/// qlt::UsbHost.
 class QLTKIT_API ReportTap final : public qlt::UsbHost
 {
 public:
-    /// All three must outlive this, and this must outlive what it has opened.
+    /// All three must outlive the tap. The tap must outlive the devices that it has opened.
     ReportTap(qlt::UsbHost& host, qlt::Clock& clock, ReportSink& sink)
         : mHost(host)
         , mClock(clock)

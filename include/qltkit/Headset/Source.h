@@ -1,4 +1,3 @@
-// Where a headset's reports come from: the machine's own USB, or a headset in software.
 #pragma once
 
 #include <qlt/Runtime/Clock.h>
@@ -11,27 +10,29 @@
 namespace qltkit
 {
 
-/// A USB host together with the clock that its reports go by. A tracker takes it for both.
+/// Where a headset's reports come from: a USB host together with the clock of its reports.
 class QLTKIT_API Source : public qlt::UsbHost, public qlt::Clock
 {
 public:
-    /// Ends the sleeps that are under way and, where the source can, the reads. From now on no read
-    /// succeeds, no device can be opened, and a sleep lasts a millisecond. Any thread; a second
-    /// call does nothing.
+    /// Ends the sleeps that are under way, and the reads if the source can do that. From now on no
+    /// device can be opened, and a sleep lasts a millisecond. Any thread; a second call does
+    /// nothing.
     virtual void Close() = 0;
 };
 
-/// The source of that name:
-///   "headset"    the machine's own USB; a headset that is not there yet is waited for
-///   "simulator"  a headset in software that turns its head, a report each millisecond
-/// Error with one clear sentence for any other name. Any thread.
+/// Opens the source of that name. Throws Error with one clear sentence for an unknown name. Any
+/// thread.
+///
+/// - "headset" is the machine's own USB. The headset may be plugged in later.
+/// - "simulator" is a headset in software. It moves its head and sends a report each millisecond.
 QLTKIT_API std::unique_ptr<Source> OpenSource(const std::string& name);
 
-/// A source of a host, which must outlive it. Close does not end a read that `host` has begun.
+/// Makes a source of a host, which must outlive it, and of the machine's clock. Close does not end
+/// a read that `host` has begun.
 QLTKIT_API std::unique_ptr<Source> SourceOf(qlt::UsbHost& host);
 
-/// The same with another clock, which must outlive it too. Close does not end the sleeps of that
-/// clock that are under way.
+/// The same with another clock, which must outlive the source, too. Close does not end a sleep that
+/// `clock` has begun.
 QLTKIT_API std::unique_ptr<Source> SourceOf(qlt::UsbHost& host, qlt::Clock& clock);
 
 } // namespace qltkit

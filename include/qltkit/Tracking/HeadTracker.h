@@ -1,12 +1,3 @@
-// The head's pose at any moment of the last two seconds and the next 100 ms, for programs that
-// draw.
-//
-// A tracker owns the core's Hmd and looks at each report before the Hmd does. The orientation comes
-// from the kit's estimator or from the core's filter; the moment at which it was true comes from
-// the headset's clock, fitted to the host's.
-//
-// Threads: any thread may call anything at any time, but for the construction and destruction.
-// Latest and At never wait, for no lock, no read and no event handler, and make no system call.
 #pragma once
 
 #include <qlt/Runtime/Clock.h>
@@ -27,41 +18,53 @@
 namespace qltkit
 {
 
-/// What makes an orientation of the reports.
+/// The filter that makes orientations of the reports.
 enum class PoseFilter : std::int32_t
 {
-    Core, // the core's filter; predicted with the rate of the last report
+    Kit,  // the kit's estimator
+    Core, // the core's filter
 };
 
+/// How a HeadTracker is to work.
 struct HeadTrackerOptions
 {
-    PoseFilter filter = PoseFilter::Core;
+    PoseFilter filter = PoseFilter::Kit;
 
-    /// For GetPerson.
+    /// The user of the headset; see HeadTracker::GetPerson.
     Person person;
 
-    /// Is shown all that the tracker reads, before the tracker takes it. Must outlive the tracker.
+    /// Sees every report and every loss before the tracker does. Null for none; must outlive the
+    /// tracker.
     ReportSink* sink = nullptr;
 };
 
+/// The pose of the head at any moment of the last two seconds and of the next 100 ms, for programs
+/// that draw.
+///
+/// A tracker owns a qlt::Hmd and sees each report before the Hmd does. The orientation comes from a
+/// filter. The time of a pose comes from the headset's clock, which is fitted to the host's clock
+/// all the time, so that late wake-ups do not show.
+///
+/// Threads: any thread may call any function at any time, except the destructor. Latest and At
+/// never wait: they take no lock, make no system call and do not depend on a read or a handler.
 class QLTKIT_API HeadTracker
 {
 public:
     using EventHandler = std::function<void(const TrackerEvent&)>;
 
-    /// Tracks from a source by its name, see OpenSource. Error for a name that is none.
+    /// Tracks the source of that name; see OpenSource, which throws Error for an unknown name.
     explicit HeadTracker(const std::string& source, const HeadTrackerOptions& options = {});
 
-    /// Tracks from a host, which must outlive this, with the machine's clock or another one, which
-    /// must outlive this, too.
+    /// Tracks the headset of a host, by the machine's clock or by another one. Both must outlive
+    /// the tracker.
     explicit HeadTracker(qlt::UsbHost& host, const HeadTrackerOptions& options = {});
     HeadTracker(qlt::UsbHost& host, qlt::Clock& clock, const HeadTrackerOptions& options = {});
 
-    /// Tracks from a source. Error when it is null.
+    /// Tracks a source. Throws Error when it is null.
     explicit HeadTracker(std::unique_ptr<Source> source, const HeadTrackerOptions& options = {});
 
-    /// Waits for the event handler, and for a read that is under way and cannot be ended. Never
-    /// from the event handler or from a listener of Core.
+    /// Waits for a running event handler, and for a read under way that its host cannot end.
+    /// Neither an event handler nor a listener of Core may destroy the tracker.
     ~HeadTracker();
 
     HeadTracker(const HeadTracker&) = delete;
@@ -70,31 +73,39 @@ public:
     /// The pose of the last report. NeverSeen, and the identity, before the first.
     Pose Latest() const noexcept;
 
-    /// The pose at a moment of the tracker's clock: interpolated in the last two seconds, predicted
-    /// up to 100 ms after the last report. Beyond either it is the pose at that limit, and says so
-    /// in `clamped`.
+    /// The pose at a moment of the tracker's clock. It is interpolated for a moment of the last two
+    /// seconds of reports, and predicted for up to 100 ms after the last report. Outside of these
+    /// limits it is the pose at the nearer limit, with `clamped` set.
     Pose At(std::int64_t timeNs) const noexcept;
 
-    /// Makes the heading of the last pose the forward direction (-z) of all poses, earlier ones,
-    /// too. Pitch and roll stay, wherever the head looks. False while no report has come.
+    /// Makes the present heading the forward direction (-z). Pitch and roll stay. Poses of the past
+    /// are turned, too. The head may look in any direction, straight up included. False, and
+    /// nothing changes, before the first report.
     bool Recentre() noexcept;
 
-    /// The oldest event that PollEvent has not given yet.
+    /// The angle between poses predicted for `seconds` ahead (clamped to 0 .. 0.1) and the poses
+    /// that came then, as the root of the mean square, radians: over all reports so far, or over
+    /// about the last five seconds. 0 while there is nothing to compare.
+    double PredictionError(double seconds) const noexcept;
+    double RecentPredictionError(double seconds) const noexcept;
+
+    /// The oldest event that PollEvent has not returned yet; empty when there is none.
     std::optional<TrackerEvent> PollEvent();
 
-    /// Sets who is told of events, on a thread of the tracker's own and at most some milliseconds
-    /// late; null for nobody. A first handler is told of the events since the construction, too.
-    /// The last handler is in no call any more on return, unless this is called from it. A handler
-    /// must not throw.
+    /// Sets the function that gets each event, on a thread of the tracker's own and a few
+    /// milliseconds later. Null removes it. A handler gets every event that no handler has got yet,
+    /// so the first one misses nothing. When this returns, the previous handler is not running any
+    /// more, unless it made this call itself. A handler must not throw.
     void SetEventHandler(EventHandler handler);
 
-    /// The clock of all times here, nanoseconds.
+    /// The present time of the tracker's clock, to which all times of poses and events belong.
     std::int64_t NowNs() const;
 
+    /// The user, for EyePoseOf.
     const Person& GetPerson() const noexcept;
 
-    /// The core's tracker, for listeners and positions: do not stop it. Its IsConnected waits while
-    /// a report is being read, and its ResetYawOrigin turns the poses of PoseFilter::Core, too.
+    /// The core's tracker, for listeners and positions. Do not stop it. Its IsConnected waits for
+    /// the read under way. Its ResetYawOrigin also turns the poses of PoseFilter::Core that follow.
     qlt::Hmd& Core() noexcept;
 
 private:

@@ -7,6 +7,7 @@
 
 #include <qltkit/Export.h>
 #include <qltkit/Tracking/OrientationEstimator.h>
+#include <qltkit/Tracking/PredictionTerms.h>
 
 #include <array>
 #include <cstdint>
@@ -19,7 +20,7 @@ struct PredictorState
 {
     static constexpr std::uint32_t VERSION = 1;
 
-    static constexpr std::size_t HORIZONS = 3;
+    static constexpr std::size_t HORIZONS = PredictionTerms::HORIZONS;
     static constexpr std::size_t TERMS = 3;
     static constexpr std::size_t PAST = 32;
 
@@ -62,25 +63,45 @@ struct PredictorState
     std::array<Horizon, HORIZONS> horizons{};
 };
 
+/// A moment of a motion, for a predictor without the kit's estimator.
+struct PredictorInput
+{
+    std::uint64_t timeUs = 0; // of the device's clock, without a wrap
+    std::uint32_t jumps = 0;  // changes of the orientation so far that no motion explains
+    bool settled = true;      // the orientation is worth learning from
+    Rotation orientation;     // body to world
+    Vector3 rate;             // about the body's axes, rad/s
+};
+
 class QLTKIT_API Predictor
 {
 public:
     /// The longest time that is predicted; longer ones are cut to it.
-    static constexpr double MAX_AHEAD_SECONDS = 0.1;
+    static constexpr double MAX_AHEAD_SECONDS = PredictionTerms::AHEAD_SECONDS.back();
 
     Predictor();
 
     /// Takes the estimator's state. Call it after every sample that the estimator has used.
     void Add(const OrientationEstimator& estimator);
 
+    /// Takes the next moment of another motion; one of the same time as the last is left out.
+    void Add(const PredictorInput& input);
+
     /// Body to world, `seconds` after the last sample; a time of zero or less gives the estimate.
     Rotation Predict(double seconds) const;
+
+    /// All that Predict needs besides the orientation and the rate of the last sample.
+    PredictionTerms GetTerms() const;
 
     /// The angle between what was predicted for `seconds` ahead and what then came, as the root of
     /// the mean square in radians: over all samples so far, or over about the last five seconds.
     /// Between the horizons of 20, 50 and 100 ms it is interpolated. Zero before anything came.
-    double GetError(double seconds) const;
-    double GetRecentError(double seconds) const;
+    double GetError(double seconds) const { return GetErrors().At(seconds); }
+    double GetRecentError(double seconds) const { return GetRecentErrors().At(seconds); }
+
+    /// The same for the horizons.
+    PredictionErrors GetErrors() const;
+    PredictionErrors GetRecentErrors() const;
 
     const PredictorState& GetState() const { return mState; }
 
@@ -88,7 +109,7 @@ public:
     bool Restore(const PredictorState& state);
 
 private:
-    void FollowMotion(const OrientationEstimator& estimator, double seconds);
+    void FollowMotion(const PredictorInput& input, double seconds);
     void Compare(std::size_t horizon);
     void Remember();
 

@@ -48,6 +48,7 @@ public:
     Impl& operator=(const Impl&) = delete;
 
     PoseHistory& History() { return mHistory; }
+    const PoseWriter& Writer() const { return mWriter; }
     EventLine& Events() { return mEvents; }
     Source& GetSource() { return *mSource; }
     const Person& GetPerson() const { return mPerson; }
@@ -131,6 +132,16 @@ Pose HeadTracker::Latest() const noexcept { return mImpl->History().Latest(); }
 Pose HeadTracker::At(std::int64_t timeNs) const noexcept { return mImpl->History().At(timeNs); }
 
 bool HeadTracker::Recentre() noexcept { return mImpl->History().Recentre(); }
+
+double HeadTracker::PredictionError(double seconds) const noexcept
+{
+    return mImpl->Writer().GetErrors().At(seconds);
+}
+
+double HeadTracker::RecentPredictionError(double seconds) const noexcept
+{
+    return mImpl->Writer().GetRecentErrors().At(seconds);
+}
 
 std::optional<TrackerEvent> HeadTracker::PollEvent() { return mImpl->Events().Poll(); }
 

@@ -12,11 +12,15 @@ using qlt::Quaternion;
 using qlt::Vec3;
 
 /// The usual time between two reports, from which the search for a moment begins.
-constexpr double REPORT_PERIOD_NS = 1e6;
+constexpr std::int64_t REPORT_PERIOD_NS = 1000000;
 
 /// The part of the forward axis that is horizontal, below which the axis tells no heading: about
 /// one degree from the vertical.
 constexpr float LEAST_HORIZONTAL = 0.02f;
+
+/// The cosine of half the angle between two orientations below which the arc between them is
+/// computed: 3.6 degrees.
+constexpr float NEARLY_PARALLEL = 0.9995f;
 
 /// The turn about the vertical by twice the angle whose cosine and sine these are.
 struct Heading
@@ -67,41 +71,59 @@ Heading TurnToForward(const Quaternion& q)
 Quaternion Slerp(const Quaternion& a, const Quaternion& b, float share)
 {
     const float dot = a.w() * b.w() + a.v().Dot(b.v());
-    const float cosine = std::min(std::fabs(dot), 1.0f);
-    float ofA = 1.0f - share;
-    float ofB = share;
-    if (cosine < 0.9995f) // else the chord is as good as the arc
+    const float cosine = std::fabs(dot);
+    const float sign = dot < 0.0f ? -1.0f : 1.0f;
+    if (cosine > NEARLY_PARALLEL)
     {
-        const float angle = std::acos(cosine);
-        ofA = std::sin(ofA * angle);
-        ofB = std::sin(ofB * angle);
+        // The chord is as good as the arc. Its length is sqrt(1 - 2e), and 1 + e the inverse of it.
+        const float e = share * (1.0f - share) * (1.0f - cosine);
+        return a * ((1.0f - share) * (1.0f + e)) + b * (sign * share * (1.0f + e));
     }
-    Quaternion q = a * ofA + b * (dot < 0.0f ? -ofB : ofB);
+    const float angle = std::acos(cosine);
+    Quaternion q = a * std::sin((1.0f - share) * angle) + b * (sign * std::sin(share * angle));
     q.Normalize();
     return q;
 }
 
-void MoveTo(PoseRecord& record, const PoseRecord& next, std::int64_t timeNs)
+/// Goes on to a moment before the next pose.
+void MoveTo(PastPose& pose, const PastPose& next, std::int64_t timeNs)
 {
-    const auto share = static_cast<float>(static_cast<double>(timeNs - record.timeNs) /
-                                          static_cast<double>(next.timeNs - record.timeNs));
-    const auto deviceStepUs = static_cast<double>(next.deviceTimeUs - record.deviceTimeUs);
-    record.deviceTimeUs += std::llround(static_cast<double>(share) * deviceStepUs);
-    record.orientation = Slerp(record.orientation, next.orientation, share);
-    record.angularVelocity += (next.angularVelocity - record.angularVelocity) * share;
-    record.timeNs = timeNs;
+    const auto share =
+        static_cast<float>(timeNs - pose.timeNs) / static_cast<float>(next.timeNs - pose.timeNs);
+    const auto deviceStepUs = static_cast<float>(next.deviceTimeUs - pose.deviceTimeUs);
+    pose.deviceTimeUs += static_cast<std::int64_t>(share * deviceStepUs);
+    pose.orientation = Slerp(pose.orientation, next.orientation, share);
+    pose.angularVelocity += (next.angularVelocity - pose.angularVelocity) * share;
+    pose.timeNs = timeNs;
 }
 
-/// By the turn that the angular velocity makes in that time.
-void MoveAhead(PoseRecord& record, std::int64_t aheadNs)
+/// The rotation by |turn| radians about `turn`.
+Quaternion RotationOf(const Vec3& turn)
 {
-    const Vec3 half = record.angularVelocity * (0.5e-9f * static_cast<float>(aheadNs));
-    const float angle = half.Length();
-    const float scale = angle > 1e-4f ? std::sin(angle) / angle : 1.0f;
-    record.orientation = record.orientation * Quaternion(std::cos(angle), half * scale);
-    record.orientation.Normalize();
-    record.deviceTimeUs += aheadNs / 1000;
-    record.timeNs += aheadNs;
+    const Vec3 half = turn * 0.5f;
+    const float x = half.Length2();
+    if (x > 1.0f)
+    {
+        const float angle = std::sqrt(x);
+        return {std::cos(angle), half * (std::sin(angle) / angle)};
+    }
+    // The series of the cosine and of sin(a) / a: the terms left out are below 3e-7. In double
+    // precision this would take most of the time of a prediction.
+    const float xx = x * x;
+    const float cosine =
+        1.0f - x * (1.0f / 2) + xx * (1.0f / 24 - x * (1.0f / 720) + xx * (1.0f / 40320));
+    const float sinc =
+        1.0f - x * (1.0f / 6) + xx * (1.0f / 120 - x * (1.0f / 5040) + xx * (1.0f / 362880));
+    return {cosine, half * sinc};
+}
+
+/// Goes on to a moment after the last pose.
+void MoveAhead(PastPose& pose, const PredictionTerms& terms, std::int64_t aheadNs)
+{
+    const Vec3 turn = terms.Turn(pose.angularVelocity, static_cast<double>(aheadNs) * 1e-9);
+    pose.orientation = pose.orientation * RotationOf(turn);
+    pose.deviceTimeUs += aheadNs / 1000;
+    pose.timeNs += aheadNs;
 }
 
 } // namespace
@@ -116,70 +138,76 @@ void PoseHistory::Publish(const PoseRecord& record) noexcept
     mRing.Publish(record);
     if (StateOf(mState.load(std::memory_order_relaxed)) != PoseState::Tracking)
     {
-        SetState(PoseState::Tracking, record.timeNs);
+        SetState(PoseState::Tracking, record.pose.timeNs);
     }
 }
 
 void PoseHistory::HoldIfOverdue(std::int64_t nowNs) noexcept
 {
     std::int64_t state = mState.load(std::memory_order_relaxed);
-    PoseRecord newest;
+    std::int64_t newestNs = 0;
     std::int64_t index = 0;
-    if (StateOf(state) == PoseState::Tracking && ReadNewest(newest, index) &&
-        nowNs - newest.timeNs > OVERDUE_NS)
+    if (StateOf(state) == PoseState::Tracking && ReadNewest(newestNs, index) &&
+        nowNs - newestNs > OVERDUE_NS)
     {
-        mState.compare_exchange_strong(state, WordOf(PoseState::Held, newest.timeNs),
+        mState.compare_exchange_strong(state, WordOf(PoseState::Held, newestNs),
                                        std::memory_order_release, std::memory_order_relaxed);
     }
 }
 
 Pose PoseHistory::Latest() const noexcept
 {
-    PoseRecord record;
+    PastPose pose;
     std::int64_t index = 0;
-    return ReadNewest(record, index) ? PoseOf(record, false) : Pose();
+    return ReadNewest(pose, index) ? PoseOf(pose, false) : Pose();
 }
 
 Pose PoseHistory::At(std::int64_t timeNs) const noexcept
 {
-    PoseRecord record;
+    std::int64_t newestNs = 0;
     std::int64_t newest = 0;
-    bool clamped = true;
-    do
+    while (ReadNewest(newestNs, newest))
     {
-        if (!ReadNewest(record, newest))
+        PoseRecord record;
+        PastPose& pose = record.pose;
+        bool clamped = false;
+        if (timeNs < newestNs)
         {
-            Pose none;
-            none.clamped = true;
-            return none;
+            if (ReadPast(timeNs, newest, newestNs, pose, clamped))
+            {
+                return PoseOf(pose, clamped);
+            }
         }
-        if (timeNs >= record.timeNs)
+        else if (mRing.Read(static_cast<std::uint64_t>(newest), record))
         {
-            const std::int64_t lastNs = record.timeNs + MAX_AHEAD_NS;
-            MoveAhead(record, std::min(timeNs, lastNs) - record.timeNs);
-            return PoseOf(record, timeNs > lastNs);
+            const std::int64_t lastNs = newestNs + MAX_AHEAD_NS;
+            MoveAhead(pose, record.terms, std::min(timeNs, lastNs) - newestNs);
+            return PoseOf(pose, timeNs > lastNs);
         }
-    } while (!ReadPast(timeNs, newest, record, clamped));
-    return PoseOf(record, clamped);
+    }
+    Pose none;
+    none.clamped = true;
+    return none;
 }
 
 bool PoseHistory::Recentre() noexcept
 {
-    PoseRecord record;
+    PastPose pose;
     std::int64_t index = 0;
-    if (!ReadNewest(record, index))
+    if (!ReadNewest(pose, index))
     {
         return false;
     }
-    mHeading.store(Packed(TurnToForward(record.orientation)), std::memory_order_relaxed);
+    mHeading.store(Packed(TurnToForward(pose.orientation)), std::memory_order_relaxed);
     return true;
 }
 
 /// False while there is none.
-bool PoseHistory::ReadNewest(PoseRecord& record, std::int64_t& index) const noexcept
+template <typename Part>
+bool PoseHistory::ReadNewest(Part& part, std::int64_t& index) const noexcept
 {
     std::uint64_t count = mRing.Count();
-    while (count != 0 && !mRing.Read(count - 1, record))
+    while (count != 0 && !mRing.Read(count - 1, part))
     {
         count = mRing.Count();
     }
@@ -187,43 +215,51 @@ bool PoseHistory::ReadNewest(PoseRecord& record, std::int64_t& index) const noex
     return count != 0;
 }
 
-/// Turns `record`, the newest one, into that of an earlier moment; `clamped` when even the oldest
-/// one is later. False when the writer has overtaken the reading.
-bool PoseHistory::ReadPast(std::int64_t timeNs, std::int64_t newest, PoseRecord& record,
-                           bool& clamped) const noexcept
+/// The pose at a moment before the newest one; `clamped` when even the oldest one is later. False
+/// when the writer has overtaken the reading.
+bool PoseHistory::ReadPast(std::int64_t timeNs, std::int64_t newest, std::int64_t newestNs,
+                           PastPose& pose, bool& clamped) const noexcept
 {
     const std::int64_t oldest = std::max<std::int64_t>(0, newest + 1 + RESERVE - SIZE);
-    const std::int64_t after = FindAfter(timeNs, oldest, newest, record.timeNs);
-    clamped = after == oldest;
-    PoseRecord next;
-    if (!mRing.Read(static_cast<std::uint64_t>(after), next))
+    std::int64_t guess = oldest;
+    if (timeNs > newestNs - SIZE * REPORT_PERIOD_NS)
     {
-        return false;
+        guess = std::max(oldest, newest - 1 - (newestNs - timeNs) / REPORT_PERIOD_NS);
     }
-    if (clamped)
+    PastPose next;
+    // Reports come regularly, so that the guess is nearly always right.
+    if (!ReadPair(guess, pose, next) || timeNs < pose.timeNs || timeNs >= next.timeNs)
     {
-        record = next;
-        return true;
+        const std::int64_t after = FindAfter(timeNs, guess, oldest, newest);
+        clamped = after == oldest;
+        if (clamped)
+        {
+            return mRing.Read(static_cast<std::uint64_t>(after), pose);
+        }
+        if (!ReadPair(after - 1, pose, next))
+        {
+            return false;
+        }
     }
-    if (!mRing.Read(static_cast<std::uint64_t>(after - 1), record))
-    {
-        return false;
-    }
-    MoveTo(record, next, timeNs);
+    MoveTo(pose, next, timeNs);
     return true;
 }
 
-/// The first record in `oldest` .. `newest` that is later than the moment, as the newest one is.
-/// Reports come regularly, so that the first guess is nearly always right or next to it.
-std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t oldest, std::int64_t newest,
-                                    std::int64_t newestNs) const noexcept
+bool PoseHistory::ReadPair(std::int64_t index, PastPose& pose, PastPose& next) const noexcept
 {
-    const double periods =
-        (static_cast<double>(newestNs) - static_cast<double>(timeNs)) / REPORT_PERIOD_NS;
+    return mRing.Read(static_cast<std::uint64_t>(index), pose) &&
+           mRing.Read(static_cast<std::uint64_t>(index + 1), next);
+}
+
+/// The first pose in `oldest` .. `newest` that is later than the moment, as the newest one is.
+/// Searches with growing steps from the guess on, and then by halves.
+std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t guess, std::int64_t oldest,
+                                    std::int64_t newest) const noexcept
+{
     std::int64_t low = oldest - 1; // not later than the moment, or not there
     std::int64_t high = newest;    // later
     std::int64_t step = 1;
-    std::int64_t probe = newest - static_cast<std::int64_t>(std::min(periods, 1e6));
+    std::int64_t probe = guess;
     while (high - low > 1)
     {
         probe = std::clamp(probe, low + 1, high - 1);
@@ -235,14 +271,14 @@ std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t oldest, st
     return high;
 }
 
-/// A record that has been overwritten counts as one of long ago.
+/// A pose that has been overwritten counts as one of long ago.
 bool PoseHistory::IsLater(std::int64_t index, std::int64_t timeNs) const noexcept
 {
-    std::int64_t recordNs = 0;
-    return mRing.Read(static_cast<std::uint64_t>(index), recordNs) && recordNs > timeNs;
+    std::int64_t poseNs = 0;
+    return mRing.Read(static_cast<std::uint64_t>(index), poseNs) && poseNs > timeNs;
 }
 
-Pose PoseHistory::PoseOf(const PoseRecord& record, bool clamped) const noexcept
+Pose PoseHistory::PoseOf(const PastPose& record, bool clamped) const noexcept
 {
     const std::int64_t state = mState.load(std::memory_order_acquire);
     Pose pose;

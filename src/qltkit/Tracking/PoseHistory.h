@@ -5,15 +5,16 @@
 #pragma once
 
 #include <qltkit/Tracking/Pose.h>
+#include <qltkit/Tracking/PredictionTerms.h>
 
 #include "Tracking/SeqlockRing.h"
 
 namespace qltkit
 {
 
-/// A pose as the reports gave it, before any recentring. The time stands first: the search reads
-/// nothing else.
-struct PoseRecord
+/// A pose as the reports gave it, before any recentring. The time stands first, because the search
+/// reads nothing else.
+struct PastPose
 {
     std::int64_t timeNs = 0;
     std::int64_t deviceTimeUs = 0;
@@ -21,6 +22,15 @@ struct PoseRecord
     qlt::Quaternion orientation;
     qlt::Vec3 angularVelocity;
     std::uint32_t sequence = 0;
+};
+
+/// The same, and what predicts from it. One line of the cache has the first part, a second one the
+/// rest.
+struct PoseRecord
+{
+    PastPose pose;
+    PredictionTerms terms;
+    std::uint32_t unused = 0; // makes the record a whole number of words
 };
 
 class PoseHistory
@@ -58,13 +68,16 @@ private:
     static PoseState StateOf(std::int64_t word) { return static_cast<PoseState>(word & 3); }
     static std::int64_t SinceOf(std::int64_t word) { return (word - (word & 3)) / 4; }
 
-    bool ReadNewest(PoseRecord& record, std::int64_t& index) const noexcept;
-    bool ReadPast(std::int64_t timeNs, std::int64_t newest, PoseRecord& record,
+    template <typename Part>
+    bool ReadNewest(Part& part, std::int64_t& index) const noexcept;
+
+    bool ReadPast(std::int64_t timeNs, std::int64_t newest, std::int64_t newestNs, PastPose& pose,
                   bool& clamped) const noexcept;
-    std::int64_t FindAfter(std::int64_t timeNs, std::int64_t oldest, std::int64_t newest,
-                           std::int64_t newestNs) const noexcept;
+    bool ReadPair(std::int64_t index, PastPose& pose, PastPose& next) const noexcept;
+    std::int64_t FindAfter(std::int64_t timeNs, std::int64_t guess, std::int64_t oldest,
+                           std::int64_t newest) const noexcept;
     bool IsLater(std::int64_t index, std::int64_t timeNs) const noexcept;
-    Pose PoseOf(const PoseRecord& record, bool clamped) const noexcept;
+    Pose PoseOf(const PastPose& record, bool clamped) const noexcept;
     void SetState(PoseState state, std::int64_t sinceNs) noexcept;
 
     SeqlockRing<PoseRecord, SIZE> mRing;

@@ -8,6 +8,9 @@ namespace
 /// A step of the sequence by more than this is one back.
 constexpr std::uint32_t HALF_RANGE = 0x80000000u;
 
+/// The errors of predictions are told once in so many reports, which is soon enough for people.
+constexpr std::uint64_t REPORTS_OF_ERRORS = 8;
+
 std::uint32_t U32(const qlt::SensorReport& report, std::size_t offset)
 {
     std::uint32_t value = 0;
@@ -26,13 +29,24 @@ void PoseWriter::OnReport(const qlt::SensorReport& report, std::int64_t hostNs)
     {
         mSink->OnReport(report, hostNs);
     }
-    ++mRecord.reportNumber;
+    ++mRecord.pose.reportNumber;
     mFresh = Follow(U32(report, 0), U32(report, 4), hostNs);
-    if (mFresh)
+    if (!mFresh)
     {
-        const ReportTime time = mTimer.Take(mDeviceUs, hostNs);
-        mRecord.timeNs = time.hostNs;
-        mRecord.deviceTimeUs = time.deviceUs;
+        return;
+    }
+    const ReportTime time = mTimer.Take(mDeviceUs, hostNs);
+    mRecord.pose.timeNs = time.hostNs;
+    mRecord.pose.deviceTimeUs = time.deviceUs;
+    if (mFilter == PoseFilter::Kit && mEstimator.Add(ReadImuSample(report)))
+    {
+        mPredictor.Add(mEstimator);
+        const Rotation& q = mEstimator.GetOrientation();
+        const Vector3 rate = mEstimator.GetAngularVelocity();
+        Publish(
+            {static_cast<float>(q.w), static_cast<float>(q.x), static_cast<float>(q.y),
+             static_cast<float>(q.z)},
+            {static_cast<float>(rate.x), static_cast<float>(rate.y), static_cast<float>(rate.z)});
     }
 }
 
@@ -54,18 +68,42 @@ void PoseWriter::OnLost(std::int64_t hostNs)
 
 void PoseWriter::OnGyroscopeEvent(const qlt::Vec3& angularVelocity, float)
 {
-    if (mFilter == PoseFilter::Core)
-    {
-        mRecord.angularVelocity = angularVelocity;
-    }
+    mCoreRate = angularVelocity;
 }
 
 void PoseWriter::OnOrientationEvent(const qlt::Quaternion& orientation, float)
 {
     if (mFilter == PoseFilter::Core && mFresh)
     {
-        mRecord.orientation = orientation;
-        mHistory.Publish(mRecord);
+        const Rotation q = {orientation.w(), orientation.x(), orientation.y(), orientation.z()};
+        const Vector3 rate = {mCoreRate.x(), mCoreRate.y(), mCoreRate.z()};
+        mPredictor.Add({static_cast<std::uint64_t>(mRecord.pose.deviceTimeUs), 0, true, q, rate});
+        Publish(orientation, mCoreRate);
+    }
+}
+
+void PoseWriter::Publish(const qlt::Quaternion& orientation, const qlt::Vec3& rate)
+{
+    mRecord.pose.orientation = orientation;
+    mRecord.pose.angularVelocity = rate;
+    mRecord.terms = mPredictor.GetTerms();
+    mHistory.Publish(mRecord);
+    if (mRecord.pose.reportNumber % REPORTS_OF_ERRORS == 0)
+    {
+        mErrors.Publish({mPredictor.GetErrors(), mPredictor.GetRecentErrors()});
+    }
+}
+
+PoseWriter::Errors PoseWriter::ReadErrors() const
+{
+    Errors errors;
+    for (;;)
+    {
+        const std::uint64_t count = mErrors.Count();
+        if (count == 0 || mErrors.Read(count - 1, errors))
+        {
+            return errors;
+        }
     }
 }
 
@@ -73,7 +111,7 @@ void PoseWriter::OnOrientationEvent(const qlt::Quaternion& orientation, float)
 /// repeats the last one.
 bool PoseWriter::Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int64_t hostNs)
 {
-    const std::uint32_t step = sequence - mRecord.sequence;
+    const std::uint32_t step = sequence - mRecord.pose.sequence;
     const bool wasUp = mLink == Link::Up;
     const bool repeated = wasUp && step == 0 && deviceUs == mDeviceUs;
     if (!wasUp)
@@ -86,7 +124,7 @@ bool PoseWriter::Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int
     {
         mEvents.Add(TrackerEvent::Kind::Gap, hostNs, step - 1);
     }
-    mRecord.sequence = sequence;
+    mRecord.pose.sequence = sequence;
     mDeviceUs = deviceUs;
     return !repeated;
 }

@@ -1,11 +1,13 @@
 // Makes poses and events of what the headset sends.
 //
-// Threads: all but Close on the one thread that reads reports.
+// Threads: one thread, the one that reads reports, unless an operation says otherwise.
 #pragma once
 
 #include <qlt/Sensors/TrackerListener.h>
 #include <qltkit/Headset/ReportTap.h>
 #include <qltkit/Tracking/HeadTracker.h>
+#include <qltkit/Tracking/OrientationEstimator.h>
+#include <qltkit/Tracking/Predictor.h>
 
 #include "Tracking/EventLine.h"
 #include "Tracking/PoseHistory.h"
@@ -35,6 +37,10 @@ public:
     void OnGyroscopeEvent(const qlt::Vec3& angularVelocity, float time) override;
     void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override;
 
+    /// Of predictions: over all reports, or over the last seconds. Any thread.
+    PredictionErrors GetErrors() const { return ReadErrors().all; }
+    PredictionErrors GetRecentErrors() const { return ReadErrors().recent; }
+
     /// From now on failing reads are of our own making, and no event. Any thread.
     void Close() { mClosed = true; }
 
@@ -46,6 +52,14 @@ private:
         Down,
     };
 
+    struct Errors
+    {
+        PredictionErrors all;
+        PredictionErrors recent;
+    };
+
+    Errors ReadErrors() const;
+    void Publish(const qlt::Quaternion& orientation, const qlt::Vec3& rate);
     bool Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int64_t hostNs);
 
     const PoseFilter mFilter;
@@ -57,7 +71,11 @@ private:
     Link mLink = Link::New;
     std::uint32_t mDeviceUs = 0; // of the last report
     bool mFresh = false;         // the last report was no repetition
+    qlt::Vec3 mCoreRate;         // of the last report
     PoseRecord mRecord;          // of the last report
+    OrientationEstimator mEstimator;
+    Predictor mPredictor;
+    SeqlockRing<Errors, 4> mErrors;
 };
 
 } // namespace qltkit

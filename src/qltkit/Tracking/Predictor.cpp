@@ -108,35 +108,6 @@ void Learn(Horizon& horizon, const Moment& moment, const Vector3& came, double s
     }
 }
 
-/// Between the values of the horizons, and from `atZero` on: linear in `scale` of the seconds.
-template <typename Scale, typename Value>
-double Between(double seconds, double atZero, const Scale& scale, const Value& value)
-{
-    double before = 0.0;
-    double low = atZero;
-    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
-    {
-        const double ahead = Seconds(AHEAD_US[i]);
-        const double high = value(i);
-        if (seconds <= ahead)
-        {
-            return low +
-                   (high - low) * (scale(seconds) - scale(before)) / (scale(ahead) - scale(before));
-        }
-        before = ahead;
-        low = high;
-    }
-    return low;
-}
-
-double Linear(double seconds) { return seconds; }
-double Squared(double seconds) { return seconds * seconds; } // as errors grow
-
-double Clamped(double seconds)
-{
-    return seconds > 0.0 ? std::min(seconds, Predictor::MAX_AHEAD_SECONDS) : 0.0;
-}
-
 } // namespace
 
 Predictor::Predictor()
@@ -150,29 +121,36 @@ Predictor::Predictor()
 void Predictor::Add(const OrientationEstimator& estimator)
 {
     const OrientationState& state = estimator.GetState();
-    if (state.phase == OrientationState::Phase::Empty ||
-        (mState.started && state.elapsedUs == mState.timeUs))
+    if (state.phase != OrientationState::Phase::Empty)
+    {
+        Add({state.elapsedUs, state.jumps, state.phase == OrientationState::Phase::Tracking,
+             estimator.GetOrientation(), estimator.GetAngularVelocity()});
+    }
+}
+
+void Predictor::Add(const PredictorInput& input)
+{
+    if (mState.started && input.timeUs == mState.timeUs)
     {
         return;
     }
-    FollowMotion(estimator, Seconds(state.elapsedUs - mState.timeUs));
-    mState.timeUs = state.elapsedUs;
-    mState.jumps = state.jumps;
+    FollowMotion(input, Seconds(input.timeUs - mState.timeUs));
+    mState.timeUs = input.timeUs;
+    mState.jumps = input.jumps;
     for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
     {
         Compare(i);
     }
     const Moment& last = mState.past[(mState.moments - 1) % PredictorState::PAST];
-    if (state.phase == OrientationState::Phase::Tracking &&
-        (mState.moments == 0 || mState.timeUs - last.timeUs >= MOMENT_US))
+    if (input.settled && (mState.moments == 0 || mState.timeUs - last.timeUs >= MOMENT_US))
     {
         Remember();
     }
 }
 
-void Predictor::FollowMotion(const OrientationEstimator& estimator, double seconds)
+void Predictor::FollowMotion(const PredictorInput& input, double seconds)
 {
-    const Vector3 rate = estimator.GetAngularVelocity();
+    const Vector3& rate = input.rate;
     if (!mState.started || seconds > GAP_SECONDS)
     {
         mState.acceleration = mState.smooth = {};
@@ -192,7 +170,7 @@ void Predictor::FollowMotion(const OrientationEstimator& estimator, double secon
     }
     mState.started = true;
     mState.rate = rate;
-    mState.orientation = estimator.GetOrientation();
+    mState.orientation = input.orientation;
 }
 
 /// Compares all moments whose horizon has come.
@@ -247,34 +225,55 @@ void Predictor::Remember()
     }
 }
 
+PredictionTerms Predictor::GetTerms() const
+{
+    const std::array<Vector3, TERMS> terms = TermsOf(mState);
+    PredictionTerms prediction;
+    const auto bend = [&terms](double ofRough, double ofSmooth)
+    {
+        const Vector3 v = (terms[1] * ofRough + terms[2] * ofSmooth) * 0.5;
+        return qlt::Vec3(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
+    };
+    prediction.bend[0] = bend(1.0, 0.0);
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        const Weights& weights = mState.horizons[i].weights;
+        prediction.lasting[i] = static_cast<float>(weights[0]);
+        prediction.bend[i + 1] = bend(weights[1], weights[2]);
+    }
+    return prediction;
+}
+
 Rotation Predictor::Predict(double seconds) const
 {
-    const double ahead = Clamped(seconds);
-    Weights weights;
-    for (std::size_t term = 0; term < TERMS; ++term)
+    const Vector3& rate = mState.rate;
+    const qlt::Vec3 turn =
+        GetTerms().Turn(qlt::Vec3(static_cast<float>(rate.x), static_cast<float>(rate.y),
+                                  static_cast<float>(rate.z)),
+                        seconds);
+    return Normalized(mState.orientation * RotationBy({turn.x(), turn.y(), turn.z()}));
+}
+
+PredictionErrors Predictor::GetErrors() const
+{
+    PredictionErrors errors;
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
     {
-        weights[term] = Between(ahead, term < 2 ? 1.0 : 0.0, Linear,
-                                [&](std::size_t i) { return mState.horizons[i].weights[term]; });
+        const Horizon& h = mState.horizons[i];
+        errors.radians[i] =
+            h.compared > 0 ? std::sqrt(h.errorSum / static_cast<double>(h.compared)) : 0.0;
     }
-    return Normalized(mState.orientation * RotationBy(Turn(TermsOf(mState), weights, ahead)));
+    return errors;
 }
 
-double Predictor::GetError(double seconds) const
+PredictionErrors Predictor::GetRecentErrors() const
 {
-    return Between(Clamped(seconds), 0.0, Squared,
-                   [this](std::size_t i)
-                   {
-                       const Horizon& h = mState.horizons[i];
-                       return h.compared > 0
-                                  ? std::sqrt(h.errorSum / static_cast<double>(h.compared))
-                                  : 0.0;
-                   });
-}
-
-double Predictor::GetRecentError(double seconds) const
-{
-    return Between(Clamped(seconds), 0.0, Squared,
-                   [this](std::size_t i) { return std::sqrt(mState.horizons[i].recentError); });
+    PredictionErrors errors;
+    for (std::size_t i = 0; i < PredictorState::HORIZONS; ++i)
+    {
+        errors.radians[i] = std::sqrt(mState.horizons[i].recentError);
+    }
+    return errors;
 }
 
 bool Predictor::Restore(const PredictorState& state)

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 namespace qltkit
 {
@@ -43,28 +44,21 @@ public:
     /// How many records there have been; the last one has the index Count() - 1.
     std::uint64_t Count() const noexcept { return mCount.load(std::memory_order_acquire); }
 
-    /// The first bytes of a record, or all of it. False when it has been overwritten.
+    /// Copies the first bytes of a record, or all of it. False when it has been overwritten; then
+    /// `part` holds nothing of use.
     template <typename Part>
     bool Read(std::uint64_t index, Part& part) const noexcept
     {
         static_assert(std::is_trivially_copyable_v<Part> && sizeof(Part) <= sizeof(Record));
         static_assert(sizeof(Part) % sizeof(std::uint64_t) == 0);
-        std::array<std::uint64_t, sizeof(Part) / sizeof(std::uint64_t)> words;
         const Slot& slot = mSlots[index % SIZE];
         if (slot.ticket.load(std::memory_order_acquire) != TicketOf(index))
         {
             return false;
         }
-        for (std::size_t i = 0; i < words.size(); ++i)
-        {
-            words[i] = slot.words[i].load(std::memory_order_acquire);
-        }
-        if (slot.ticket.load(std::memory_order_relaxed) != TicketOf(index))
-        {
-            return false;
-        }
-        std::memcpy(static_cast<void*>(&part), words.data(), sizeof part);
-        return true;
+        CopyWords(slot, reinterpret_cast<unsigned char*>(&part),
+                  std::make_index_sequence<sizeof(Part) / sizeof(std::uint64_t)>());
+        return slot.ticket.load(std::memory_order_relaxed) == TicketOf(index);
     }
 
 private:
@@ -75,6 +69,20 @@ private:
         std::atomic<std::uint64_t> ticket{0};
         std::array<std::atomic<std::uint64_t>, WORDS> words{};
     };
+
+    /// Without a loop, and each word straight to its place: a processor stalls when it reads in one
+    /// piece what it has just written in several.
+    template <std::size_t... I>
+    static void CopyWords(const Slot& slot, unsigned char* bytes, std::index_sequence<I...>)
+    {
+        (CopyWord(slot.words[I], bytes + I * sizeof(std::uint64_t)), ...);
+    }
+
+    static void CopyWord(const std::atomic<std::uint64_t>& from, unsigned char* to)
+    {
+        const std::uint64_t word = from.load(std::memory_order_acquire);
+        std::memcpy(to, &word, sizeof word);
+    }
 
     static constexpr std::uint64_t TicketOf(std::uint64_t index) { return 2 * index + 2; }
 

@@ -13,32 +13,55 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PLACE = ROOT / "build" / "mutants"
-TREE, BUILD = PLACE / "tree", PLACE / "build"
+TREE = PLACE / "tree"
 EQUIVALENTS = ROOT / "scripts" / "mutants_equivalent.txt"
 TEST_SECONDS = 30  # a fault may make a test hang
 
-# The first folder that fits names the room: its place, its first targets, and the tests that see it
-# first. A fault that these miss meets all other tests.
+# The first folder that fits names the room. Each stage of a room has the targets to build and the
+# tests to run; the second stage meets the faults that the first one misses.
 ROOMS = [
-    ("src/qlt/Arch/Linux", ["qlt_libusb_tests", "qlt_contract_tests", "qlt_library_tests"],
-     "^qlt_(libusb|contract|library)_tests"),
-    ("src/qlt/Runtime", ["qlt_runtime_tests"], "^qlt_runtime_tests"),
-    ("src/qlt/Math", ["qlt_math_tests"], "^qlt_math_tests"),
-    ("src/qlt/Sensors/HostService", ["qlt_host_tests"], "^qlt_host_tests"),
-    ("src/qlt/Sensors/Camera", ["qlt_camera_tests"], "^qlt_camera_tests"),
-    ("src/qlt/Sensors/Lens", ["qlt_sensors_tests"], "^qlt_sensors_tests"),
-    ("src/qlt/Sensors", ["qlt_sensors_tests"], "^qlt_sensors_tests"),
-    ("src/qlt/Render", ["qlt_render_tests", "qlt_glsl_tests"], "^qlt_(render|glsl)_tests"),
-    ("src/qlt/qlt_c_api", ["qlt_sdk_tests", "qlt_flat_test"], "^(qlt_sdk_tests|flat)"),
-    ("include/qlt", ["qlt_math_tests", "qlt_sensors_tests"], "^qlt_(math|sensors)_tests"),
-    ("src/qltkit", ["qltkit_tests"], "^qltkit"),
-    ("include/qltkit", ["qltkit_tests"], "^qltkit"),
-    ("tools/qlt", ["qlt"], "^qlt\\."),
-    ("bindings/python", [], "^bindings.python"),
-    ("bindings/csharp", [], "^bindings.csharp"),
+    ("src/qlt/Arch/Linux",
+     (["qlt_libusb_tests", "qlt_contract_tests", "qlt_library_tests"],
+      "^qlt_(libusb|contract|library)_tests")),
+    ("src/qlt/Runtime",
+     (["qlt_runtime_tests"], "^qlt_runtime_tests"),
+     (["qlt_sensors_tests", "qlt_camera_tests", "qlt_sdk_tests", "qlt_host_tests"],
+      "Hmd|CameraTest|Boundary|ObjectPose|ClientThread")),
+    ("src/qlt/Math",
+     (["qlt_math_tests"], "^qlt_math_tests"),
+     (["qlt_sensors_tests"], "Fusion|Distortion|Tracker|Report")),
+    ("src/qlt/Sensors/HostService", (["qlt_host_tests"], "^qlt_host_tests")),
+    ("src/qlt/Sensors/Camera",
+     (["qlt_camera_tests"], "^qlt_camera_tests"), (["qlt_libusb_tests"], "CameraFrames")),
+    ("src/qlt/Sensors/Lens",
+     (["qlt_sensors_tests"], "Distortion|Spline|Matrix|Params"),
+     (["qlt_render_tests", "qlt_flat_test"], "DirectModeMesh|flat")),
+    ("src/qlt/Sensors",
+     (["qlt_sensors_tests"], "^qlt_sensors_tests"),
+     (["qlt_host_tests", "qlt_libusb_tests", "qlt_sdk_tests"], "ObjectPose|HostHmd|Flat")),
+    ("src/qlt/Render", (["qlt_render_tests", "qlt_glsl_tests", "qlt_sdk_tests"],
+                          "^qlt_(render|glsl)_tests|Nvidia")),
+    ("src/qlt/qlt_c_api",
+     (["qlt_sdk_tests", "qlt_flat_test", "qlt_sensors_tests", "qlt_host_tests"],
+      "^(qlt_sdk_tests|flat)|TrackerTest|ObjectPose"),
+     (["qlt_camera_tests", "qlt_libusb_tests", "QueltaSDK"], "Camera|bindings")),
+    ("include/qlt",
+     (["qlt_math_tests", "qlt_sensors_tests"], "^qlt_(math|sensors)_tests"),
+     (["qlt_host_tests", "qlt_render_tests"], "^qlt_(host|render)_tests")),
+    ("src/qltkit", (["qltkit_tests"], "^qltkit")),
+    ("include/qltkit", (["qltkit_tests"], "^qltkit")),
+    ("tools/qlt", (["qlt"], "^qlt\\.")),
+    ("bindings/python", (["QueltaSDK", "vr_host_client_lib"], "^bindings.python")),
+    ("bindings/csharp", (["QueltaSDK", "vr_host_client_lib"], "^bindings.csharp")),
 ]
-LEFT_OUT = re.compile(r"Arch/Win32|/tests/|Plugins|examples|TrackedCamera|print_orientation")
-NEVER_RUN = "^(house|consumer|examples)"
+WINDOWS_ROOMS = [
+    ("src/qlt/Arch/Win32/Render", (["qlt_direct_mode_tests"], "^qlt_direct_mode_tests")),
+    ("src/qlt/Arch/Win32",
+     (["qlt_virtual_headset_tests", "qlt_contract_tests", "qlt_library_tests"],
+      "^qlt_(contract|library|virtual_headset)_tests")),
+]
+LEFT_OUT = re.compile(r"/tests/|Plugins|examples|TrackedCamera|print_orientation|CompileHlsl|\.in$")
+NEVER_RUN = "^(house|consumer|examples)|AThousand|GivesUpAfterTenSeconds|Fifty|Sixteen"
 
 Fault = collections.namedtuple("Fault", "file line rule before after")
 
@@ -62,7 +85,15 @@ RULES = [
     ("constant", r"(?<![\w.])(\d+\.\d+)(f?)\b", lambda m: another(float(m.group(1))) + m.group(2)),
     ("statement", r"^(\s+)[\w:.>\[\]()*-]+\(.*\);$", r"\1;"),
     ("statement", r"^(\s+)[\w:.>\[\]*-]+ [-+*/|&^<>]*= [^;]*;$", r"\1;"),
+    ("statement", r"^(\s+)return [^;{]+;$", r"\1return {};"),
+    ("condition", r" \? ([^:?]+) : ([^:?;]+);$", r" ? \2 : \1;"),
     ("arguments", r"\b(\w+\()([\w.]+), ([\w.]+)\)", r"\1\3, \2)"),
+    ("arguments", r"(\w\((?:.*, )?)[a-z]\w*\)(?=[);])", r"\1{})"),
+    ("neighbour", r"\bx\(\)", "y()"), ("neighbour", r"\by\(\)", "z()"),
+    ("neighbour", r"\bmX\b", "mY"), ("neighbour", r"_(LEFT|GL|RED|X)\b",
+     lambda m: {"LEFT": "_RIGHT", "GL": "_D3D", "RED": "_BLUE", "X": "_Y"}[m.group(1)]),
+    ("neighbour", r"Texture([RGB])\(", lambda m: f"Texture{'GBR'['RGB'.index(m.group(1))]}("),
+    ("neighbour", r"Get(Num)?Vertices\(", "GetNumIndices("),
 ]
 PYTHON_RULES = [rule for rule in RULES if ";" not in rule[1] and "if \\(" not in rule[1]] + [
     ("condition", r" and ", " or "), ("condition", r" or ", " and "),
@@ -70,20 +101,20 @@ PYTHON_RULES = [rule for rule in RULES if ";" not in rule[1] and "if \\(" not in
     ("constant", r"\bTrue\b", "False"), ("constant", r"\bFalse\b", "True"),
     ("statement", r"^(\s+)(self\.[\w.]+ = .*|[\w.]+\([^()]*\))$", r"\1pass"),
 ]
-SKIPPED = re.compile(r"^\s*(#|//|/\*|\*|using |static_assert|namespace|template|enum|class |struct |"
+SKIPPED = re.compile(r"^\s*(#|//|/\*|\*[ /]|using |static_assert|namespace|template|enum|class |struct |"
                      r"friend|import |from |def |\"\"\"|'''|\[DllImport)|QLT_CHECK|operator")
 
 
 def room_of(file):
-    return next(room for room in ROOMS if file.startswith(room[0]))
+    return next(room for room in WINDOWS_ROOMS + ROOMS if file.startswith(room[0]))
 
 
-def sources():
+def sources(windows):
     listed = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True)
-    folders = tuple(room[0] for room in ROOMS)
+    folders = tuple(room[0] for room in (WINDOWS_ROOMS if windows else ROOMS))
     return [file for file in listed.stdout.splitlines()
             if file.startswith(folders) and file.endswith((".cpp", ".h", ".py", ".cs"))
-            and not LEFT_OUT.search(file)]
+            and not LEFT_OUT.search(file) and windows == ("Arch/Win32" in file)]
 
 
 def faults_of(file):
@@ -115,21 +146,20 @@ def equivalents():
     return {(file, text, rule): reason for file, rule, text, reason in rows}
 
 
-def run(command, seconds=None, cwd=ROOT):
+def run(command, seconds=None):
     """Whether the command succeeded in time."""
     try:
-        return subprocess.run(command, cwd=cwd, timeout=seconds, stdin=subprocess.DEVNULL,
+        return subprocess.run(command, timeout=seconds, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                               check=False).returncode == 0
     except subprocess.TimeoutExpired:
         return False
 
 
-def prepare():
-    """Copies the tree, builds it without optimisation, and expects its tests to succeed."""
+def copy_tree():
     TREE.mkdir(parents=True, exist_ok=True)
     listed = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, check=True, capture_output=True)
-    kept = {file for file in listed.stdout.decode().split("\0") if file}
+    kept = {file for file in listed.stdout.decode().split("\0") if (ROOT / file).is_file()}
     for file in kept:
         source, copy = ROOT / file, TREE / file
         if not copy.exists() or copy.read_bytes() != source.read_bytes():
@@ -138,53 +168,69 @@ def prepare():
     for copy in [path for path in TREE.rglob("*") if path.is_file()]:
         if str(copy.relative_to(TREE)) not in kept:
             copy.unlink()
-    configure = ["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                 "-DCMAKE_CXX_FLAGS_DEBUG=-O1",
-                 f"-DQLT_RECORDINGS={ROOT.parent / 'shared' / 'recordings'}"]
-    if not run(configure) or not build([]):
-        sys.exit("mutants.py: the tree does not build")
-    if not test("."):
-        sys.exit("mutants.py: the tests fail without a fault")
 
 
-def build(targets):
-    return run(["cmake", "--build", BUILD, *(["--target", *targets] if targets else [])])
+class Builder:
+    """A build of the copied tree, for this system or with Wine for Windows."""
+
+    def __init__(self, windows):
+        self.build_folder = PLACE / ("windows" if windows else "build")
+        self.around = [ROOT / "scripts/with-wine.sh"] if windows else []
+        self.system = [f"-DCMAKE_TOOLCHAIN_FILE={TREE}/cmake/toolchain-mingw.cmake"] if windows else []
+        self.sound = set()  # the test patterns that are known to pass without a fault
+
+    def configure(self):
+        # Sources of third parties lie under build, which the copy does not have.
+        (TREE / "build").mkdir(exist_ok=True)
+        if (ROOT / "build/sources").exists() and not (TREE / "build/sources").exists():
+            (TREE / "build/sources").symlink_to(ROOT / "build/sources")
+        return run(["cmake", "-S", TREE, "-B", self.build_folder, "-G", "Ninja", *self.system,
+                    "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1",
+                    f"-DQLT_RECORDINGS={ROOT.parent / 'shared' / 'recordings'}"])
+
+    def build(self, targets):
+        return run(["cmake", "--build", self.build_folder, "-j2", "--target", *targets])
+
+    def test(self, pattern):
+        return run([*self.around, "ctest", "--test-dir", self.build_folder, "-j2", "-R", pattern,
+                    "-E", NEVER_RUN, "-LE", "soak|house", "--stop-on-failure",
+                    "--timeout", str(TEST_SECONDS), "--no-tests=error"])
+
+    def passes(self, targets, pattern):
+        """Whether the tests pass with the tree as it is; None when it does not compile."""
+        return self.test(pattern) if self.build(targets) else None
+
+    def expect_sound(self, targets, pattern):
+        """Ends the program when these tests fail without a fault."""
+        if pattern not in self.sound:
+            if not self.passes(targets, pattern):
+                sys.exit(f"mutants.py: without a fault, {pattern} does not build or fails")
+            self.sound.add(pattern)
+
+    def plant(self, fault):
+        """'caught', 'survived', or 'invalid' for a fault that does not compile."""
+        file = TREE / fault.file
+        original = file.read_text(encoding="utf-8")
+        for stage in room_of(fault.file)[1:]:
+            self.expect_sound(*stage)
+            lines = original.split("\n")
+            lines[fault.line - 1] = fault.after
+            try:
+                file.write_text("\n".join(lines), encoding="utf-8")
+                passed = self.passes(*stage)
+            finally:
+                file.write_text(original, encoding="utf-8")
+            if not passed:
+                return "invalid" if passed is None else "caught"
+        return "survived"
 
 
-def test(pattern, without=NEVER_RUN):
-    return run(["ctest", "--test-dir", BUILD, "-j2", "-R", pattern, "-E", without, "-LE", "soak|house",
-                "--stop-on-failure", "--timeout", str(TEST_SECONDS), "--no-tests=error"])
-
-
-def plant(fault):
-    """'caught', 'survived', or 'invalid' for a fault that does not compile."""
-    file = TREE / fault.file
-    original = file.read_text(encoding="utf-8")
-    lines = original.split("\n")
-    lines[fault.line - 1] = fault.after
-    _, targets, first = room_of(fault.file)
-    try:
-        file.write_text("\n".join(lines), encoding="utf-8")
-        compiled = not fault.file.endswith((".cpp", ".h"))
-        if not compiled and not build(targets):
-            return "invalid"
-        if not test(first):
-            return "caught"
-        if compiled or fault.file.startswith("tools/"):
-            return "survived"
-        if not build([]):
-            return "invalid"
-        return "survived" if test(".", f"{NEVER_RUN}|{first}") else "caught"
-    finally:
-        file.write_text(original, encoding="utf-8")
-
-
-def sample_of(files, count, seed):
-    faults = [fault for file in files for fault in faults_of(file)]
-    random.Random(seed).shuffle(faults)
+def sample_of(files, seed):
     known = equivalents()
-    return [fault for fault in faults
-            if (fault.file, fault.before, fault.rule) not in known], count
+    faults = [fault for file in files for fault in faults_of(file)
+              if (fault.file, fault.before, fault.rule) not in known]
+    random.Random(seed).shuffle(faults)
+    return faults
 
 
 def report(results):
@@ -203,21 +249,26 @@ def main():
     parser.add_argument("--sample", type=int, default=200)
     parser.add_argument("--seed", type=int, default=random.randrange(1000000))
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--windows", action="store_true", help="the Windows wings, with Wine")
     parser.add_argument("files", nargs="*", metavar="FILE")
     arguments = parser.parse_args()
-    faults, wanted = sample_of(arguments.files or sources(), arguments.sample, arguments.seed)
-    print(f"{len(faults)} possible faults, {wanted} wanted, seed {arguments.seed}", flush=True)
+    faults = sample_of(arguments.files or sources(arguments.windows), arguments.seed)
+    print(f"{len(faults)} possible faults, {arguments.sample} wanted, seed {arguments.seed}",
+          flush=True)
     if arguments.list:
-        for fault in faults[:wanted]:
+        for fault in faults[:arguments.sample]:
             print(f"{fault.file}:{fault.line}: {fault.rule}: {fault.after.strip()}")
         return
-    prepare()
+    copy_tree()
+    builder = Builder(arguments.windows)
+    if not builder.configure():
+        sys.exit("mutants.py: the tree cannot be configured")
     results = []
     for fault in faults:
-        if len(results) == wanted:
+        if len(results) == arguments.sample:
             break
         begin = time.monotonic()
-        result = plant(fault)
+        result = builder.plant(fault)
         if result != "invalid":
             results.append((fault, result))
             print(f"{len(results):3} {result:8} {time.monotonic() - begin:4.0f} s "

@@ -1,5 +1,5 @@
 #!/bin/bash
-# mutants.sh [--sample N] [--seed S] [--list] [FILE...]: plants one-line faults in FILEs, or in core,
+# mutants.sh [--sample N] [--seed S] [--list] [--windows] [FILE...]: plants one-line faults in FILEs, or in core,
 # kit, command and bindings, one at a time in a copy of the tree under build/mutants. It builds and
 # runs the tests that reach each fault, and prints per room how many faults the tests caught.
 #

@@ -1,5 +1,6 @@
 // The camera with real OpenGL, and a scripted device.
 #include <qlt/Sensors/Camera.h>
+#include <qlt/qlt_c_api.h>
 
 #include "view/GlContext.h"
 
@@ -31,11 +32,26 @@ GLint State(GLenum name)
     return value;
 }
 
-GLint TextureWidth()
+/// Of the texture that is bound.
+GLint TextureSize(GLenum side)
 {
-    GLint width = -1;
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
-    return width;
+    GLint size = -1;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, side, &size);
+    return size;
+}
+
+/// Makes and binds a texture of the engine's own, and sets how the engine unpacks its pixels.
+unsigned int BindOther()
+{
+    unsigned int other = 0;
+    glGenTextures(1, &other);
+    glBindTexture(GL_TEXTURE_2D, other);
+    for (const GLenum name :
+         {GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SKIP_ROWS, GL_UNPACK_ALIGNMENT})
+    {
+        glPixelStorei(name, 8);
+    }
+    return other;
 }
 
 Bytes ReadBack(unsigned int texture)
@@ -68,6 +84,9 @@ protected:
         EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
     }
 
+    /// The same camera through the flat interface, whose handles are addresses.
+    qlt_Camera* Flat() { return reinterpret_cast<qlt_Camera*>(camera.get()); }
+
     GlContext context;
     ScriptedUsbHost host{std::vector<ScriptedDevice>(1)};
     std::unique_ptr<Camera> camera;
@@ -79,9 +98,12 @@ TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
 {
     EXPECT_EQ(Camera::GetWidth(), 2560);
     EXPECT_EQ(Camera::GetHeight(), 1440);
+    const unsigned int other = BindOther();
     Open(0, Camera::RENDERER_GL);
     const auto texture = static_cast<unsigned int>(camera->GetTextureId());
     EXPECT_NE(texture, 0u);
+    EXPECT_NE(texture, other);
+    EXPECT_EQ(qlt_Camera_GetTextureId(Flat()), camera->GetTextureId());
     for (const auto& [name, expected] : {std::pair(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
                                          {GL_TEXTURE_MIN_FILTER, GL_LINEAR},
                                          {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_BORDER},
@@ -91,7 +113,6 @@ TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
         glGetTexParameteriv(GL_TEXTURE_2D, static_cast<GLenum>(name), &value);
         EXPECT_EQ(value, expected) << name;
     }
-    EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 1);
     for (std::uint32_t number = 1; number <= QLT_PATTERN_FRAMES; ++number)
     {
         Bytes frame = ScriptedUsbHost::Frame(FRAME, number);
@@ -100,27 +121,29 @@ TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
             frame[i] = static_cast<std::uint8_t>(i * 7 + i / 2560 * 13 + number);
         }
         host.Queue({{frame}});
-        camera->Update();
+        glBindTexture(GL_TEXTURE_2D, other);
+        qlt_Camera_Update(Flat());
         EXPECT_EQ(std::memcmp(ReadBack(texture).data(), &frame[24], IMAGE), 0) << number;
     }
-    EXPECT_EQ(TextureWidth(), 2560);
+    EXPECT_EQ(TextureSize(GL_TEXTURE_WIDTH), 2560);
+    EXPECT_EQ(TextureSize(GL_TEXTURE_HEIGHT), 1440);
     // A copy is the same camera; it is not to be destroyed.
     alignas(Camera) unsigned char place[sizeof(Camera)];
     EXPECT_EQ((new (place) Camera(*camera))->GetTextureId(), camera->GetTextureId());
 }
 
-TEST_F(CameraTest, TakesATextureThatItIsGiven)
+TEST_F(CameraTest, UploadsIntoTheTextureThatItIsGiven)
 {
     Open(7, Camera::RENDERER_GL);
     EXPECT_EQ(camera->GetTextureId(), 7);
-    EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), 7);
+    host.Queue({{ScriptedUsbHost::Frame(FRAME, 5)}});
+    camera->Update();
+    EXPECT_EQ(ReadBack(7), Bytes(IMAGE, 5));
 }
 
 TEST_F(CameraTest, OnlyKeepsThePaceOfADirect3dApplication)
 {
-    unsigned int mine = 0;
-    glGenTextures(1, &mine);
-    glBindTexture(GL_TEXTURE_2D, mine);
+    const unsigned int other = BindOther();
     AssertionRecorder assertions;
     Open(0, Camera::RENDERER_D3D);
     EXPECT_EQ(assertions.Take(), std::vector<std::string>{"texture_id|Sensors/Camera|60"});
@@ -130,14 +153,14 @@ TEST_F(CameraTest, OnlyKeepsThePaceOfADirect3dApplication)
         host.Queue({{ScriptedUsbHost::Frame(FRAME, number)}});
         camera->Update();
     }
-    // Nothing of OpenGL has been touched.
-    EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), static_cast<GLint>(mine));
-    EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 4);
-    EXPECT_EQ(TextureWidth(), 0);
+    // It has left the state of OpenGL alone.
+    EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), static_cast<GLint>(other));
+    EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 8);
+    EXPECT_EQ(TextureSize(GL_TEXTURE_WIDTH), 0);
 }
 
-// The stream goes on while a frame is uploaded and compared: what is shown is one frame, and a
-// later one every time.
+// The stream goes on while a frame is uploaded and compared. Every update shows one whole frame,
+// which is a later one each time.
 TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // fewer under a sanitizer
 {
     constexpr std::uint32_t FRAMES = QLT_NUMBERED_FRAMES;
@@ -152,7 +175,7 @@ TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // fewer under a sanitizer
             }
         });
     std::uint32_t last = 0;
-    // The pixels tell the number's lowest byte, which is enough for steps of less than 256.
+    // The pixels are the lowest byte of the frame's number. Steps are shorter than 256 frames.
     while (last < FRAMES)
     {
         camera->Update();

@@ -33,11 +33,17 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
     EXPECT_EQ(assertions.TakeTexts(), (Reports{"dim>0|Sensors/Params", "n_u >= 0|Sensors/Params",
                                                "n_l >= 0|Sensors/Params"}));
     a.resize(3, 1, 1);
-    EXPECT_TRUE(a.dim() == 3 && a.num_upper() == 1 && a.num_lower() == 1);
+    EXPECT_EQ(a.dim(), 3);
+    EXPECT_EQ(a.num_upper(), 1);
+    EXPECT_EQ(a.num_lower(), 1);
     const std::string inside = "(i >= 0) && (i<dim()) && (j >= 0) && (j<dim())|Sensors/Params";
     const std::string inBand = "(-num_lower() <= k) && (k <= num_upper())|Sensors/Params";
-    a(0, 3) = a(-1, -1) = a(2, 0) = 1.0; // from the right
-    EXPECT_EQ(assertions.TakeTexts(), (Reports{inBand, inside, inside, inBand}));
+    a(2, 0) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), Reports{inBand});
+    a(-1, -1) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), Reports{inside});
+    a(0, 3) = 1.0;
+    EXPECT_EQ(assertions.TakeTexts(), (Reports{inside, inBand}));
     a.SavedDiagonal(3) = 1.0;
     EXPECT_EQ(assertions.TakeTexts(), Reports{"(i >= 0) && (i<dim())|Sensors/Params"});
     a.Solve({1.0}, true);
@@ -49,7 +55,7 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
     EXPECT_EQ(assertions.TakeTexts(), Reports(2, "this->operator()(i, i) != 0.0|Sensors/Params"));
 }
 
-// The cubic is what EqualsThePlainModelToTheLastBit compares.
+// DistortionFunctionTest.EqualsThePlainModelToTheLastBit compares the cubic spline.
 TEST(CubicSplineTest, WithoutTheCubicItIsLinearAndGoesOnOutside)
 {
     const CubicSpline spline = Through({0, 1, 2}, {0, 1, 0}, false);

@@ -18,13 +18,13 @@ using namespace qlt;
 using namespace qlt::DistortConstants;
 using Reports = std::vector<std::string>;
 
-/// The shared constants are the process's: each test leaves them as they were.
+/// Each test restores the constants that all lenses of the process share.
 class DistortionFunctionTest : public testing::Test
 {
 protected:
     ~DistortionFunctionTest() override { SetForAllLenses(0.0f, 126.02f, 64.644f); }
 
-    /// For the eyes and colours as they are numbered, and numbers that are none.
+    /// Eyes and colours are numbers here, because invalid ones are tested, too.
     Vec3 At(float x, float y, int eye, int color = Params::COLOR_RED)
     {
         return lens.Distortion(Vec2(x, y), static_cast<Params::Eye>(eye),
@@ -74,7 +74,7 @@ TEST_F(DistortionFunctionTest, TheLensCentreIsTheMiddleOfTheTextureAndTheEyesAre
                 1e-5f);
 }
 
-TEST_F(DistortionFunctionTest, TheDepthTellsInsideFromOutside)
+TEST_F(DistortionFunctionTest, OnlyPointsOutsideTheLensHaveTheOutsideDepth)
 {
     lens.Initialize();
     // The edge itself is inside. The radius of a point beside the centre is its distance in x.
@@ -86,27 +86,34 @@ TEST_F(DistortionFunctionTest, TheDepthTellsInsideFromOutside)
               Bits(Vec3(1, 1, -1.1f))); // limited
 }
 
-TEST_F(DistortionFunctionTest, OtherTablesSetTheSharedConstantsForAll)
+TEST_F(DistortionFunctionTest, OtherTablesSetTheSharedConstantsForAllLenses)
 {
     lens.Initialize();
     DistortionFunction other;
-    // It scales by a half everywhere, measured for the eye's own field of view and panel.
+    // Each colour is scaled by one factor everywhere, measured for the eye's own field of view and
+    // panel.
     DistortParams params;
     params.radius = {0.0, 0.5, 1.0};
-    params.red = params.green = params.blue = {0.5, 0.5, 0.5};
+    params.red = {0.25, 0.25, 0.25};
+    params.green = {0.5, 0.5, 0.5};
+    params.blue = {0.75, 0.75, 0.75};
     params.fovDeg = static_cast<double>(EYE_FOV_RAD) * 57.29577951308232;
     params.widthMm = 62.72;
     other.Initialize(params);
     EXPECT_NEAR(DISTORT_SCALE, 1.0f, 1e-6f);
-    const Vec3 half =
-        other.Distortion(Vec2(0.412436205f, 0.5f), Params::EYE_RIGHT, Params::COLOR_GREEN);
-    EXPECT_NEAR(half.x(), 0.6f, 1e-6f);
-    EXPECT_NEAR(half.y(), 0.625f, 1e-6f);
-    // The one with the headset's tables scales by the new constants, too.
+    for (const auto& [color, factor] : {std::pair(Params::COLOR_RED, 0.25f),
+                                        {Params::COLOR_GREEN, 0.5f},
+                                        {Params::COLOR_BLUE, 0.75f}})
+    {
+        const Vec3 at = other.Distortion(Vec2(0.412436205f, 0.5f), Params::EYE_RIGHT, color);
+        EXPECT_NEAR(at.x(), 0.5f + 0.5f * 0.4f * factor, 1e-6f);
+        EXPECT_NEAR(at.y(), 0.5f + 0.5f * 0.5f * factor, 1e-6f);
+    }
+    // The lens with the headset's tables uses the new scale as well.
     EXPECT_NEAR(At(-0.012436205f, 0.02f, Params::EYE_LEFT).y(), 0.5f + 0.01f * 0.5576f, 1e-5f);
-    // A centre half the viewport higher.
+    // A second initialisation is allowed. It moves the centre up by half the viewport.
     params.offsetYMm = 70.56 / 2;
-    other.Initialize(params); // again, without a word
+    other.Initialize(params);
     EXPECT_FLOAT_EQ(DISTORT_OFFSET_Y, 1.0f);
     EXPECT_NEAR(other.Distortion(Vec2(0, 1), Params::EYE_LEFT, Params::COLOR_RED).y(), 0.5f, 1e-6f);
     EXPECT_EQ(assertions.Take(), Reports{});
@@ -131,10 +138,12 @@ TEST_F(DistortionFunctionTest, BrokenPreconditionsAreReportedAndSurvived)
         EXPECT_EQ(Bits(At(1, 1, Params::EYE_LEFT, wrong)), Bits(Vec3()));
         EXPECT_EQ(assertions.TakeTexts(), Reports{"false|Sensors/Params"});
     }
-    DistortParams short1;
-    short1.radius = {1.0};
-    short1.red = short1.green = short1.blue = {0.5};
-    lens.Initialize(short1);
+    DistortParams onePoint;
+    onePoint.radius = {1.0};
+    onePoint.red = {0.5};
+    onePoint.green = {0.5};
+    onePoint.blue = {0.5};
+    lens.Initialize(onePoint);
     EXPECT_FALSE(assertions.Take().empty());
     At(0.5f, 0.5f, Params::EYE_LEFT, Params::COLOR_BLUE);
 }

@@ -44,7 +44,6 @@ protected:
 
     ComPtr<ID3D11Texture2D> MakeTexture(UINT bind, const Bytes& pixels);
     Bytes Read(ID3D11Texture2D* texture);
-    Bytes Read(ID3D11Buffer* buffer);
 
     ComPtr<ID3D11Device> device;
     ComPtr<ID3D11DeviceContext> context;
@@ -58,8 +57,7 @@ protected:
     HANDLE frameEvent = CreateEventW(nullptr, FALSE, TRUE, nullptr); // set by each present
 
     Log log;
-    std::size_t failing = NEVER;  // the place in the log whose call fails
-    std::function<void()> onDraw; // sees the state that it draws with, unwatched
+    std::size_t failing = NEVER; // the place in the log whose call fails
 
     std::unique_ptr<FunctionTable> deviceFunctions; // gone before the device
     std::unique_ptr<FunctionTable> contextFunctions;
@@ -69,7 +67,6 @@ private:
     bool Fails(const std::string& call);
     void WatchDevice();
     void WatchContext();
-    Bytes Read(ID3D11Resource* staging, UINT rows, std::size_t rowSize);
 
     bool mWatching = true;
 };

@@ -183,11 +183,35 @@ TEST_F(ClientThreadTest, AManagerThatCannotBeStoppedIsReportedAndDestroyed)
     EXPECT_EQ(Calls("_stop"), "ClientManager_stop ");
 }
 
-// On the worker nothing is caught.
+TEST_F(ClientThreadTest, AServiceIsCompleteOnlyWithEveryFunction)
+{
+    std::vector<std::string> names;
+    const auto load = [&](const std::string& missing)
+    {
+        names.clear();
+        return qlt::HostService::Load(
+            [&](const char* name)
+            {
+                names.emplace_back(name);
+                return name == missing ? nullptr : qlt::FindFunction(library, name);
+            });
+    };
+    EXPECT_TRUE(load("").complete);
+    EXPECT_EQ(names.size(), 25U);
+    for (const std::string& name : std::vector<std::string>(names))
+    {
+        const qlt::HostService service = load(name);
+        EXPECT_TRUE(service.installed);
+        EXPECT_FALSE(service.complete) << name;
+    }
+}
+
+// Nothing is caught on the worker.
 TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const std::string nullPointer = "Error VR_STATUS_ERROR_NULL_PTR \\(2\\)"; // of no handle
+    const std::string failedWait; // its text is the system's
     const std::pair<const char*, std::string> rows[] = {
         {"VRHostClientManager_start", "Cannot start the client manage"},
         {"VRHostClientManager_start", nullPointer},
@@ -207,13 +231,16 @@ TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
         {"VRHostDeviceScene_getNotificationHandle",
          "Cannot get the device scene notification handl"},
         {"VRHost_getHandlePtr", "Cannot get handle pointe"},
+        {"VRHostDevice_getNotificationHandle", failedWait},
     };
     for (const auto& row : rows)
     {
         const auto run = [&]
         {
             const auto& [function, text] = row;
-            script.Fail(function, text == nullPointer ? HostServiceScript::ZERO : 23);
+            script.Fail(function, text == nullPointer  ? HostServiceScript::ZERO
+                                  : text == failedWait ? HostServiceScript::NO_EVENT
+                                                       : 23);
             Start();
             ConnectAll();
             Notify(CLIENT_WITHDRAWN);

@@ -1,5 +1,8 @@
 // The poses of tracked objects, from the host service to the tracker's callers.
 #include <qlt/Sensors/SimulatorTracker.h>
+#include <qlt/qlt_c_api.h>
+
+#include "Sensors/HostService/SceneDescriptor.h"
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/HostServiceFixture.h"
@@ -11,6 +14,7 @@
 #include <atomic>
 #include <cfloat>
 #include <cmath>
+#include <cstring>
 #include <future>
 
 namespace
@@ -38,10 +42,24 @@ protected:
         EXPECT_EQ(assertions.Take(), Reports{});
     }
 
+    /// Through both faces. The flat one takes a shorter index, and its handles are addresses.
     std::string Pose(std::uint64_t index)
     {
-        return Text(tracker.GetObjectPosition(index)) + ", " +
-               Text(tracker.GetObjectOrientation(index));
+        const qlt::Vec3 position = tracker.GetObjectPosition(index);
+        const qlt::Quaternion orientation = tracker.GetObjectOrientation(index);
+        const auto shortIndex = static_cast<std::int32_t>(index);
+        if (static_cast<std::uint64_t>(shortIndex) == index)
+        {
+            auto* const flat = reinterpret_cast<qlt_Tracker*>(static_cast<qlt::Tracker*>(&tracker));
+            qlt::Vec3 p;
+            qlt::Quaternion q;
+            qlt_Tracker_GetObjectPosition(flat, reinterpret_cast<qlt_Vec3*>(&p), shortIndex);
+            qlt_Tracker_GetObjectOrientation(flat, reinterpret_cast<qlt_Quaternion*>(&q),
+                                             shortIndex);
+            EXPECT_EQ(Text(p), Text(position));
+            EXPECT_EQ(Text(q), Text(orientation));
+        }
+        return Text(position) + ", " + Text(orientation);
     }
 
     AssertionRecorder assertions;
@@ -50,6 +68,26 @@ protected:
 };
 
 } // namespace
+
+// The bytes are in memory of exactly their size, where a sanitizer sees a step past the end.
+TEST(SceneDescriptorTest, AnObjectIsReadAtItsPlaceAndNothingOutsideTheCount)
+{
+    EXPECT_FALSE(qlt::ReadObjectPose(nullptr, 0));
+    std::vector<unsigned char> bytes(32 + 40 * 2, 0xEE);
+    const std::uint64_t count = 2;
+    const float last[] = {1, -2, 3, 0.1f, -0.2f, 0.3f, -0.4f, 0.5f};
+    std::memcpy(&bytes[24], &count, sizeof count);
+    std::memcpy(&bytes[bytes.size() - sizeof last], last, sizeof last);
+    const auto pose = qlt::ReadObjectPose(bytes.data(), 1);
+    ASSERT_TRUE(pose.has_value());
+    EXPECT_EQ(Text(pose->position), "1 -2 3");
+    EXPECT_EQ(Text(pose->orientation), "0.1 -0.2 0.3 -0.4");
+    EXPECT_EQ(pose->confidence, 0.5f);
+    for (const std::uint64_t index : {2ull, 3ull, ~0ull})
+    {
+        EXPECT_FALSE(qlt::ReadObjectPose(bytes.data(), index));
+    }
+}
 
 TEST_F(ObjectPoseTest, ReachTheTrackerWhileTheServiceHasThem)
 {

@@ -67,7 +67,6 @@ public:
         const std::lock_guard<std::mutex> lock(mMutex);
         mFailures.clear();
         mCalls.clear();
-        mMistakes.clear();
         const HostObject objects[] = {{0, {0.5f, 1.5f, -2.0f}, {1, 0, 0, 0}, 1.0f},
                                       {0, {0.25f, 0.75f, -1.0f}, {0, 1, 0, 0}, 0.5f}};
         Describe(objects, 2, 2);
@@ -118,7 +117,9 @@ public:
 
     Status LendSignal(const char* function, Kind kind, Handle handle, Handle* event)
     {
-        *event = GivesZero(function) ? 0 : mSignals[kind];
+        *event = GivesZero(function)               ? 0
+                 : mFailures[function] == NO_EVENT ? 0x7FFFFFF0
+                                                   : mSignals[kind];
         for (std::size_t i = 0; mAutomatic && i < mFirstNews[kind].size(); ++i)
         {
             Queue(kind, mFirstNews[kind][i], false);
@@ -223,7 +224,7 @@ private:
     /// What a call with these arguments returns.
     Status Answer(const char* function, bool isRight)
     {
-        return !isRight ? WRONG_ARGUMENT : GivesZero(function) ? OK : mFailures[function];
+        return isRight ? std::max(mFailures[function], OK) : WRONG_ARGUMENT;
     }
 
     Status Add(const char* function, Status status, Kind kind, Handle* created)

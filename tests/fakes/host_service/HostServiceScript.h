@@ -25,15 +25,17 @@ struct HostObject
 class HostServiceScript
 {
 public:
-    /// Forgets failures, calls and objects; whatever is still lent or connected stays.
+    /// Forgets failures, calls and objects. What is lent or connected stays, and so do mistakes.
     virtual void Reset() = 0;
 
     /// Queues a notification of `source`, and signals it unless `quiet`.
     virtual void Notify(HostSource source, std::uint32_t type, bool quiet = false) = 0;
 
-    /// Makes every call of a function, by its exported name, return `status`; 0 for an end of that,
-    /// and ZERO for a success with a zero handle, or pointer.
+    /// Makes every call of a function, by its exported name, return `status`. 0 ends that. With
+    /// ZERO a call succeeds and gives a null handle or pointer; with NO_EVENT, a handle of no
+    /// event.
     static constexpr std::int32_t ZERO = -1;
+    static constexpr std::int32_t NO_EVENT = -2;
     virtual void Fail(const char* function, std::int32_t status) = 0;
 
     /// The objects of the next descriptors, and the number that they claim to have.

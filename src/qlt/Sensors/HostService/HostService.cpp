@@ -11,34 +11,31 @@ namespace
 class Filler
 {
 public:
-    explicit Filler(LibraryHandle library)
-        : mLibrary(library)
+    explicit Filler(const HostService::Finder& find)
+        : mFind(find)
     {
     }
 
     template <typename Function>
     void Fill(Function& entry, const char* name)
     {
-        entry = reinterpret_cast<Function>(FindFunction(mLibrary, name));
+        entry = reinterpret_cast<Function>(mFind(name));
         mComplete = mComplete && entry != nullptr;
     }
 
     bool Complete() const { return mComplete; }
 
 private:
-    LibraryHandle mLibrary;
+    const HostService::Finder& mFind;
     bool mComplete = true;
 };
 
-HostService Load()
+} // namespace
+
+HostService HostService::Load(const Finder& find)
 {
     HostService service;
-    const LibraryHandle library = LoadInstalledLibrary("vr_host_client_lib");
-    if (library == nullptr)
-    {
-        return service;
-    }
-    Filler filler(library);
+    Filler filler(find);
     filler.Fill(service.clientManagerCreate, "VRHostClientManager_create");
     filler.Fill(service.clientManagerStart, "VRHostClientManager_start");
     filler.Fill(service.clientManagerReadNotification, "VRHostClientManager_readNotification");
@@ -69,11 +66,15 @@ HostService Load()
     return service;
 }
 
-} // namespace
-
 const HostService& HostService::System()
 {
-    static const HostService service = Load();
+    static const HostService service = []
+    {
+        const LibraryHandle library = LoadInstalledLibrary("vr_host_client_lib");
+        return library == nullptr
+                   ? HostService()
+                   : Load([library](const char* name) { return FindFunction(library, name); });
+    }();
     return service;
 }
 

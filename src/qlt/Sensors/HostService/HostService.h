@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 namespace qlt
 {
@@ -65,6 +66,11 @@ struct HostService
     /// Whether the library is on this machine, and whether it has every entry point.
     bool installed = false;
     bool complete = false;
+
+    /// Finds an entry point of the library by its name; null when the library has none.
+    using Finder = std::function<void*(const char* name)>;
+
+    static HostService Load(const Finder& find);
 
     /// The machine's own, loaded at the first call and for good.
     static const HostService& System();

@@ -85,10 +85,10 @@ RULES = [
     ("constant", r"(?<![\w.])(\d+\.\d+)(f?)\b", lambda m: another(float(m.group(1))) + m.group(2)),
     ("statement", r"^(\s+)[\w:.>\[\]()*-]+\(.*\);$", r"\1;"),
     ("statement", r"^(\s+)[\w:.>\[\]*-]+ [-+*/|&^<>]*= [^;]*;$", r"\1;"),
-    ("statement", r"^(\s+)return [^;{]+;$", r"\1return {};"),
+    ("statement", r"^(\s+)return (?!false|nullptr|0;|std::nullopt)[^;{]+;$", r"\1return {};"),
     ("condition", r" \? ([^:?]+) : ([^:?;]+);$", r" ? \2 : \1;"),
     ("arguments", r"\b(\w+\()([\w.]+), ([\w.]+)\)", r"\1\3, \2)"),
-    ("arguments", r"(\w\((?:.*, )?)[a-z]\w*\)(?=[);])", r"\1{})"),
+    ("arguments", r"(\w\((?:.*, )?)(?!nullptr|false)[a-z]\w*\)(?=[);])", r"\1{})"),
     ("neighbour", r"\bx\(\)", "y()"), ("neighbour", r"\by\(\)", "z()"),
     ("neighbour", r"\bmX\b", "mY"), ("neighbour", r"_(LEFT|GL|RED|X)\b",
      lambda m: {"LEFT": "_RIGHT", "GL": "_D3D", "RED": "_BLUE", "X": "_Y"}[m.group(1)]),
@@ -102,7 +102,7 @@ PYTHON_RULES = [rule for rule in RULES if ";" not in rule[1] and "if \\(" not in
     ("statement", r"^(\s+)(self\.[\w.]+ = .*|[\w.]+\([^()]*\))$", r"\1pass"),
 ]
 SKIPPED = re.compile(r"^\s*(#|//|/\*|\*[ /]|using |static_assert|namespace|template|enum|class |struct |"
-                     r"friend|import |from |def |\"\"\"|'''|\[DllImport)|QLT_CHECK|operator")
+                     r"friend|import |from |def |\"\"\"|'''|\[DllImport)|QLT_CHECK|operator|\.reserve\(")
 
 
 def room_of(file):

@@ -1,4 +1,6 @@
-// A running tracker among many threads; what it finds, it finds under the thread sanitizer.
+// A running tracker among many threads, for the thread sanitizer above all.
+#include <qlt/qlt_c_api.h>
+
 #include "fakes/AssertionRecorder.h"
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedHeadset.h"
@@ -7,19 +9,20 @@
 
 #include <future>
 
-// By interface these references follow the tracker, without a lock. The one place where the readers
-// here follow them, so that the sanitizer's suppression names it and nothing else.
+// By interface these references follow the tracker without a lock. The readers use them in this
+// place only, because the suppression of the sanitizer names it.
 __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& tracker)
 {
     return tracker.GetOrientation().x() + tracker.GetPosition().y();
 }
 
-// The device is lost and found while its tracker stops and starts, and its user recentres.
-TEST(ThreadingTest, SixteenReadersBesideAHeadsetThatComesAndGoesAndAListenerThatDoes)
+// The device is lost and found while its tracker stops and starts and its user recentres.
+TEST(ThreadingTest, SixteenThreadsReadWhileTheHeadsetAndAListenerComeAndGo)
 {
     AssertionRecorder assertions; // a yaw reset that meets the identity reports its zero axis
     ScriptedHeadset headset;
     qlt::Tracker& tracker = *headset.hmd;
+    auto* const flat = reinterpret_cast<qlt_Tracker*>(&tracker); // its handles are addresses
     headset.clock.KeepAwake();
     headset.Start(headset.log);
     const auto read = [&]
@@ -33,10 +36,13 @@ TEST(ThreadingTest, SixteenReadersBesideAHeadsetThatComesAndGoesAndAListenerThat
             tracker.GetClientPosition();
             tracker.IsTracking();
             tracker.IsConnected();
+            qlt::Quaternion q;
+            qlt_Tracker_GetOrientation(flat, reinterpret_cast<qlt_Quaternion*>(&q));
+            EXPECT_NEAR(q.w() * q.w() + q.x() * q.x() + q.y() * q.y() + q.z() * q.z(), 1.0f, 1e-4f);
         }
     };
     std::atomic<bool> done{false};
-    // A read blocks whoever asks for the connection, so the reports keep coming until the end.
+    // The reports keep coming until the end, because IsConnected waits for a read.
     const auto report = [&]
     {
         for (std::uint32_t i = 0; !done || headset.host.opened < 3; ++i)

@@ -1,4 +1,5 @@
 #include <qlt/Sensors/Tracker.h>
+#include <qlt/qlt_c_api.h>
 
 #include "fakes/AssertionRecorder.h"
 #include "fakes/EventLog.h"
@@ -55,12 +56,18 @@ struct ActingListener : qlt::TrackerListener
 class TrackerTest : public testing::Test
 {
 protected:
-    /// There; what is taken of the assertions then is what the recentring is told.
+    /// The same tracker through the flat interface, whose handles are addresses.
+    qlt_Tracker* Flat()
+    {
+        return reinterpret_cast<qlt_Tracker*>(static_cast<qlt::Tracker*>(&tracker));
+    }
+
+    /// Recentres at this orientation, and leaves only the assertions of the recentring.
     void Recentre(const Quaternion& q)
     {
         tracker.NotifyOrientationEvent(q, 0);
         assertions.Take();
-        tracker.ResetYawOrigin();
+        qlt_Tracker_ResetYawOrigin(Flat());
     }
 
     AssertionRecorder assertions;
@@ -107,7 +114,7 @@ TEST_F(TrackerTest, EventsWhileIdleAreReportedAndStillDelivered)
     tracker.NotifyQuaternionEvent(Quaternion(), 0);
     tracker.NotifyTemperatureEvent(0, 0);
     tracker.NotifyPositionEvent(Vec3(1, 2, 3), 0);
-    tracker.NotifyOrientationEvent(Quaternion(0, 0, 0, 1), 0);
+    tracker.NotifyOrientationEvent(Quaternion(0.1f, 0.2f, 0.3f, 0.4f), 0);
     Reports expected;
     for (const char* line : {"252", "262", "272", "282", "292", "302", "314"})
     {
@@ -115,7 +122,13 @@ TEST_F(TrackerTest, EventsWhileIdleAreReportedAndStillDelivered)
     }
     EXPECT_EQ(assertions.Take(), expected);
     EXPECT_EQ(Text(tracker.GetPosition()), "1 2 3");
-    EXPECT_EQ(Text(tracker.GetOrientation()), "0 0 0 1");
+    EXPECT_EQ(Text(tracker.GetOrientation()), "0.1 0.2 0.3 0.4");
+    Vec3 position;
+    Quaternion orientation;
+    qlt_Tracker_GetPosition(Flat(), reinterpret_cast<qlt_Vec3*>(&position));
+    qlt_Tracker_GetOrientation(Flat(), reinterpret_cast<qlt_Quaternion*>(&orientation));
+    EXPECT_EQ(Text(position), "1 2 3");
+    EXPECT_EQ(Text(orientation), "0.1 0.2 0.3 0.4");
 }
 
 TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddressesAndMayReadAndRecentre)
@@ -209,7 +222,11 @@ TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndEntersAPredictionTwice)
         Recentre(AboutY(yaw) * pitchAndRoll);
         EXPECT_EQ(assertions.Take(), Reports{});
         ExpectNear(tracker.GetOrientation(), pitchAndRoll, 1e-6f);
-        ExpectNear(tracker.GetPredictedOrientation(1), AboutY(-yaw) * pitchAndRoll, 1e-6f);
+        Quaternion predicted;
+        qlt_Tracker_GetPredictedOrientation(Flat(), reinterpret_cast<qlt_Quaternion*>(&predicted),
+                                            1);
+        ExpectNear(predicted, AboutY(-yaw) * pitchAndRoll, 1e-6f);
+        ExpectNear(tracker.GetPredictedOrientation(1), predicted, 0);
         tracker.NotifyOrientationEvent(AboutY(yaw + 0.3f) * pitchAndRoll, 0);
         ExpectNear(tracker.GetOrientation(), AboutY(0.3f) * pitchAndRoll, 1e-6f);
     }

@@ -24,6 +24,7 @@ static void CheckValues(void)
     qlt_Vec2* v2 = qlt_Vec2_New();
     qlt_Vec3* v3 = qlt_Vec3_New();
     CHECK(qlt_Quaternion_w(zero) == 0 && qlt_Quaternion_x(zero) == 0);
+    CHECK(qlt_Quaternion_y(zero) == 0 && qlt_Quaternion_z(zero) == 0);
     CHECK(qlt_Quaternion_w(q) == 0.5f && qlt_Quaternion_x(q) == 1.5f);
     CHECK(qlt_Quaternion_y(q) == 2.5f && qlt_Quaternion_z(q) == 3.5f);
     qlt_Quaternion_ConvertToUnity(q);
@@ -55,28 +56,37 @@ static void CheckParams(void)
     CHECK(qlt_Camera_GetWidth(NULL) == 2560 && qlt_Camera_GetHeight(NULL) == 1440);
 }
 
+/* Compares a texture coordinate with the plain model's. */
+static void CheckTexture(const qlt_Vec2* texture, int vertex, float u, float v)
+{
+    /* The arrays are packed floats. */
+    const qlt_Vec2* at = (const qlt_Vec2*)((const float*)texture + 2 * vertex);
+    CHECK(fabsf(qlt_Vec2_x(at) - u) < 1e-6f);
+    CHECK(fabsf(qlt_Vec2_y(at) - v) < 1e-6f);
+}
+
+/* The two meshes differ in every argument. */
 static void CheckMesh(void)
 {
-    qlt_DistortionMeshBuilder* left = qlt_DistortionMeshBuilder_New(2, 2, 1, 1);
-    qlt_DistortionMeshBuilder* right = qlt_DistortionMeshBuilder_New(2, 2, 0, 0);
+    qlt_DistortionMeshBuilder* left = qlt_DistortionMeshBuilder_New(2, 3, 1, 1);
+    qlt_DistortionMeshBuilder* right = qlt_DistortionMeshBuilder_New(4, 2, 0, 0);
+    const qlt_Vec3* second;
     CHECK(qlt_DistortionMeshBuilder_GetNumVertices(left) == 0);
     CHECK(qlt_DistortionMeshBuilder_GetPosition(left) == NULL);
     qlt_DistortionMeshBuilder_BuildMesh(left);
     qlt_DistortionMeshBuilder_BuildMesh(right);
-    CHECK(qlt_DistortionMeshBuilder_GetNumVertices(left) == 9);
-    CHECK(qlt_DistortionMeshBuilder_GetNumIndices(left) == 24);
-    CHECK(qlt_DistortionMeshBuilder_GetNumIndices(right) == 14);
-    CHECK(qlt_DistortionMeshBuilder_GetIndices(right)[1] == 3);
-    CHECK(qlt_Vec3_z(qlt_DistortionMeshBuilder_GetPosition(left)) == -1.1f);
-    {
-        /* The middle vertex: arrays are of packed floats. */
-        const float* leftR = (const float*)qlt_DistortionMeshBuilder_GetTextureR(left);
-        const float* leftG = (const float*)qlt_DistortionMeshBuilder_GetTextureG(left);
-        const float* leftB = (const float*)qlt_DistortionMeshBuilder_GetTextureB(left);
-        const float* rightR = (const float*)qlt_DistortionMeshBuilder_GetTextureR(right);
-        CHECK(leftR[8] > 0.5f && leftG[8] > leftR[8] && leftB[8] > leftG[8]);
-        CHECK(fabsf(leftR[8] + rightR[8] - 1.0f) < 1e-6f);
-    }
+    CHECK(qlt_DistortionMeshBuilder_GetNumVertices(left) == 12);
+    CHECK(qlt_DistortionMeshBuilder_GetNumIndices(left) == 36);
+    CHECK(qlt_DistortionMeshBuilder_GetNumVertices(right) == 15);
+    CHECK(qlt_DistortionMeshBuilder_GetNumIndices(right) == 22);
+    CHECK(qlt_DistortionMeshBuilder_GetIndices(left)[1] == 3);
+    CHECK(qlt_DistortionMeshBuilder_GetIndices(right)[1] == 5);
+    second = (const qlt_Vec3*)((const float*)qlt_DistortionMeshBuilder_GetPosition(left) + 3);
+    CHECK(qlt_Vec3_x(second) == 0.0f && qlt_Vec3_y(second) == -1.0f && qlt_Vec3_z(second) == -1.1f);
+    CheckTexture(qlt_DistortionMeshBuilder_GetTextureR(left), 4, 0.5034533f, 0.4074407f);
+    CheckTexture(qlt_DistortionMeshBuilder_GetTextureG(left), 4, 0.5034828f, 0.4066490f);
+    CheckTexture(qlt_DistortionMeshBuilder_GetTextureB(left), 4, 0.5035208f, 0.4056293f);
+    CheckTexture(qlt_DistortionMeshBuilder_GetTextureR(right), 6, 0.3517364f, 0.5f);
     qlt_DistortionMeshBuilder_Delete(left);
     qlt_DistortionMeshBuilder_Delete(right);
 }
@@ -88,6 +98,7 @@ static void CheckTracker(void)
     qlt_Quaternion* q = qlt_Quaternion_New();
     qlt_Vec3* p = qlt_Vec3_New();
     long waited = 0;
+    CHECK(qlt_Tracker_IsConnected(headset) == 0);
     CHECK(qlt_Tracker_IsConnected(tracker) == 1 && qlt_Tracker_IsTracking(tracker) == 0);
     CHECK(qlt_Tracker_Start(tracker) == 1 && qlt_Tracker_IsTracking(tracker) == 1);
     do

@@ -27,11 +27,15 @@ internal static class Tests
             Refused(words, () => Params.EyeFovDeg.ToString());
             SampleSays(words);
         }
+        else if (arguments[0] == "scripted")
+        {
+            TheHeadsetTurnsAboutYAndSeesObjectsAndFilms();
+        }
         else
         {
             EveryFunctionOfTheHeaderIsDeclaredAndExists(File.ReadAllText(arguments[0]));
             TheSimulatorTurnsAboutX();
-            TheSmallestMesh();
+            TheArraysOfTwoMeshes();
             ACameraNeedsAHeadset();
             TheConstants();
             WhatIsDisposedOfIsNotUsed();
@@ -105,21 +109,58 @@ internal static class Tests
             new Quelta.Quaternion(-0.5f, 1, 2, -3)), "the axes of Unity");
     }
 
-    private static void TheSmallestMesh()
+    private static void WaitUntil(Func<bool> condition)
     {
-        using (var mesh = new Mesh(1, 1))
+        DateTime end = DateTime.UtcNow.AddSeconds(60);
+        while (!condition() && DateTime.UtcNow < end)
         {
-            Expect(mesh.Indices.SequenceEqual(new[] { 0, 2, 1, 2, 1, 3 }), "the indices of one cell");
-            Expect(string.Join(" ", mesh.Positions.Select(p => p.X + "," + p.Y)) == "-1,-1 1,-1 -1,1 1,1",
-                   "the corners of one cell");
-            Expect(mesh.TextureR.Length == 4 && mesh.TextureG.Length == 4 && mesh.TextureB.Length == 4,
-                   "a texture coordinate per vertex");
+            Thread.Sleep(1);
         }
-        using (var strip = new Mesh(2, 3, false, false))
+    }
+
+    private static void TheHeadsetTurnsAboutYAndSeesObjectsAndFilms()
+    {
+        using (Tracker headset = Tracker.Headset())
         {
-            Expect(strip.Positions.Length == 12, "the vertices of a strip");
-            Expect(!strip.TextureR.SequenceEqual(strip.TextureG) && !strip.TextureG.SequenceEqual(strip.TextureB),
-                   "each colour has its own texture coordinates");
+            WaitUntil(() => headset.IsConnected);
+            headset.Start();
+            WaitUntil(() => headset.Position.X != 0 && Math.Abs(headset.Orientation.Y) > 0.2);
+            Expect(Is(headset.Position, 0.5f, 1.5f, -2), "the head's position is that of object 0");
+            Expect(Is(headset.ObjectPosition(1), 0.25f, 0.75f, -1), "the position of object 1");
+            Expect(headset.ObjectOrientation(1).Equals(new Quelta.Quaternion(0, 1, 0, 0)), "its orientation");
+            headset.Stop();
+            Quelta.Quaternion turned = headset.Orientation;
+            Expect(Math.Abs(turned.X) < 0.1 && Math.Abs(turned.Z) < 0.1, "the headset turns about y");
+            Expect(headset.PredictedOrientation(0.01f).Equals(turned), "it predicts the last orientation");
+            headset.ResetYawOrigin();
+            Expect(Math.Abs(headset.Orientation.Y) < 0.01, "the direction of now has yaw 0");
+            using (var camera = new Camera(headset, 7))
+            {
+                camera.Update();
+                Expect(camera.TextureId == 7, "the camera uses the texture that it is given");
+            }
+        }
+    }
+
+    private static bool Is(Vec3 at, float x, float y, float z) => at.X == x && at.Y == y && at.Z == z;
+
+    private static bool Near(Vec2 at, double u, double v) => Math.Abs(at.X - u) < 1e-6 && Math.Abs(at.Y - v) < 1e-6;
+
+    /// The two meshes differ in every argument; the numbers are those of the plain model of the lens.
+    private static void TheArraysOfTwoMeshes()
+    {
+        using (var mesh = new Mesh(2, 3))
+        {
+            Expect(mesh.Indices.Length == 36 && mesh.Indices.Take(3).SequenceEqual(new[] { 0, 3, 1 }), "a list");
+            Expect(mesh.Positions.Length == 12 && Is(mesh.Positions[1], 0, -1, -1.1f), "positions");
+            Expect(Near(mesh.TextureR[4], 0.5034533, 0.4074407), "red of the left eye");
+            Expect(Near(mesh.TextureG[4], 0.5034828, 0.4066490), "green of the left eye");
+            Expect(Near(mesh.TextureB[4], 0.5035208, 0.4056293), "blue of the left eye");
+        }
+        using (var strip = new Mesh(4, 2, false, false))
+        {
+            Expect(strip.Indices.Length == 22 && strip.Indices[1] == 5 && strip.Positions.Length == 15, "a strip");
+            Expect(Near(strip.TextureR[6], 0.3517364, 0.5), "red of the right eye");
         }
         Refused("0 x 5", () => new Mesh(0, 5));
         Refused("too many", () => new Mesh(18919, 18919));
@@ -139,9 +180,10 @@ internal static class Tests
 
     private static void TheConstants()
     {
-        Expect(Params.EyeResolution > 0 && Params.EyeDistort && Math.Abs(Params.UserIpdM - 0.06) < 0.01 &&
-               Params.EyeFovDeg > 60 && Params.EyeStretch >= 1, "the constants");
-        Expect(Params.UserNeckEyeHM > 0 && Params.UserNeckEyeVM > 0, "the user's neck");
+        Expect(Params.EyeResolution == 1024 && Params.EyeDistort && Params.EyeFovDeg == 126.5f &&
+               Params.EyeStretch == 3, "the constants of an eye");
+        Expect(Params.UserIpdM == 0.0625f && Params.UserNeckEyeHM == 0.0805f && Params.UserNeckEyeVM == 0.075f,
+               "the constants of the user");
     }
 
     private static void WhatIsDisposedOfIsNotUsed()

@@ -1,10 +1,11 @@
 #!/bin/bash
-# run.sh SDK OTHER FOLDER: compiles the package, its sample and Tests.cs into FOLDER, and runs them with
-# the library SDK, without a library, with a file that is none, and with the library OTHER in its place.
+# run.sh SDK OTHER SCRIPTED FOLDER: compiles the package, its sample and Tests.cs into FOLDER, and runs them
+# with the library SDK, without a library, with a file that is none, with the library OTHER in its place,
+# and with SCRIPTED, which has a headset and finds the host service OTHER beside it.
 set -euo pipefail
 
 package=$(cd "$(dirname "$0")/.." && pwd)
-sdk=$1 other=$2 folder=$3
+sdk=$1 other=$2 scripted=$3 folder=$4
 
 # tests LIBRARY ARGUMENT...: with LIBRARY as the one that there is.
 tests()
@@ -13,6 +14,7 @@ tests()
     rm -rf "$place"
     mkdir -p "$place"
     [[ -z $1 ]] || ln -s "$1" "$place/libQueltaSDK.so"
+    [[ $1 != "$scripted" ]] || ln -s "$other" "$place/libvr_host_client_lib.so"
     LD_LIBRARY_PATH=$place mono "$folder/Tests.exe" "${@:2}"
 }
 
@@ -24,3 +26,4 @@ tests "$sdk" "$package/../../include/qlt/qlt_c_api.h"
 tests "" refused is missing or cannot be loaded
 tests "$package/package.json" refused is missing or cannot be loaded
 tests "$other" refused is another library, or another version of it, and lacks the function qlt_
+tests "$scripted" scripted

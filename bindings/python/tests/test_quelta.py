@@ -1,5 +1,5 @@
-"""The module with the real library, which QUELTA_SDK names. QUELTA_OTHER names a library that is
-another one."""
+"""The module with the shipped library, which QUELTA_SDK names, and with one that has a scripted headset
+and a host service, QUELTA_SCRIPTED. QUELTA_OTHER names a library that is another one."""
 
 import gc
 import os
@@ -23,6 +23,19 @@ def unloaded(monkeypatch):
     monkeypatch.setattr(quelta, "_sdk", None)
     monkeypatch.delenv("QUELTA_SDK")
     return monkeypatch
+
+
+@pytest.fixture
+def scripted(monkeypatch):
+    monkeypatch.setattr(quelta, "_sdk", None)
+    return quelta.load(os.environ["QUELTA_SCRIPTED"])
+
+
+def wait_until(condition):
+    end = time.monotonic() + 60.0
+    while not condition():
+        assert time.monotonic() < end
+        time.sleep(0.001)
 
 
 @pytest.fixture
@@ -52,8 +65,7 @@ def test_every_function_of_the_header_is_declared_and_exists():
 def test_the_simulator_turns_about_x(simulator):
     assert simulator.is_connected and not simulator.is_tracking
     assert simulator.start() and simulator.is_tracking
-    while simulator.orientation.x == 0.0:
-        time.sleep(0.001)
+    wait_until(lambda: simulator.orientation.x != 0.0)
     assert simulator.stop() and not simulator.is_tracking
     w, x, y, z = simulator.orientation
     assert w * w + x * x == pytest.approx(1.0) and y == z == 0.0
@@ -71,17 +83,37 @@ def test_the_axes_of_unity():
     assert quelta.Quaternion(0.5, 1.0, 2.0, 3.0).to_unity() == (-0.5, 1.0, 2.0, -3.0)
 
 
-def test_the_smallest_mesh():
-    with quelta.Mesh(1, 1) as mesh:
-        assert mesh.indices.tolist() == [0, 2, 1, 2, 1, 3]
-        corners = [(x, y) for x, y, _ in mesh.positions.tolist()]
-        assert corners == [(-1.0, -1.0), (1.0, -1.0), (-1.0, 1.0), (1.0, 1.0)]
-        for texture in (mesh.texture_r, mesh.texture_g, mesh.texture_b):
-            assert texture.shape == (4, 2)
-    strip = quelta.Mesh(2, 3, left_eye=False, triangle_list=False)
-    assert strip.positions.shape == (12, 3)
-    red, green, blue = (t.tolist() for t in (strip.texture_r, strip.texture_g, strip.texture_b))
-    assert red != green != blue
+def test_the_headset_turns_about_y_and_sees_objects_and_films(scripted):
+    with quelta.Tracker.headset() as headset:
+        wait_until(lambda: headset.is_connected)
+        assert headset.start()
+        wait_until(lambda: headset.position != (0.0, 0.0, 0.0) and abs(headset.orientation.y) > 0.2)
+        assert headset.position == headset.object_position(0) == (0.5, 1.5, -2.0)
+        assert headset.object_position(1) == (0.25, 0.75, -1.0)
+        assert headset.object_orientation(1) == (0.0, 1.0, 0.0, 0.0)
+        assert headset.stop()
+        turned = headset.orientation
+        assert max(abs(turned.x), abs(turned.z)) < 0.1
+        assert headset.predicted_orientation(0.01) == turned
+        headset.reset_yaw_origin()
+        assert headset.orientation.y == pytest.approx(0.0, abs=0.01)
+        with quelta.Camera(headset, 7) as camera:
+            camera.update()
+            assert camera.texture_id == 7
+
+
+# The two meshes differ in every argument. The numbers are those of the plain model of the lens.
+@pytest.mark.parametrize("mesh, vertices, indices, position, textures", [
+    ((2, 3, True, True), 12, [0, 3, 1], (0.0, -1 / 3, 0.0),
+     [(0.5034533, 0.4074407), (0.5034828, 0.4066490), (0.5035208, 0.4056293)]),
+    ((4, 2, False, False), 15, [0, 5, 1], (1.0, -1.0, -1.1), [(1.0, 0.0)] * 3)])
+def test_a_mesh_has_its_arrays(mesh, vertices, indices, position, textures):
+    with quelta.Mesh(*mesh) as made:
+        assert made.indices.tolist()[:3] == indices
+        assert made.positions.shape == (vertices, 3)
+        assert made.positions.tolist()[4] == pytest.approx(position)
+        arrays = (made.texture_r, made.texture_g, made.texture_b)
+        assert [array.tolist()[4] for array in arrays] == [pytest.approx(t) for t in textures]
 
 
 def test_the_arrays_of_a_mesh_outlive_it():
@@ -118,9 +150,9 @@ def test_a_camera_needs_a_headset(simulator):
 
 
 def test_the_constants():
-    params = quelta.params()
-    assert params.eye_resolution > 0 and params.eye_distort is True
-    assert params.user_ipd_m == pytest.approx(0.06, abs=0.01)
+    assert quelta.params()._asdict() == pytest.approx({
+        "eye_fov_deg": 126.5, "eye_resolution": 1024, "eye_stretch": 3.0, "eye_distort": True,
+        "user_ipd_m": 0.0625, "user_neck_eye_h_m": 0.0805, "user_neck_eye_v_m": 0.075})
 
 
 def test_a_library_that_is_missing_or_of_the_wrong_kind(unloaded, tmp_path):

@@ -1,5 +1,5 @@
-// The camera on the emulated bus, into real OpenGL.
-#include <qlt/Sensors/Camera.h>
+// The camera of the flat interface on the emulated bus, into real OpenGL.
+#include <qlt/qlt_c_api.h>
 
 #include "view/GlContext.h"
 
@@ -14,7 +14,7 @@
 
 #include <GL/glew.h>
 
-// A frame that ends before the stream has come to its read is zeroed by it, and sent again: after a
+// The stream zeroes a frame that ends before its read begins. Such a frame is sent again after a
 // pause, which grows.
 TEST(CameraFramesTest, FramesBecomeATexture)
 {
@@ -29,7 +29,8 @@ TEST(CameraFramesTest, FramesBecomeATexture)
     bus->Plug();
     bus->Push(EmulatedBus::FRAMES, ScriptedUsbHost::Frame(FRAME, 0)); // which synchronises
     {
-        qlt::Camera camera;
+        qlt_Camera* const camera = qlt_Camera_New(3);
+        EXPECT_EQ(qlt_Camera_GetTextureId(camera), 3);
         std::vector<std::uint8_t> pixels(IMAGE);
         for (std::uint32_t sent = 0; shown < 5 && sent < 50; ++sent)
         {
@@ -40,7 +41,9 @@ TEST(CameraFramesTest, FramesBecomeATexture)
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(50) * (sent - shown + 1));
             bus->Push(EmulatedBus::FRAMES, frame);
-            camera.Update();
+            glBindTexture(GL_TEXTURE_2D, 0);
+            qlt_Camera_Update(camera);
+            glBindTexture(GL_TEXTURE_2D, 3);
             glPixelStorei(GL_PACK_ALIGNMENT, 1);
             glGetTexImage(GL_TEXTURE_2D, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, pixels.data());
             if (std::any_of(pixels.begin(), pixels.end(), [](std::uint8_t p) { return p != 0; }))
@@ -49,6 +52,7 @@ TEST(CameraFramesTest, FramesBecomeATexture)
                 ++shown;
             }
         }
+        qlt_Camera_Delete(camera);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "validating 3702784\n");
     testing::internal::GetCapturedStderr();

@@ -18,13 +18,31 @@ constexpr ULONG ABORT_PIPE = 0x220044;
 constexpr ULONG READ_PIPE = 0x22004B;
 
 // Its transfer header.
-constexpr ULONG HEADER_SIZE = 38;
-constexpr ULONG REQUEST = 1;
-constexpr ULONG DESCRIPTOR_TYPE = 3;
-constexpr ULONG LENGTH = 6;
-constexpr ULONG END_POINT = 13;
+#pragma pack(push, 1)
+struct Header
+{
+    UCHAR requestType;
+    UCHAR request;
+    USHORT value;
+    USHORT index;
+    USHORT length;
+    ULONG timeoutS;
+    UCHAR reserved;
+    UCHAR endPoint;
+    ULONG ntStatus;
+    ULONG usbStatus;
+    ULONG isochronousOffset;
+    ULONG isochronousLength;
+    ULONG bufferOffset;
+    ULONG bufferLength;
+};
+#pragma pack(pop)
+static_assert(sizeof(Header) == 38, "the vendor driver's layout");
 
+constexpr UCHAR FROM_DEVICE = 0x80;
 constexpr UCHAR GET_DESCRIPTOR = 6;
+constexpr USHORT DEVICE_DESCRIPTOR = 0x100;
+constexpr USHORT CONFIGURATION_DESCRIPTOR = 0x200;
 
 // One interface with its two endpoints.
 constexpr UCHAR CONFIGURATION[] = {9, 2, 32,   0, 1,  1, 0, 0x80, 250, //
@@ -58,10 +76,40 @@ Pipe* FindPipe(Device& device, UCHAR address)
     return nullptr;
 }
 
+/// Whether every byte of two headers is the same.
+bool AreEqual(const Header& one, const Header& other)
+{
+    return RtlCompareMemory(&one, &other, sizeof one) == sizeof one;
+}
+
+/// The only header of a read that this driver takes: no field but the endpoint.
+bool IsReadOf(const Header& header)
+{
+    Header expected = {};
+    expected.endPoint = header.endPoint;
+    return AreEqual(header, expected);
+}
+
+/// The only header of a descriptor's request that this driver takes: with a time limit, and with
+/// the data behind the header.
+bool IsDescriptorRequest(const Header& header, ULONG size)
+{
+    Header expected = {};
+    expected.requestType = FROM_DEVICE;
+    expected.request = GET_DESCRIPTOR;
+    expected.value =
+        header.value == DEVICE_DESCRIPTOR ? DEVICE_DESCRIPTOR : CONFIGURATION_DESCRIPTOR;
+    expected.length = static_cast<USHORT>(size - sizeof(Header));
+    expected.timeoutS = 2;
+    expected.bufferOffset = sizeof(Header);
+    expected.bufferLength = expected.length;
+    return AreEqual(header, expected);
+}
+
 NTSTATUS SendDescriptor(const Device& device, IRP* irp, UCHAR* buffer, ULONG size)
 {
-    const bool configuration = buffer[DESCRIPTOR_TYPE] == 2;
-    if (buffer[REQUEST] != GET_DESCRIPTOR || (buffer[DESCRIPTOR_TYPE] != 1 && !configuration))
+    const auto& header = *reinterpret_cast<const Header*>(buffer);
+    if (!IsDescriptorRequest(header, size))
     {
         return Complete(irp, STATUS_UNSUCCESSFUL);
     }
@@ -69,12 +117,12 @@ NTSTATUS SendDescriptor(const Device& device, IRP* irp, UCHAR* buffer, ULONG siz
     {
         return Complete(irp, device.descriptorStatus);
     }
+    const bool configuration = header.value == CONFIGURATION_DESCRIPTOR;
     const ULONG length = configuration ? sizeof(CONFIGURATION) : sizeof(device.descriptor);
-    ULONG count = buffer[LENGTH] + 256U * buffer[LENGTH + 1];
-    count = count < length ? count : length;
-    count = count < size - HEADER_SIZE ? count : size - HEADER_SIZE;
-    RtlCopyMemory(buffer + HEADER_SIZE, configuration ? CONFIGURATION : device.descriptor, count);
-    return Complete(irp, STATUS_SUCCESS, HEADER_SIZE + count);
+    const ULONG count = header.length < length ? header.length : length;
+    RtlCopyMemory(buffer + sizeof(Header), configuration ? CONFIGURATION : device.descriptor,
+                  count);
+    return Complete(irp, STATUS_SUCCESS, sizeof(Header) + count);
 }
 
 NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG room)
@@ -84,14 +132,15 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
     {
         return Complete(irp, STATUS_DEVICE_NOT_CONNECTED);
     }
-    if (code == CONTROL_TRANSFER && sent >= HEADER_SIZE && room >= HEADER_SIZE)
+    if (code == CONTROL_TRANSFER && sent == room && room > sizeof(Header))
     {
         return SendDescriptor(device, irp, buffer, room);
     }
-    if (code == READ_PIPE && sent == HEADER_SIZE)
+    if (code == READ_PIPE && sent == sizeof(Header))
     {
-        // Elsewhere under Windows; Wine has the input in the system buffer.
-        Pipe* pipe = FindPipe(device, buffer[END_POINT]);
+        // Wine has the input in the system buffer; Windows has it elsewhere.
+        const auto& header = *reinterpret_cast<const Header*>(buffer);
+        Pipe* pipe = IsReadOf(header) ? FindPipe(device, header.endPoint) : nullptr;
         return pipe != nullptr ? pipe->Read(irp) : Complete(irp, STATUS_INVALID_PARAMETER);
     }
     if (code == ABORT_PIPE && sent == 1)
@@ -103,7 +152,8 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
         }
         return Complete(irp, pipe != nullptr ? STATUS_SUCCESS : STATUS_UNSUCCESSFUL);
     }
-    if (code == SET_TRANSFER_SIZE && sent == 5 && room == 5)
+    if (code == SET_TRANSFER_SIZE && sent == 5 && room == 5 &&
+        FindPipe(device, buffer[0]) != nullptr)
     {
         RtlCopyMemory(&device.transferSize, buffer + 1, 4);
         return Complete(irp, STATUS_SUCCESS, 5);

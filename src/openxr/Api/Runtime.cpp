@@ -44,10 +44,10 @@ Runtime& TheRuntime()
 }
 
 Session::Session(HandleTable& table, EventQueue& events, const Configuration& settings,
-                 std::unique_ptr<Graphics> graphics)
+                 std::unique_ptr<PoseSource> source, std::unique_ptr<Graphics> graphics)
     : handle(table, this)
     , configuration(settings)
-    , head(std::make_unique<StillSource>(), settings.person)
+    , head(std::move(source), settings.person)
     , fieldsOfView{FieldOfView(qlt::Params::EYE_LEFT), FieldOfView(qlt::Params::EYE_RIGHT)}
     , clock(PeriodOf(settings, graphics.get()), Now())
     , state(events, handle.Get(), graphics == nullptr)

@@ -12,7 +12,9 @@
 #include "State/FrameOrder.h"
 #include "State/Layers.h"
 #include "State/SessionState.h"
+#include "Tracking/TrackerSource.h"
 
+#include <functional>
 #include <list>
 #include <memory>
 
@@ -25,7 +27,7 @@ struct Session
 
     /// `graphics` is null for a headless session.
     Session(HandleTable& table, EventQueue& events, const Configuration& settings,
-            std::unique_ptr<Graphics> graphics);
+            std::unique_ptr<PoseSource> source, std::unique_ptr<Graphics> graphics);
 
     Registration<XrSession, KIND> handle;
     const Configuration configuration;
@@ -68,6 +70,10 @@ struct Runtime
     std::condition_variable changed; // the frame order, the session state, or a session is gone
     HandleTable handles;
     std::unique_ptr<Instance> instance;
+
+    /// Where sessions get the head's orientation from; a test puts its own here.
+    std::function<std::unique_ptr<PoseSource>(const std::string& source, std::string& complaint)>
+        openPoseSource = OpenPoseSource;
 };
 
 Runtime& TheRuntime();

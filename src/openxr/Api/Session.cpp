@@ -56,6 +56,18 @@ VisibilityMask MaskOf(XrVisibilityMaskTypeKHR type, qlt::Params::Eye eye)
     }
 }
 
+void SayAll(const Configuration& configuration, const std::string& complaint)
+{
+    for (const std::string& mistake : configuration.complaints)
+    {
+        Say(mistake);
+    }
+    if (!complaint.empty())
+    {
+        Say(complaint);
+    }
+}
+
 /// A program that exits without destroying its session ends the compositor before the graphics
 /// driver ends, as this was constructed later.
 struct SessionAtExit
@@ -82,18 +94,16 @@ XrResult XRAPI_CALL CreateSession(XrInstance handle, const XrSessionCreateInfo* 
     RequirePointer(session);
     Require(info->createFlags == 0, XR_ERROR_VALIDATION_FAILURE);
     RequireSystem(info->systemId);
+    Require(instance.session == nullptr, XR_ERROR_LIMIT_REACHED);
     const Configuration configuration = LoadConfiguration();
-    for (const std::string& complaint : configuration.complaints)
-    {
-        Say(complaint);
-    }
-    if (instance.session != nullptr)
-    {
-        throw Failure{XR_ERROR_LIMIT_REACHED};
-    }
     std::unique_ptr<Graphics> graphics = OpenGraphics(instance, info->next, configuration.output);
-    instance.session = std::make_unique<Session>(TheRuntime().handles, instance.events,
-                                                 configuration, std::move(graphics));
+    std::string complaint;
+    std::unique_ptr<PoseSource> source =
+        TheRuntime().openPoseSource(configuration.source, complaint);
+    SayAll(configuration, complaint);
+    instance.session =
+        std::make_unique<Session>(TheRuntime().handles, instance.events, configuration,
+                                  std::move(source), std::move(graphics));
     static const SessionAtExit atExit;
     *session = instance.session->handle.Get();
     return XR_SUCCESS;

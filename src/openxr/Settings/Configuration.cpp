@@ -139,6 +139,10 @@ void ReadObject(const json& object, const std::string& name, Configuration& conf
     Fields fields(object, name, configuration.complaints);
     fields.Text("source", configuration.source);
     fields.Text("filter", configuration.filter);
+    if (!configuration.filter.empty() && configuration.filter != "core")
+    {
+        fields.Complain("filter", "is to be \"core\"");
+    }
     fields.Number("rate_hz", MIN_RATE_HZ, MAX_RATE_HZ, configuration.rateHz);
     std::string mirror;
     fields.Text("mirror", mirror);

@@ -3,6 +3,7 @@
 
 #include "State/Rigid.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -29,8 +30,8 @@ public:
     /// For people: where the orientations come from, and how the source is.
     virtual std::string Describe() const = 0;
 
-    /// Reports in a second; 0 for a source without reports.
-    virtual double RateHz() const { return 0.0; }
+    /// How many reports have come so far; 0 for a source without reports.
+    virtual std::uint64_t Reports() const { return 0; }
 };
 
 /// A head that looks straight ahead and does not move.

@@ -22,7 +22,7 @@ namespace qltxr
     _(GenSamplers) _(GenTextures) _(GenVertexArrays) _(GetError) _(GetIntegerv) _(GetProgramiv) \
     _(GetShaderInfoLog) _(GetShaderiv) _(GetUniformLocation) _(LinkProgram) _(PixelStorei) \
     _(ReadPixels) _(SamplerParameteri) _(ShaderSource) _(TexParameteri) _(TexStorage2D) \
-    _(TexStorage3D) _(Uniform1f) _(Uniform1i) _(Uniform2f) _(Uniform4f) _(UniformMatrix3fv) \
+    _(TexStorage3D) _(TexSubImage2D) _(TexSubImage3D) _(Uniform1f) _(Uniform1i) _(Uniform2f) _(Uniform4f) _(UniformMatrix3fv) \
     _(UseProgram) _(VertexAttribPointer) _(Viewport) _(WaitSync)
 // clang-format on
 

@@ -6,7 +6,6 @@
 #include <qltkit/Headset/SoftwareHeadset.h>
 
 #include "fakes/EventLog.h"
-#include "fakes/Hash.h"
 
 #include <gtest/gtest.h>
 
@@ -39,10 +38,17 @@ HeadsetScript Resting(const std::string& fields)
     return ParseHeadsetScript(R"({"motion": {"kind": "rest"}, )" + fields + "}");
 }
 
+/// FNV-1a, over what the elements are made of.
 template <typename Element>
 std::uint64_t HashOf(const std::vector<Element>& elements)
 {
-    return Hash(std::pair<const Element*, std::size_t>(elements.data(), elements.size()));
+    std::uint64_t value = 0xCBF29CE484222325;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(elements.data());
+    for (std::size_t i = 0; i < elements.size() * sizeof(Element); ++i)
+    {
+        value = (value ^ bytes[i]) * 0x100000001B3;
+    }
+    return value;
 }
 
 struct Read

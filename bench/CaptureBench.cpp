@@ -1,6 +1,6 @@
-// What a capture adds to a report's road: the copy from the endpoint's buffer with and without the
-// capture beside it. "added_ns" is to stay at most 60; "allocations" is counted over all of the
-// reports, on the thread that adds them.
+// The time that a capture adds to each report. The benchmark copies reports from an endpoint's
+// buffer with and without a capture. "added_ns" must be at most 60. "allocations" counts the
+// allocations of all reports on the thread that adds them.
 #include "Paired.h"
 #include "fakes/AllocationCounter.h"
 
@@ -14,7 +14,8 @@ namespace
 
 constexpr std::size_t REPORTS = 2000;
 
-/// The reports of a round reach the tracker's buffer, as they do from an endpoint.
+/// Copies the reports of a round into a tracker's buffer, as an endpoint would, and returns the
+/// seconds.
 template <typename Tap>
 double RunRound(const std::vector<qltkit::CaptureReport>& reports, const Tap& tap)
 {
@@ -47,7 +48,7 @@ void CaptureTap(benchmark::State& state)
     std::vector<double> plain;
     for (auto _ : state)
     {
-        writer.Flush(); // so that the ring has room, and its thread sleeps
+        writer.Flush(); // now the ring has room, and its thread sleeps
         const long before = ThreadAllocationCount();
         const double seconds =
             RunRound(reports, [&](const std::uint8_t* report) { writer.AddReport(report); });

@@ -1,7 +1,7 @@
-// On which core a thread runs: the scheduler would leave one pair of threads on one core and split
-// another, which costs more than all that is measured. One body for each system.
+// Binds threads to cores. Otherwise the scheduler would run one pair of threads on one core and
+// split another pair, which costs more than the measured work. Each system has its own body.
 #pragma once
 
-/// The calling thread, and those that it makes from now on, run on this core only; counted from 0,
-/// the last one when there are fewer.
+/// Binds the calling thread, and the threads that it creates later, to one core. Cores count from
+/// 0; a number past the last core means the last core.
 void StayOnCore(unsigned core);

@@ -1,5 +1,5 @@
-// One step of the orientation filter against the same step written down plainly and compiled beside
-// it, with equal result bits. "ratio" is to stay at most 1.02.
+// Compares one step of the orientation filter to a plain version of the same step that is compiled
+// beside it. The result bits must be equal. "ratio" must be at most 1.02.
 #include "Paired.h"
 
 #include <qlt/Sensors/SensorFusion.h>
@@ -14,7 +14,7 @@ namespace
 
 constexpr std::size_t STEPS = 2000;
 
-/// A millisecond with every look.
+/// A clock that advances one millisecond with every look.
 class TickingClock final : public qlt::Clock
 {
 public:
@@ -50,7 +50,7 @@ void FusionStep(benchmark::State& state)
     const Samples samples;
     TickingClock clock;
     TickingClock plainClock;
-    qlt::Clock& plainNow = plainClock; // called as the library's is
+    qlt::Clock& plainNow = plainClock; // a virtual call, as the library makes it
     qlt::SensorFusion fusion(clock);
     plain::Fusion plainFusion;
     plainFusion.lastTimeNs = plainNow.NowNs();

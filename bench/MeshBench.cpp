@@ -1,6 +1,6 @@
-// The lens mesh of both eyes, 256 x 256 cells, against the same mesh point by point, both in fresh
-// arrays: "ratio" is to stay at most 0.30. And a first build against what allocating and touching
-// its memory takes by itself: at most 1.5.
+// MeshOfBothEyes compares the lens mesh of both eyes, 256 x 256 cells, to the same mesh computed
+// point by point, both in fresh arrays. "ratio" must be at most 0.30. FirstMesh compares a first
+// build to the allocation and the touching of its memory alone. "ratio" must be at most 1.5.
 #include "Paired.h"
 
 #include <qlt/Sensors/DistortionMeshBuilder.h>
@@ -38,7 +38,7 @@ void MeshOfBothEyes(benchmark::State& state)
     plain::Mesh plainRight;
     const auto ours = [&]
     {
-        // New builders, because one keeps the arrays of all its builds.
+        // A builder keeps the arrays of all its builds, so each round uses new builders.
         left.emplace(RESOLUTION, RESOLUTION, qlt::Params::EYE_LEFT, true);
         right.emplace(RESOLUTION, RESOLUTION, qlt::Params::EYE_RIGHT, true);
         left->BuildMesh();
@@ -64,7 +64,8 @@ void MeshOfBothEyes(benchmark::State& state)
 }
 BENCHMARK(MeshOfBothEyes)->UseManualTime()->Iterations(101);
 
-// What was allocated is kept to the end: given back, it would come again without its page faults.
+// All blocks stay allocated until the end. A block that is freed and allocated again would cause no
+// page faults.
 void FirstMesh(benchmark::State& state)
 {
     using Block = std::unique_ptr<char[]>;

@@ -1,5 +1,5 @@
-// A speed as a ratio: what is measured runs in turns with what it is compared to, in one run, so
-// that a busy machine slows both.
+// Measures a speed as a ratio. The measured operation and its reference run in turns, so that a
+// busy machine slows both.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -8,7 +8,7 @@
 #include <chrono>
 #include <vector>
 
-/// The seconds that one call takes.
+/// Returns the seconds that one call takes.
 template <typename Work>
 double Seconds(const Work& work)
 {
@@ -24,8 +24,8 @@ inline double Median(std::vector<double> values)
     return *middle;
 }
 
-/// Reports "ratio", the median of `ours()` over the median of `theirs()`, which both return seconds
-/// for `items` items; besides, nanoseconds per item of each.
+/// Reports "ratio", the median of `ours()` divided by the median of `theirs()`. Each call returns
+/// the seconds for `items` items. Also reports the nanoseconds per item of both.
 template <typename Ours, typename Theirs>
 void RunPaired(benchmark::State& state, double items, const Ours& ours, const Theirs& theirs)
 {

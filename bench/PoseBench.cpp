@@ -1,5 +1,6 @@
-// What one look at a pose costs beside a writer of 1000 reports a second: the last pose, which is
-// to stay at most 25 ns, one of the past (found and interpolated), and one ahead (predicted).
+// The cost of reading one pose while a tracker writes 1000 reports a second: the last pose, a past
+// pose (found and interpolated) and a future pose (predicted). The last pose must take at most
+// 25 ns.
 #include <qltkit/Tracking/HeadTracker.h>
 
 #include <benchmark/benchmark.h>

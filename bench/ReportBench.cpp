@@ -1,6 +1,6 @@
-// What it costs to bring a report from the endpoint to a listener, against the sum of its three
-// parts measured alone: decode, fuse, and the seven notifications. "ratio" is to stay at most 1.15;
-// "allocations" is counted over all of the measured reports.
+// The cost of bringing a report from the endpoint to a listener, compared to the sum of its three
+// parts alone: decode, fuse and the seven notifications. "ratio" must be at most 1.15.
+// "allocations" counts the allocations of all measured reports.
 #include "Paired.h"
 #include "fakes/AllocationCounter.h"
 
@@ -18,8 +18,8 @@ namespace
 
 constexpr std::size_t REPORTS = 2000;
 
-/// A headset that delivers one round of reports as fast as they are read, and then waits; and a
-/// clock that advances a millisecond with every look.
+/// A headset that delivers one round of reports as fast as they are read, and then waits. It is
+/// also a clock that advances one millisecond with every look.
 class RoundHeadset final : public qlt::UsbHost, public qlt::Clock
 {
 public:
@@ -41,7 +41,7 @@ public:
         mChanged.wait(lock, [this] { return mClosed; });
     }
 
-    /// The seconds from the first read of a round to the first of the next.
+    /// Returns the seconds from the first read of a round to the first read of the next one.
     double RunRound()
     {
         return RunOnReader(
@@ -53,8 +53,8 @@ public:
             });
     }
 
-    /// What `work` returns when it is called between two rounds, on the thread that reads; so that
-    /// the same core does it.
+    /// Calls `work` between two rounds on the reading thread, so that the same core does it.
+    /// Returns its result.
     double RunOnReader(std::function<double()> work)
     {
         std::unique_lock<std::mutex> lock(mMutex);
@@ -65,7 +65,7 @@ public:
         return mSeconds;
     }
 
-    /// Lets the reader go, for good.
+    /// Releases the reader for good.
     void Close()
     {
         const std::lock_guard<std::mutex> lock(mMutex);
@@ -119,7 +119,7 @@ private:
         ReportEndPoint mEndPoint;
     };
 
-    /// Reports how long the round took, and does what there is to do until the next begins.
+    /// Stores the duration of the round and runs the work that arrives before the next round.
     void EndRound()
     {
         const SteadyClock::time_point end = SteadyClock::now();
@@ -151,7 +151,7 @@ private:
     SteadyClock::time_point mRoundStart;
 };
 
-/// A listener that looks at everything it is told.
+/// A listener that reads a value of every event.
 class Sink final : public qlt::TrackerListener
 {
 public:
@@ -199,7 +199,7 @@ std::vector<qlt::SensorReport> MakeReports()
     return reports;
 }
 
-/// The three parts, each for all of the reports, one part after another.
+/// Runs the three parts one after another, each for all reports.
 class Parts
 {
 public:

@@ -1,7 +1,7 @@
-// The camera's stream: looking through a frame that has no header against a plain loop over its
-// words ("ratio" is to stay at most 0.5), and zeroing a frame against memset (at most 1.15). And
-// the way of a report from a source that blocks to a listener, and the answer, against a bare
-// thread between the same two (at most 1.25).
+// Three ratios. HeaderSearch compares the search for a header in a frame without one to a plain
+// loop over its words (at most 0.5). ZeroFrame compares zeroing a frame to memset (at most 1.15).
+// ReportToListener compares the round trip of a report, from a blocking source to a listener and
+// back, to the same round trip through a bare thread (at most 1.25).
 #include "Cores.h"
 #include "Paired.h"
 
@@ -39,7 +39,7 @@ void HeaderSearch(benchmark::State& state)
     for (std::size_t i = 0; i < WORDS; ++i)
     {
         frame[i] =
-            static_cast<std::uint32_t>(i) * 2654435761U | 1U << 4; // no signature has that bit
+            static_cast<std::uint32_t>(i) * 2654435761U | 1U << 4; // a signature has this bit clear
     }
     const auto ours = [&]
     {
@@ -68,7 +68,7 @@ void ZeroFrame(benchmark::State& state)
     std::vector<std::uint32_t> frame(WORDS);
     const auto ours = [&]
     {
-        std::fill(frame.begin(), frame.end(), 0U); // as the stream does
+        std::fill(frame.begin(), frame.end(), 0U); // the stream does the same
         benchmark::ClobberMemory();
     };
     const auto theirs = [&]
@@ -81,7 +81,7 @@ void ZeroFrame(benchmark::State& state)
 }
 BENCHMARK(ZeroFrame)->UseManualTime()->Iterations(401);
 
-/// A report that one thread leaves for another.
+/// Passes a report from one thread to another.
 class HandOff
 {
 public:
@@ -93,7 +93,7 @@ public:
         mChanged.notify_one();
     }
 
-    /// False for the last one.
+    /// Waits for a report. False for the last one.
     bool Take()
     {
         std::unique_lock<std::mutex> lock(mMutex);
@@ -109,7 +109,7 @@ private:
     bool mLast = false;
 };
 
-/// A headset whose reads block until there is a report.
+/// A headset whose reads block until a report is there.
 class BlockingHeadset final : public qlt::UsbHost
 {
 public:

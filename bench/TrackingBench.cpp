@@ -1,5 +1,6 @@
-// How well the kit tracks: every figure of docs/tracking.md beside its goal, on recordings with a
-// measured orientation, on scripted heads and against the clock. scripts/bench_tracking.sh runs it.
+// Measures every figure of docs/tracking.md and prints it beside its goal: the errors on recordings
+// with a measured orientation and on scripted heads, and the speed. scripts/bench_tracking.sh runs
+// it.
 //
 //   qlt_tracking_bench FOLDER    exits 1 when a goal is missed, 2 without recordings
 #include "Paired.h"
@@ -21,7 +22,7 @@ using namespace tracking;
 
 int missed = 0;
 
-/// One line: what, the figure, and the most that it may be.
+/// Prints one line: the name, the figure and its upper limit.
 void Goal(const char* what, double figure, double most, const char* unit)
 {
     const bool met = figure <= most;

@@ -1,5 +1,5 @@
-# GLEW as the target qlt_glew: where the system or vcpkg has one, that; for Windows otherwise from
-# its sources (scripts/fetch_sources.sh), linked statically.
+# Makes the target qlt_glew. It is the GLEW of the system or of vcpkg if there is one. Otherwise, for
+# Windows, GLEW is built from its sources (scripts/fetch_sources.sh) and linked statically.
 add_library(qlt_glew INTERFACE)
 find_package(OpenGL REQUIRED)
 find_package(GLEW QUIET)

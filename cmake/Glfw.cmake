@@ -1,11 +1,12 @@
-# GLFW as the target qlt_glfw, for the windows of the tool: where the system or vcpkg has one, that;
-# for Windows otherwise from its sources (scripts/fetch_sources.sh), linked statically.
+# Makes the target qlt_glfw, which opens the windows of the command. It is the GLFW of the system or
+# of vcpkg if there is one. Otherwise, for Windows, GLFW is built from its sources
+# (scripts/fetch_sources.sh) and linked statically.
 add_library(qlt_glfw INTERFACE)
 find_package(glfw3 QUIET)
 if(NOT glfw3_FOUND)
   set(QLT_GLFW_SOURCE ${PROJECT_SOURCE_DIR}/build/sources/glfw3 CACHE PATH "The GLFW sources")
   if(NOT WIN32)
-    message(FATAL_ERROR "GLFW is missing, which the qlt command opens windows with: run "
+    message(FATAL_ERROR "GLFW is missing. The qlt command needs it to open windows. Run "
                         "scripts/setup.sh demo, or install it (Debian calls it libglfw3-dev), or "
                         "build without the command: -DQLT_BUILD_TOOLS=OFF")
   elseif(NOT EXISTS ${QLT_GLFW_SOURCE}/CMakeLists.txt)

@@ -1,8 +1,8 @@
-# Header-only libraries, and the one that the kit needs: a parser of JSON.
+# Makes targets for header-only libraries. The kit needs one of them, a parser of JSON.
 
-# qlt_header_only(TARGET HEADER): a header-only library as an interface target. Its folder alone is
-# linked into the build tree and put on the include path, because a cross build must not see the rest
-# of the place where a distribution installs it.
+# qlt_header_only(TARGET HEADER) makes an interface target for a header-only library. It links only
+# the folder of the library into the build tree and puts that link on the include path. A cross build
+# must not see the other headers that a distribution installs in the same place.
 function(qlt_header_only target header)
   get_filename_component(folder ${header} DIRECTORY)
   find_path(QLT_${target}_INCLUDE_DIR ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)

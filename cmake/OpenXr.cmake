@@ -1,4 +1,4 @@
-# QLT_HAVE_OPENXR: whether the OpenXR runtime is wanted and the system has what it is made of.
+# Sets QLT_HAVE_OPENXR: ON if the OpenXR runtime is wanted and its dependencies are installed.
 set(QLT_HAVE_OPENXR OFF)
 if(QLT_BUILD_OPENXR AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
   find_package(OpenGL QUIET COMPONENTS OpenGL GLX)
@@ -8,7 +8,7 @@ if(QLT_BUILD_OPENXR AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
   if(QLT_OPENXR_INCLUDE_DIR AND QLT_JSON_INCLUDE_DIR AND OpenGL_GLX_FOUND AND X11_Xrandr_FOUND)
     set(QLT_HAVE_OPENXR ON)
   else()
-    message(STATUS "The OpenXR runtime is left out: it needs what Debian calls libopenxr-dev, "
-                   "nlohmann-json3-dev, libgl-dev, libx11-dev and libxrandr-dev")
+    message(STATUS "The OpenXR runtime is left out. It needs these Debian packages: libopenxr-dev, "
+                   "nlohmann-json3-dev, libgl-dev, libx11-dev, libxrandr-dev")
   endif()
 endif()

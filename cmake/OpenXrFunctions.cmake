@@ -1,7 +1,8 @@
-# cmake -DHEADERS=A;B -DEXTENSIONS=X;Y -DOUTPUT=F -P OpenXrFunctions.cmake: from the registry's
-# headers, the list of the functions of the core and of these extensions, as the macro QLT_XR_FUNCTIONS(_) that
-# expands to _(Name, "extension") for each. In the headers, the definition of an extension's name
-# stands before its functions.
+# cmake -DHEADERS=A;B -DEXTENSIONS=X;Y -DOUTPUT=F -P OpenXrFunctions.cmake
+#
+# Reads the registry's headers and writes the list of the functions of the core and of these
+# extensions. The list is the macro QLT_XR_FUNCTIONS(_), which expands to _(Name, "extension") for
+# each function. In the headers, the definition of an extension's name stands before its functions.
 cmake_minimum_required(VERSION 3.20)
 set(lines "")
 foreach(header ${HEADERS})

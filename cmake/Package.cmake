@@ -1,10 +1,10 @@
-# The packages that users take: a ZIP for Windows, a TGZ and a .deb for Linux (cpack in the build
-# folder).
+# Makes the packages for users: a ZIP for Windows, a TGZ and a .deb for Linux. Run cpack in the build
+# folder.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/cmake/package/README.txt
         DESTINATION share/doc/QueltaSDK)
 
 if(MINGW)
-  # For MSVC: the flat functions, which are the same for every compiler.
+  # This import library is for MSVC. It has the flat functions, which are the same for every compiler.
   set(import_library ${PROJECT_BINARY_DIR}/lib/QueltaSDK.lib)
   set(definitions ${PROJECT_SOURCE_DIR}/src/qlt/Arch/Win32/QueltaSDK.def)
   find_program(QLT_DLLTOOL NAMES ${CMAKE_DLLTOOL} x86_64-w64-mingw32-dlltool REQUIRED)

@@ -1,4 +1,4 @@
-# The libraries of the tool and the tests alone.
+# Finds the libraries that only the command and the tests need.
 
 if(QLT_BUILD_TOOLS)
   qlt_header_only(cli11 CLI/CLI.hpp)

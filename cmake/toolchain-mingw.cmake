@@ -1,5 +1,5 @@
-# Cross-compiles for 64-bit Windows with mingw-w64; the results run under Wine. The posix variant,
-# because std::thread needs it.
+# Cross-compiles for 64-bit Windows with mingw-w64. The results run under Wine. The compilers are the
+# posix variant, because std::thread needs it.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)

@@ -1,18 +1,19 @@
-/* The flat interface from C: about a second of the simulator, and the smallest lens mesh. */
+/* This program uses the flat interface from C. It prints about a second of the simulator's motion,
+   and then the smallest lens mesh. */
 #include <qlt/qlt_c_api.h>
 
 #include <stdio.h>
 
 static void print_orientations(void)
 {
-    qlt_Tracker* tracker = qlt_SimulationTracker_New(); /* or qlt_Hmd_New, the headset */
+    qlt_Tracker* tracker = qlt_SimulationTracker_New(); /* qlt_Hmd_New is the headset */
     qlt_Quaternion* q = qlt_Quaternion_New4(1, 0, 0, 0);
     int step;
 
     qlt_Tracker_Start(tracker);
     for (step = 0; step < 10; ++step)
     {
-        /* C99 cannot sleep; so until the head has turned further about x. */
+        /* C99 cannot sleep, so the loop waits until the head has turned further about x. */
         while (qlt_Quaternion_x(q) < 0.05f * (float)step)
         {
             qlt_Tracker_GetOrientation(tracker, q);
@@ -29,7 +30,7 @@ static void print_mesh(void)
 {
     qlt_DistortionMeshBuilder* mesh = qlt_DistortionMeshBuilder_New(1, 1, 1, 1);
     const int32_t* indices;
-    const float* position; /* three of a vertex */
+    const float* position; /* three numbers per vertex */
     int32_t i;
 
     qlt_DistortionMeshBuilder_BuildMesh(mesh);

@@ -1,4 +1,4 @@
-// Prints the head's orientation for a second.
+// This program prints the head's orientation for one second.
 #include <qlt/qlt.h>
 
 #include <chrono>
@@ -7,7 +7,7 @@
 
 class Printer : public qlt::TrackerListener
 {
-    // On the tracker's own thread, a thousand times a second.
+    // The tracker calls this on its own thread, a thousand times a second.
     void OnOrientationEvent(const qlt::Quaternion& q, float time) override
     {
         if (mEvents++ % 100 == 0)
@@ -21,7 +21,7 @@ class Printer : public qlt::TrackerListener
 
 int main()
 {
-    qlt::SimulatorTracker tracker; // or qlt::Hmd, which waits for the headset
+    qlt::SimulatorTracker tracker; // qlt::Hmd waits for the real headset instead
     Printer printer;
     tracker.AddListener(printer);
     tracker.Start();

@@ -1,7 +1,7 @@
 #!/bin/bash
-# bench_tracking.sh [FOLDER]: prints every figure of docs/tracking.md beside its goal, and fails when
-# one is missed. FOLDER has recordings NAME.bin with their truth NAME.csv; without it they are those
-# of QLT_RECORDINGS or of ../shared/recordings.
+# bench_tracking.sh [FOLDER]: prints every figure of docs/tracking.md beside its goal, and fails when a
+# goal is missed. FOLDER has recordings NAME.bin with their truth NAME.csv. Without FOLDER the script
+# takes the folder of the variable QLT_RECORDINGS, or else ../shared/recordings.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)

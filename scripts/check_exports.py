@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Compares what the built library exports with scripts/exports.txt: the flat functions, and the
-class interface by its C++ names.
+"""Compares the exports of a built library with scripts/exports.txt.
 
     check_exports.py [--objdump OBJDUMP] [--write] LIBRARY
 
-The list is the same for both systems. What only the compiler needs (type information, virtual
-tables, the standard library's own templates) is left out. --write writes the list anew.
+The list has the flat functions, and the classes by their C++ names. It is the same for both systems.
+It leaves out the names that only the compiler needs: type information, virtual tables and the
+templates of the standard library. --write writes the list anew.
 """
 
 import argparse
@@ -31,7 +31,7 @@ def symbols(library, objdump):
         lines = output_of("nm", "-D", "--defined-only", library).splitlines()
         names = [line.split()[-1].split("@")[0] for line in lines]
     demangled = output_of("c++filt", text="\n".join(names)).splitlines()
-    # The 64-bit integer has another name on each system.
+    # The 64-bit integer has a different name on each system.
     exported = {name.replace("unsigned long long", "unsigned long") for name in demangled}
     return {name for name in exported if not name.startswith(LEFT_OUT)}
 

@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
-"""Checks who may include whom, and where the system may be named.
+"""Checks which file includes which, and where code may ask for the system.
 
     scripts/check_rooms.py [TREE]         prints FILE:LINE: MESSAGE for each violation, then exits 1
-    scripts/check_rooms.py --self-test    breaks each rule in a small tree and sees it noticed
+    scripts/check_rooms.py --self-test    breaks each rule in a small tree and expects the message
 
-A room is a folder of a library: of include/qlt and src/qlt for the core, of include/qltkit and
-src/qltkit for the kit, of src/openxr for the OpenXR runtime. A room may have sub-rooms; their public
-headers stay in the room's folder and belong to the sub-room that has the source of the same name. The wing of a room for one system is
-src/LIBRARY/Arch/SYSTEM/ROOM; tools, tests and benchmarks may have wings too, in any folder called
-Arch. A wing includes its own headers; nothing else does. A library sees only the public headers of
-those below it.
+A room is a folder of a library. The core has rooms in include/qlt and src/qlt, the kit in
+include/qltkit and src/qltkit, and the OpenXR runtime in src/openxr. A room may have sub-rooms. The
+public header of a sub-room stays in the folder of the room; it belongs to the sub-room that has the
+source of the same name.
+
+The wing of a room for one system is src/LIBRARY/Arch/SYSTEM/ROOM. Tools, tests and benchmarks may have
+wings in any folder called Arch. Only a wing includes its own headers. A library sees only the public
+headers of the libraries below it.
 """
 
 import pathlib
@@ -18,7 +20,7 @@ import sys
 import tempfile
 import unittest
 
-# Lowest first: a room includes itself and the rooms that stand before it.
+# The lowest room stands first. A room includes itself and the rooms before it.
 ROOMS = {
     "qlt": ["Runtime", "Math", "Sensors/Lens", "Sensors/HostService", "Sensors", "Sensors/Headset",
             "Sensors/Camera", "Render", "qlt_c_api"],
@@ -27,12 +29,12 @@ ROOMS = {
 }
 LIBRARIES = list(ROOMS)  # lowest first, too
 
-# Of these, users include headers as <LIBRARY/...>; the runtime has none, and <openxr/...> is the
-# registry's.
+# Users include headers of these libraries as <LIBRARY/...>. The OpenXR runtime has no public header;
+# <openxr/...> belongs to the registry.
 WITH_HEADERS = ("qlt", "qltkit")
 
-# The trees with C or C++ in them, and the third parties that each may include. A folder that is
-# named counts before the tree that it is in.
+# The trees with C or C++ files, and the third-party headers that each may include. The entry of a
+# folder replaces the entry of the tree that it is in.
 TREES = {
     "include": (),
     "src": ("GL/glew.h",),
@@ -45,7 +47,7 @@ TREES = {
     "tests": ("gtest/", "GL/glew.h"),
 }
 
-# Where an #include "..." is looked for, after the folder of the including file.
+# The folders in which to look for an #include "...", after the folder of the including file.
 INCLUDE_FOLDERS = ("src/qlt", "src/qltkit", "src/openxr", "include", "tests", "tools/qlt", "bench")
 
 STANDARD_LIBRARY = set("""
@@ -59,7 +61,7 @@ STANDARD_LIBRARY = set("""
     unordered_set utility valarray variant vector
     math.h stdbool.h stddef.h stdint.h stdio.h
     emmintrin.h
-""".split())  # the C headers for the flat interface; SSE2, which is the processor's on every system
+""".split())  # C headers are for the flat interface; SSE2 belongs to the processor on every system
 
 SYSTEM_MACRO = re.compile(
     r"\b(_?_?WIN(32|64)(__)?|_?_?linux(__)?|_?_?unix(__)?|__APPLE__|__ANDROID__|__CYGWIN__|"
@@ -69,14 +71,14 @@ UMBRELLAS = [f"include/{library}/{library}.h" for library in LIBRARIES]
 
 FRIEND = re.compile(r"\bfriend\s+(?:class|struct)\s+(?:\w+::)*(\w+)")
 
-# Raw strings, comments, and what could hide the beginning of either.
+# Raw strings, comments, and the literals that could hide the beginning of either.
 TOKENS = re.compile(
     r'R"([^(\s]*)\(.*?\)\1"|//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|' r"'(?:\\.|[^'\\\n])'",
     re.DOTALL)
 
 
 def without_comments(text):
-    """The text without comments and raw strings, on the same lines."""
+    """Returns the text without comments and raw strings. Line numbers stay the same."""
     def blank(match):
         token = match.group(0)
         return "\n" * token.count("\n") if token.startswith(("R", "/")) else token
@@ -84,7 +86,7 @@ def without_comments(text):
 
 
 def library_of(path):
-    """The library's place in LIBRARIES; None for a file outside of the libraries."""
+    """Returns the library's place in LIBRARIES, or None for a file outside of the libraries."""
     parts = path.split("/")
     named = len(parts) > 2 and parts[0] in ("include", "src") and parts[1] in LIBRARIES
     return LIBRARIES.index(parts[1]) if named else None
@@ -96,13 +98,13 @@ def third_parties_of(path):
 
 
 def wing_of(path):
-    """The folder .../Arch/SYSTEM that the file is in; None outside of a wing."""
+    """Returns the folder .../Arch/SYSTEM that the file is in, or None outside of a wing."""
     match = re.match(r"(?:.*/)?Arch/[^/]+/", path)
     return match and match.group(0)
 
 
 class House:
-    """The files of a tree, who includes whom, and what is wrong with it."""
+    """The files of a tree, their includes, and the violations that were found."""
 
     def __init__(self, root):
         self.root = pathlib.Path(root)
@@ -122,8 +124,8 @@ class House:
         return self.violations
 
     def room_of(self, path):
-        """(library, room), each by its place; the room is -1 below and past the end above all
-        rooms. None outside of the libraries."""
+        """Returns the places of the library and of its room, or None outside of the libraries. A file
+        below all rooms has the room -1. The umbrella header has a room past the last one."""
         library = library_of(path)
         if library is None:
             return None
@@ -175,7 +177,7 @@ class House:
                 self.report(file, number, f"has the friend {friend.group(1)} in a room above")
 
     def rooms_with(self, name):
-        """The rooms that define the class `name`."""
+        """Returns the rooms that define the class `name`."""
         definition = re.compile(rf"\b(?:class|struct)\s+(?:\w+_API\s+)?{name}\b[^;()]*{{")
         files = (file for file in self.files if library_of(file) is not None)
         return {self.room_of(file) for file in files
@@ -206,7 +208,7 @@ class House:
     def check_own_header(self, file, number, target):
         library, parts = file.split("/")[1], file[:-len(".cpp")].split("/")[2:]
         own = "/".join(parts[2:] if parts[0] == "Arch" else parts) + ".h"
-        shallow = own.split("/")[0] + "/" + own.split("/")[-1]  # a sub-room's public header
+        shallow = own.split("/")[0] + "/" + own.split("/")[-1]  # the public header of a sub-room
         headers = {f"{folder}/{name}" for folder in (f"include/{library}", f"src/{library}")
                    for name in (own, shallow)} & self.known
         headers |= {file[:-len(".cpp")] + ".h"} & self.known
@@ -260,7 +262,8 @@ class House:
 
 class SelfTest(unittest.TestCase):
     def violations(self, **files):
-        """The violations of a tree in which __ stands for / and _h, _cpp for the suffix."""
+        """Returns the violations of a tree. In the names of the arguments __ stands for /, and _h
+        or _cpp for the suffix."""
         with tempfile.TemporaryDirectory() as folder:
             for name, text in files.items():
                 stem, _, suffix = name.replace("__", "/").rpartition("_")

@@ -1,10 +1,10 @@
 #!/bin/bash
-# demo.sh [RECORDING.bin [TRUTH.csv]]: installs what is missing, builds natively and shows the main
-# job: replays sensor recordings through the headset's tracker, then two seconds of the simulator, and
-# at last a picture of what the headset's panel shows, build/demo/view.png.
+# demo.sh [RECORDING.bin [TRUTH.csv]]: installs the missing packages, builds the SDK natively and shows
+# its main job. It replays sensor recordings through the headset's tracker and shows two seconds of the
+# simulator. Then it draws the picture of the headset's panel, build/demo/view.png.
 #
-# Without an argument it takes every recording in ../shared/recordings, or else one of a software
-# headset that it makes itself.
+# Without an argument it replays every recording in ../shared/recordings. If there is none, a software
+# headset makes one first.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -33,7 +33,7 @@ done
 echo "demo.sh: building the library and the command qlt in $build"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-# A folder of its own, because the options stay in it.
+# The demo has its own build folder, because CMake keeps the options there.
 { cmake -S "$root" --preset linux -B "$build" -DQLT_BUILD_TESTS=OFF -DQLT_BUILD_BENCH=OFF \
     -DQLT_WERROR=OFF &&
     cmake --build "$build" --target qlt -j "$(nproc)"; } >"$log" 2>&1 ||

@@ -1,5 +1,6 @@
 #!/bin/bash
-# docs.sh: makes the reference of both interfaces under build/docs/html. A warning is an error.
+# docs.sh: makes the reference of both interfaces under build/docs/html. A warning of doxygen makes the
+# script fail.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."

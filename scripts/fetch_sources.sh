@@ -1,7 +1,7 @@
 #!/bin/bash
-# fetch_sources.sh: puts the sources of GLEW and GLFW, which Debian has no Windows build of, into
-# build/sources/glew and build/sources/glfw3; from Debian's source packages, without changing the
-# system's package lists. Silent when they are there.
+# fetch_sources.sh: puts the sources of GLEW and GLFW into build/sources/glew and build/sources/glfw3.
+# Debian has no Windows build of them. The script takes Debian's source packages and does not change
+# the system's package lists. It prints nothing when the sources are already there.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
@@ -14,7 +14,7 @@ missing=()
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/lists/partial"
-# The same places that the system's packages come from, asked for sources.
+# Use the servers of the system's packages, and ask them for sources.
 apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) main' 'Created-By: Packages' |
     grep -E '/debian/? ' | sort -u >"$work/sources.list"
 apt=(apt-get -q -o Dir::Etc::SourceList="$work/sources.list" -o Dir::Etc::SourceParts=-

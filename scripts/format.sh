@@ -1,6 +1,6 @@
 #!/bin/bash
-# format.sh [--check]: formats every C and C++ file of the tree in place; with --check it changes nothing,
-# names what is out of shape and fails.
+# format.sh [--check]: formats every C and C++ file of the tree in place. With --check it changes no
+# file. It then names the files that are not formatted, and fails if there is one.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."

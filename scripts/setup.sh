@@ -1,10 +1,11 @@
 #!/bin/bash
-# setup.sh [GROUP...]: installs the Debian packages that are missing, and for windows fetches the
-# sources of GLEW and GLFW into build/; asks for nothing, changes nothing else, and is silent when
-# all are there. Needs root or sudo.
+# setup.sh [GROUP...]: installs the Debian packages that are missing. For the group windows it also
+# fetches the sources of GLEW and GLFW into build/. It asks no question, changes nothing else, and prints
+# nothing when all packages are there. It needs root or sudo if a package is missing.
 #
-# Groups: demo (build the library and the command), linux (build and test), windows (cross-build,
-# run under Wine), house (format and clang-tidy). Without one: all of them.
+# The groups are demo (build the library and the command), linux (build and test), windows (cross-build,
+# run under Wine) and house (format, clang-tidy and doxygen). Without a group it installs linux, windows
+# and house.
 set -euo pipefail
 
 packages_of()
@@ -14,7 +15,7 @@ packages_of()
     local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest netpbm
         libbenchmark-dev libumockdev-dev umockdev libopenxr-dev libopenxr-loader1 libopenxr-utils
         openxr-layer-corevalidation libx11-dev libxrandr-dev xvfb xauth"
-    # Another source's packages of Node.js have npm inside, and conflict with Debian's.
+    # Node.js packages from other sources contain npm and conflict with Debian's packages.
     command -v npm >/dev/null || linux+=" nodejs npm"
     case $1 in
     demo) echo "$demo" ;;

@@ -1,9 +1,10 @@
 #!/bin/bash
-# test.sh [--soak] [SUITE...]: installs what is missing, builds and tests. A suite is a preset that
-# can run here (linux, linux-debug, linux-asan, linux-tsan, windows) or "house", the rules of the
-# tree: format, clang-tidy, room order. Without one: all but linux-debug. --soak adds the long tests.
+# test.sh [--soak] [SUITE...]: installs the missing packages, builds and tests. A suite is a preset
+# (linux, linux-debug, linux-asan, linux-tsan, windows) or "house", which checks the rules of the tree:
+# format, clang-tidy, room order and the reference. Without a suite it runs all but linux-debug. --soak
+# adds the long tests.
 #
-# A suite that fails does not stop the next one. The last line is the sum over all suites.
+# A suite that fails does not stop the next one. The last line has the sums over all suites.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
@@ -24,7 +25,7 @@ failed=0
 skipped=0
 summary=()
 
-# count SUITE PASSED FAILED SKIPPED: adds up and remembers the suite's line.
+# count SUITE PASSED FAILED SKIPPED: adds the numbers to the sums and keeps the suite's line.
 count()
 {
     passed=$((passed + $2))
@@ -57,7 +58,7 @@ run_preset()
     fi
     case $preset in
     windows) around=(scripts/with-wine.sh) ;;
-    # GCC 12's thread sanitizer does not know the wide address randomisation of newer kernels.
+    # GCC 12's thread sanitizer does not support the wide address randomisation of newer kernels.
     linux-tsan) ! setarch -R true 2>/dev/null || around=(setarch -R) ;;
     esac
     rm -f "$report"
@@ -66,8 +67,8 @@ run_preset()
     count_report "$preset" "$report" "$ok"
 }
 
-# count_report SUITE JUNIT CTEST_SUCCEEDED: a test that could not be started is a failed one, though
-# the report calls it "not run" as it does a skipped one.
+# count_report SUITE JUNIT CTEST_SUCCEEDED: counts a test that could not be started as failed. The report
+# calls such a test "not run", as it calls a skipped one.
 count_report()
 {
     local all good away bad
@@ -115,12 +116,13 @@ check_docs()
     scripts/docs.sh
 }
 
-# The files that the Linux build compiles, without the tests, in which a long function is a list.
+# Checks the files that the Linux build compiles. It leaves out the tests, because their long functions
+# are lists of cases.
 check_tidy()
 {
     local log=build/linux/clang-tidy.log
     cmake --preset linux >/dev/null || return 1
-    # The path analysis of a program over CLI11 takes over a minute, and finds nothing of ours.
+    # The path analysis of a program that uses CLI11 takes over a minute and finds nothing in our code.
     local tidy=(run-clang-tidy -quiet -p build/linux -j "$(nproc)")
     { "${tidy[@]}" "^$PWD/src/" &&
         "${tidy[@]}" -checks='-clang-analyzer-*' "^$PWD/(tools|bench)/"; } >"$log" 2>&1 ||

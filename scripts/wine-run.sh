@@ -1,7 +1,8 @@
 #!/bin/sh
-# Runs one Windows program of the build under Wine, quietly, in the build's own prefix. The tests'
-# emulator; with-wine.sh keeps a server alive around many of them. Without it Wine's services are
-# started first: of a program they would inherit the output and hold it open.
+# wine-run.sh PROGRAM [ARGUMENT...]: runs one Windows program of the build under Wine, in the build's
+# own prefix and without Wine's messages. The tests use it as their emulator. with-wine.sh keeps one
+# Wine server alive for many programs. Without with-wine.sh this script starts Wine's services first.
+# Otherwise the services would inherit the output of the program and hold it open.
 here=$(cd "$(dirname "$0")/.." && pwd)
 : "${WINEPREFIX:=$here/build/wineprefix}"
 : "${WINEDEBUG:=-all}"

@@ -1,8 +1,8 @@
 #!/bin/bash
-# with-wine.sh COMMAND...: runs COMMAND with an X display of its own and one live Wine server, ends
-# both, and returns COMMAND's exit code. A Windows program then starts in 50 ms instead of a second.
+# with-wine.sh COMMAND...: runs COMMAND with its own X display and one live Wine server. It ends both
+# and returns COMMAND's exit code. A Windows program then starts in 50 ms instead of a second.
 #
-# The display comes first and goes last: Wine keeps the one it was started with.
+# The display starts first and ends last, because Wine keeps the display that it was started with.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -13,7 +13,7 @@ display_pid=
 
 end()
 {
-    "$server" -k || true # it fails when no server runs, which is what we want
+    "$server" -k || true # it fails when no server runs, and that is fine
     "$server" -w || true
     [[ -z $display_pid ]] || { kill "$display_pid" && wait "$display_pid"; } 2>/dev/null || true
     rm -f "$display_name"
@@ -29,8 +29,8 @@ start_display()
         sleep 0.05
     done
     export DISPLAY=:$number
-    # Software rendering in the programs' own threads: at a program's end Wine stops its threads
-    # wherever they are, and Mesa's would be waited for, now and then for good.
+    # Mesa renders in the program's own thread. At the end of a program Wine stops its threads wherever
+    # they are, and a wait for one of Mesa's threads would then sometimes never end.
     export LP_NUM_THREADS=0 MESA_SHADER_CACHE_DISABLE=true
 }
 
@@ -38,19 +38,20 @@ start_wine()
 {
     [[ -f $WINEPREFIX/system.reg ]] || { "$wine" wineboot -i >/dev/null 2>&1 9>&-; "$server" -w; }
     "$server" -p 9>&-
-    # Wine's services start here: under a test they would inherit its output pipe and hold it open,
-    # and whoever reads the test's output to the end would wait for them.
+    # Start Wine's services here. A service that a test starts inherits the output pipe of the test and
+    # holds it open, so a reader of that output would wait for the service.
     "$wine" cmd /c exit </dev/null >/dev/null 2>&1 9>&-
     export QLT_WITH_WINE=1
 }
 
-# Two commands at a time would end each other's server.
+# Only one command runs at a time. Two commands would end each other's server.
 mkdir -p "$WINEPREFIX"
 exec 9>"$WINEPREFIX.lock"
 flock 9
 display_name=$(mktemp)
 trap end EXIT
-{ "$server" -k || true; "$server" -w; } 2>/dev/null # what the build has left, without a display
+# The build may have left a server without a display.
+{ "$server" -k || true; "$server" -w; } 2>/dev/null
 start_display
 start_wine
 "$@" 9>&-

@@ -2,14 +2,14 @@ using System;
 
 namespace Quelta
 {
-    /// <summary>The headset's passthrough image as an OpenGL texture. All of it, and Dispose, on the
-    /// thread whose OpenGL context is current; one camera at a time.</summary>
+    /// <summary>The headset's passthrough image as an OpenGL texture. Call every operation, and Dispose,
+    /// on the thread whose OpenGL context is current. A process has one camera at a time.</summary>
     public sealed class Camera : IDisposable
     {
         private readonly CameraHandle mHandle;
 
-        /// <summary>With a textureId of 0 it makes a texture name. The headset must be connected, because
-        /// without one the library would end the process.</summary>
+        /// <summary>A textureId of 0 makes a new texture name. Without a connected headset the library would
+        /// end the process, so this throws QueltaException instead.</summary>
         public Camera(Tracker headset, uint textureId = 0)
         {
             if (!headset.IsHeadset || !headset.IsConnected)
@@ -19,14 +19,14 @@ namespace Quelta
             mHandle = Library.New(() => Native.qlt_Camera_New(textureId));
         }
 
-        /// <summary>Size of the image in pixels.</summary>
+        /// <summary>The width of the image in pixels.</summary>
         public static int Width => Library.Guard(() => Native.qlt_Camera_GetWidth(IntPtr.Zero));
 
         public static int Height => Library.Guard(() => Native.qlt_Camera_GetHeight(IntPtr.Zero));
 
         public int TextureId => Native.qlt_Camera_GetTextureId(mHandle);
 
-        /// <summary>Waits for the next frame, for ever if none comes, and uploads it.</summary>
+        /// <summary>Waits for the next frame without a time limit, and uploads it.</summary>
         public void Update() => Native.qlt_Camera_Update(mHandle);
 
         public void Dispose() => mHandle.Dispose();

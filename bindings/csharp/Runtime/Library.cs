@@ -6,7 +6,8 @@ namespace Quelta
 {
     internal static class Library
     {
-        /// <summary>Around every call that may be the first, where the runtime looks for the library.</summary>
+        /// <summary>Explains the failures of a call. The runtime looks for the library in the first call, so every
+        /// call that may be the first goes through here.</summary>
         internal static T Guard<T>(Func<T> call)
         {
             try
@@ -30,7 +31,8 @@ namespace Quelta
             return handle;
         }
 
-        /// <summary>What the runtime means when it speaks of modules, images and entry points.</summary>
+        /// <summary>Returns an exception that says what the runtime's exceptions about modules, images and entry
+        /// points mean.</summary>
         internal static Exception Explain(Exception cause)
         {
             if (cause is DllNotFoundException)

@@ -3,8 +3,8 @@ using System.Runtime.InteropServices;
 
 namespace Quelta
 {
-    /// <summary>The lens mesh of one eye: a grid to draw over the eye's viewport, without back-face
-    /// culling. Indices are those of a triangle list, or of one strip. Each getter copies.</summary>
+    /// <summary>The lens mesh of one eye. Draw it over the eye's viewport without back-face culling. The
+    /// indices are those of a triangle list or of one strip. Each getter copies its array.</summary>
     public sealed class Mesh : IDisposable
     {
         private readonly MeshHandle mHandle;
@@ -15,7 +15,7 @@ namespace Quelta
             {
                 throw new QueltaException($"A mesh of {columns} x {rows} cells has nothing to draw.");
             }
-            long cells = rows * (columns + (triangleList ? 0L : 2L)); // 6 or 2 indices each
+            long cells = rows * (columns + (triangleList ? 0L : 2L)); // a cell has 6 or 2 indices
             if (cells > (triangleList ? int.MaxValue / 6 : 1L << 30))
             {
                 throw new QueltaException($"A mesh of {columns} x {rows} cells has too many indices.");
@@ -25,11 +25,12 @@ namespace Quelta
             Native.qlt_DistortionMeshBuilder_BuildMesh(mHandle);
         }
 
-        /// <summary>x and y in the viewport, -1 .. 1, and the depth: 0 inside the lens, -1.1 outside.</summary>
+        /// <summary>x and y are in the viewport, from -1 to 1. The depth is 0 inside the lens and -1.1
+        /// outside.</summary>
         public Vec3[] Positions =>
             Copy<Vec3>(Native.qlt_DistortionMeshBuilder_GetPosition(mHandle), VertexCount);
 
-        /// <summary>Texture coordinates of each colour channel, 0 .. 1.</summary>
+        /// <summary>Texture coordinates of the red channel, from 0 to 1.</summary>
         public Vec2[] TextureR => Copy<Vec2>(Native.qlt_DistortionMeshBuilder_GetTextureR(mHandle), VertexCount);
 
         public Vec2[] TextureG => Copy<Vec2>(Native.qlt_DistortionMeshBuilder_GetTextureG(mHandle), VertexCount);
@@ -52,7 +53,7 @@ namespace Quelta
             {
                 copy[i] = (T)Marshal.PtrToStructure(IntPtr.Add(first, i * size), typeof(T));
             }
-            GC.KeepAlive(mHandle); // the array goes with it
+            GC.KeepAlive(mHandle); // the library's array ends with the handle
             return copy;
         }
     }

@@ -3,7 +3,7 @@ using System.Runtime.InteropServices;
 
 namespace Quelta
 {
-    // The kinds of handles. The runtime keeps one alive during a call that uses it.
+    // One class per kind of handle. The runtime keeps a handle alive during a call that uses it.
 
     internal abstract class Handle : SafeHandle
     {
@@ -38,7 +38,7 @@ namespace Quelta
         protected override void Delete(IntPtr pointer) => Native.qlt_Tracker_Delete(pointer);
     }
 
-    /// <summary>The flat interface, as in qlt/qlt_c_api.h.</summary>
+    /// <summary>The functions of qlt/qlt_c_api.h.</summary>
     internal static class Native
     {
         private const string DLL = "QueltaSDK";
@@ -114,8 +114,8 @@ namespace Quelta
         [return: MarshalAs(BYTE)]
         internal static extern bool qlt_Tracker_Stop(TrackerHandle tracker);
 
-        // The library's own values. The structs of Values.cs do without them; they are here for whoever
-        // holds a value of the library.
+        // These functions make and read the library's own values. The structs of Values.cs do not need
+        // them. A program that holds a value of the library does.
         [DllImport(DLL, CallingConvention = C)]
         internal static extern IntPtr qlt_Quaternion_New();
         [DllImport(DLL, CallingConvention = C)]

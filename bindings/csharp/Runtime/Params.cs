@@ -1,6 +1,6 @@
 namespace Quelta
 {
-    /// <summary>Constants of the headset and of a default user: degrees, pixels, metres.</summary>
+    /// <summary>The constants of the headset and of a default user, in degrees, pixels and metres.</summary>
     public static class Params
     {
         public static float EyeFovDeg => Library.Guard(() => Native.qlt_Params_EYE_FOV_DEG());
@@ -9,7 +9,7 @@ namespace Quelta
 
         public static float EyeStretch => Library.Guard(() => Native.qlt_Params_EYE_STRETCH());
 
-        /// <summary>Whether the lens needs its mesh.</summary>
+        /// <summary>True if the lens needs its mesh.</summary>
         public static bool EyeDistort => Library.Guard(() => Native.qlt_Params_EYE_DISTORT());
 
         public static float UserIpdM => Library.Guard(() => Native.qlt_Params_USER_IPD_M());

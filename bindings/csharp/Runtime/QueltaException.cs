@@ -2,7 +2,8 @@ using System;
 
 namespace Quelta
 {
-    /// <summary>What went wrong, in one sentence; the cause inside, where the runtime has one.</summary>
+    /// <summary>An error of the SDK. The message is one sentence. The inner exception is the cause, if
+    /// the runtime has one.</summary>
     public sealed class QueltaException : Exception
     {
         public QueltaException(string message, Exception cause = null)

@@ -2,8 +2,8 @@ using System;
 
 namespace Quelta
 {
-    /// <summary>Poses of the head: right-handed, y up, -z forward; metres, seconds, radians. The getters
-    /// may be called from any thread.</summary>
+    /// <summary>A source of head poses: right-handed, y up, -z forward. The units are metres, seconds and
+    /// radians. Any thread may call the getters.</summary>
     public sealed class Tracker : IDisposable
     {
         private readonly TrackerHandle mHandle;
@@ -14,10 +14,10 @@ namespace Quelta
             IsHeadset = isHeadset;
         }
 
-        /// <summary>The headset, which may be plugged in at any time.</summary>
+        /// <summary>Makes a tracker for the headset, which may be plugged in at any time.</summary>
         public static Tracker Headset() => new Tracker(Library.New(() => Native.qlt_Hmd_New()), true);
 
-        /// <summary>Motion without hardware.</summary>
+        /// <summary>Makes a tracker that moves without hardware.</summary>
         public static Tracker Simulator() =>
             new Tracker(Library.New(() => Native.qlt_SimulationTracker_New()), false);
 
@@ -29,7 +29,7 @@ namespace Quelta
 
         public bool Start() => Native.qlt_Tracker_Start(mHandle);
 
-        /// <summary>Waits for the tracker's threads.</summary>
+        /// <summary>Stops the tracker and waits for its threads.</summary>
         public bool Stop() => Native.qlt_Tracker_Stop(mHandle);
 
         public Quaternion Orientation
@@ -41,8 +41,8 @@ namespace Quelta
             }
         }
 
-        /// <summary>The last orientation with the yaw origin applied once more: both kinds of tracker ignore
-        /// lookAhead, in seconds.</summary>
+        /// <summary>Returns the last orientation with the yaw origin applied once more. Both kinds of tracker
+        /// ignore lookAhead, which is in seconds.</summary>
         public Quaternion PredictedOrientation(float lookAhead)
         {
             Native.qlt_Tracker_GetPredictedOrientation(mHandle, out Quaternion orientation, lookAhead);
@@ -58,25 +58,27 @@ namespace Quelta
             }
         }
 
-        /// <summary>Of an object that the host service tracks; the identity for one that is not there.</summary>
+        /// <summary>Returns the orientation of an object that the host service tracks. A missing object has
+        /// the identity.</summary>
         public Quaternion ObjectOrientation(int index)
         {
             Native.qlt_Tracker_GetObjectOrientation(mHandle, out Quaternion orientation, index);
             return orientation;
         }
 
-        /// <summary>As ObjectOrientation; zero for one that is not there.</summary>
+        /// <summary>Returns the position of an object that the host service tracks, in metres. A missing object
+        /// has zero.</summary>
         public Vec3 ObjectPosition(int index)
         {
             Native.qlt_Tracker_GetObjectPosition(mHandle, out Vec3 position, index);
             return position;
         }
 
-        /// <summary>Makes the direction of now the one of yaw 0.</summary>
+        /// <summary>Makes the current heading the direction of yaw 0.</summary>
         public void ResetYawOrigin() => Native.qlt_Tracker_ResetYawOrigin(mHandle);
 
-        /// <summary>Stops it, too. A tracker that nobody disposes of is deleted by the garbage collection,
-        /// and reported by the library if it was still started.</summary>
+        /// <summary>Stops the tracker and deletes it. The garbage collection deletes a tracker that nobody
+        /// disposes of. If that tracker is still started, the library reports an assertion.</summary>
         public void Dispose()
         {
             if (!mHandle.IsClosed && IsTracking)

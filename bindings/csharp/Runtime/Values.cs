@@ -4,7 +4,7 @@ using System.Runtime.InteropServices;
 
 namespace Quelta
 {
-    // The layouts are those of the library, which reads and writes these directly.
+    // The library reads and writes these structs directly, so they have its layouts.
 
     [StructLayout(LayoutKind.Sequential)]
     public struct Vec2
@@ -18,7 +18,8 @@ namespace Quelta
         public float X, Y, Z;
     }
 
-    /// <summary>The scalar part first; a default one is all zero and no rotation.</summary>
+    /// <summary>A rotation, with the scalar part first. The default value is all zero, which is no
+    /// rotation.</summary>
     [StructLayout(LayoutKind.Sequential)]
     public struct Quaternion
     {
@@ -32,7 +33,7 @@ namespace Quelta
             Z = z;
         }
 
-        /// <summary>The same orientation in the axes of Unity.</summary>
+        /// <summary>Returns the same orientation in the axes of Unity.</summary>
         public Quaternion ConvertToUnity()
         {
             try
@@ -41,7 +42,7 @@ namespace Quelta
                 Native.qlt_Quaternion_ConvertToUnity(ref converted);
                 return converted;
             }
-            catch (Exception cause) // as Library.Guard, whose closure would be garbage in every frame
+            catch (Exception cause) // Library.Guard would allocate a closure in every frame
             {
                 throw Library.Explain(cause);
             }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the simulator's orientation for a second. Tracker.headset() waits for the headset."""
+"""Prints the simulator's orientation for one second. Tracker.headset() would wait for the headset."""
 
 import time
 

@@ -1,7 +1,7 @@
 """The Quelta Orbel Ixo in Python: the flat interface of QueltaSDK, and three classes over it.
 
-The library is loaded at the first use, or by load(). Orientations are right-handed, y up, -z
-forward; metres, seconds, radians. Getters may be called from any thread. A failure of the system
+The first use, or load(), loads the library. Orientations are right-handed, y up, -z forward. The
+units are metres, seconds and radians. Any thread may call the getters. A failure of the system
 inside the library is a C++ exception, which ends the process.
 """
 
@@ -20,14 +20,14 @@ __all__ = ["Camera", "Mesh", "Params", "Quaternion", "QueltaError", "Tracker", "
 
 
 class QueltaError(Exception):
-    """What went wrong, in one sentence."""
+    """An error of the SDK. The message is one sentence."""
 
 
-# ---- The flat interface, as in qlt/qlt_c_api.h, without the prefix qlt_.
+# ---- The functions of qlt/qlt_c_api.h, without the prefix qlt_.
 
 
 class _Camera(ctypes.Structure):
-    """One class for each kind of handle, so that ctypes notices when they are mixed up."""
+    """Each kind of handle has its own class, so that ctypes rejects a handle of another kind."""
 
 
 class _Mesh(ctypes.Structure):
@@ -41,7 +41,7 @@ class _Tracker(ctypes.Structure):
 _CAMERA, _MESH, _TRACKER = POINTER(_Camera), POINTER(_Mesh), POINTER(_Tracker)
 _VALUE = POINTER(c_float)  # a Quaternion, Vec2 or Vec3: four, two or three floats
 
-# The result, then the arguments.
+# The tuples hold the type of the result, then the types of the arguments.
 _FUNCTIONS = {
     "Camera_New": (_CAMERA, c_uint32),
     "Camera_Delete": (None, _CAMERA),
@@ -107,9 +107,12 @@ _sdk = None
 
 
 def load(path=None):
-    """Loads the library and returns it with its functions declared: the file that is named here, or
-    else by the environment variable QUELTA_SDK, or else beside this module, or else where the system
-    finds it. Without a path it loads once. Raises QueltaError."""
+    """Loads the library, declares its functions and returns it.
+
+    The file is `path`, or else the value of the environment variable QUELTA_SDK, or else the file
+    beside this module, or else the one that the system finds. A call without a path loads the
+    library once. Raises QueltaError.
+    """
     global _sdk
     if _sdk is None or path is not None:
         _sdk = _declare(_open(path))
@@ -123,7 +126,7 @@ def _open(path):
         file = os.path.abspath(named or beside)
         if not os.path.isfile(file):
             raise QueltaError(f"QueltaSDK is missing: there is no file {file}.")
-    elif sys.platform == "win32":  # where Python itself does not look along the PATH
+    elif sys.platform == "win32":  # because Python does not search the PATH there
         file = ctypes.util.find_library("QueltaSDK") or _FILE
     else:
         file = _FILE
@@ -159,21 +162,21 @@ class Vec3(NamedTuple):
 
 
 class Quaternion(NamedTuple):
-    """The scalar part first."""
+    """A rotation, with the scalar part first."""
     w: float
     x: float
     y: float
     z: float
 
     def to_unity(self):
-        """The same orientation in the axes of Unity."""
+        """Returns the same orientation in the axes of Unity."""
         value = (c_float * 4)(*self)
         load().qlt_Quaternion_ConvertToUnity(value)
         return Quaternion(*value)
 
 
 class Params(NamedTuple):
-    """Constants of the headset and of a default user: degrees, pixels, metres."""
+    """The constants of the headset and of a default user, in degrees, pixels and metres."""
     eye_fov_deg: float
     eye_resolution: int
     eye_stretch: float
@@ -191,7 +194,7 @@ def params():
 
 
 class _Closing:
-    """What a with statement closes at its end."""
+    """A base for objects that a with statement closes at its end."""
 
     def __enter__(self):
         return self
@@ -201,8 +204,8 @@ class _Closing:
 
 
 class _Owned(_Closing):
-    """An object of the library: deleted by close, when Python collects it, or when the program
-    ends, whichever comes first."""
+    """An object of the library. It is deleted by close(), by Python's garbage collection, or at the
+    end of the program, whichever comes first."""
 
     def __init__(self, new, delete, *arguments):
         self._sdk = load()
@@ -223,7 +226,10 @@ class _Owned(_Closing):
 
 
 class Tracker(_Owned):
-    """Poses of the head, from Tracker.headset() or Tracker.simulator(). Closing stops it."""
+    """A source of head poses. Tracker.headset() and Tracker.simulator() make one.
+
+    close() stops the tracker.
+    """
 
     def __init__(self, kind, new):
         super().__init__(new, self._end)
@@ -231,12 +237,12 @@ class Tracker(_Owned):
 
     @classmethod
     def headset(cls):
-        """The headset, which may be plugged in at any time."""
+        """Makes a tracker for the headset, which may be plugged in at any time."""
         return cls("headset", "qlt_Hmd_New")
 
     @classmethod
     def simulator(cls):
-        """Motion without hardware."""
+        """Makes a tracker that moves without hardware."""
         return cls("simulator", "qlt_SimulationTracker_New")
 
     @staticmethod
@@ -249,7 +255,7 @@ class Tracker(_Owned):
         return self._sdk.qlt_Tracker_Start(self._handle)
 
     def stop(self):
-        """Waits for the tracker's threads."""
+        """Stops the tracker and waits for its threads."""
         return self._sdk.qlt_Tracker_Stop(self._handle)
 
     @property
@@ -265,8 +271,10 @@ class Tracker(_Owned):
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetOrientation)
 
     def predicted_orientation(self, look_ahead):
-        """The last orientation with the yaw origin applied once more: both kinds of tracker ignore
-        look_ahead, in seconds."""
+        """Returns the last orientation with the yaw origin applied once more.
+
+        Both kinds of tracker ignore look_ahead, which is in seconds.
+        """
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetPredictedOrientation, look_ahead)
 
     @property
@@ -274,15 +282,17 @@ class Tracker(_Owned):
         return self._value(Vec3, self._sdk.qlt_Tracker_GetPosition)
 
     def object_orientation(self, index):
-        """Of an object that the host service tracks; the identity for one that is not there."""
+        """Returns the orientation of an object that the host service tracks. A missing object has
+        the identity."""
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetObjectOrientation, index)
 
     def object_position(self, index):
-        """As object_orientation; zero for one that is not there."""
+        """Returns the position of an object that the host service tracks, in metres. A missing object
+        has zero."""
         return self._value(Vec3, self._sdk.qlt_Tracker_GetObjectPosition, index)
 
     def reset_yaw_origin(self):
-        """Makes the direction of now the one of yaw 0."""
+        """Makes the current heading the direction of yaw 0."""
         self._sdk.qlt_Tracker_ResetYawOrigin(self._handle)
 
     def _value(self, kind, getter, *arguments):
@@ -305,11 +315,11 @@ class _Builder(_Owned):
 
 
 class Mesh(_Closing):
-    """The lens mesh of one eye: a grid to draw over the eye's viewport, without back-face culling.
-    Indices are those of a triangle list, or of one strip.
+    """The lens mesh of one eye. Draw it over the eye's viewport without back-face culling.
 
-    The arrays are read-only memoryviews of the library's own, a row for each vertex; tolist() copies
-    into lists. They keep that memory alive, also when the mesh is closed or gone.
+    The indices are those of a triangle list or of one strip. The arrays are read-only memoryviews of
+    the library's memory, one row per vertex; tolist() copies one into lists. A view keeps that memory
+    alive, even after the mesh is closed or deleted.
     """
 
     def __init__(self, columns, rows, left_eye=True, triangle_list=True):
@@ -322,12 +332,13 @@ class Mesh(_Closing):
 
     @property
     def positions(self):
-        """x and y in the viewport, -1 .. 1, and the depth: 0 inside the lens, -1.1 outside."""
+        """Rows of x, y and depth. x and y are in the viewport, from -1 to 1. The depth is 0 inside
+        the lens and -1.1 outside."""
         return self._vertices("GetPosition", 3)
 
     @property
     def texture_r(self):
-        """Texture coordinates of a colour channel, 0 .. 1."""
+        """Rows of texture coordinates of the red channel, from 0 to 1."""
         return self._vertices("GetTextureR", 2)
 
     @property
@@ -350,7 +361,7 @@ class Mesh(_Closing):
 
     def _array(self, getter, kind, shape):
         builder = self._open_builder()
-        # Floats and indices have four bytes; of the arrays of ctypes a view can only cast bytes.
+        # Floats and indices have four bytes each. memoryview casts only from bytes.
         array = (ctypes.c_ubyte * (4 * math.prod(shape))).from_address(builder.get(getter))
         array.builder = builder
         return memoryview(array).cast("B").cast(kind, shape).toreadonly()
@@ -362,12 +373,15 @@ class Mesh(_Closing):
 
 
 class Camera(_Owned):
-    """The headset's passthrough image as an OpenGL texture. All of it, and its closing, on the
-    thread whose OpenGL context is current; one camera at a time."""
+    """The headset's passthrough image as an OpenGL texture.
+
+    Call every operation, and close(), on the thread whose OpenGL context is current. A process has
+    one camera at a time.
+    """
 
     def __init__(self, headset, texture_id=0):
-        """With a texture_id of 0 it makes a texture name. headset is a tracker that is connected,
-        because without a headset the library would end the process."""
+        """headset is a tracker that is connected. A texture_id of 0 makes a new texture name. Without a
+        headset the library would end the process, so this raises QueltaError instead."""
         if headset.kind != "headset" or not headset.is_connected:
             raise QueltaError("The camera needs a headset, and none is connected.")
         super().__init__("qlt_Camera_New", self._end, texture_id)
@@ -377,7 +391,7 @@ class Camera(_Owned):
         sdk.qlt_Camera_Delete(camera)
 
     def update(self):
-        """Waits for the next frame, for ever if none comes, and uploads it."""
+        """Waits for the next frame without a time limit, and uploads it."""
         self._sdk.qlt_Camera_Update(self._handle)
 
     @property
@@ -386,5 +400,5 @@ class Camera(_Owned):
 
     @staticmethod
     def size():
-        """Width and height of the image in pixels, of which the library needs no camera."""
+        """Returns the width and height of the image in pixels. It needs no camera."""
         return load().qlt_Camera_GetWidth(None), load().qlt_Camera_GetHeight(None)

@@ -1,6 +1,6 @@
 using UnityEngine;
 
-/// <summary>Turns the camera that it is put on with the head. Without a headset, let it simulate.</summary>
+/// <summary>A component that turns its camera with the head. Set `simulate` if you have no headset.</summary>
 public class TrackedCamera : MonoBehaviour
 {
     public bool simulate;

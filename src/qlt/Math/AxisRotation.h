@@ -1,4 +1,5 @@
-// Quaternion::RotationQuaternion for the inside of the library, where the filter needs it inlined.
+// The body of Quaternion::RotationQuaternion. It is inline, because the filter calls it for every
+// report.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>

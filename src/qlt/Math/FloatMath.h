@@ -1,5 +1,6 @@
-// Trigonometry in single precision with the same bits on every system: the double function rounded
-// once. The C libraries' own float versions differ in the last bit for some inputs.
+// Trigonometry in single precision with the same bits on every system. Each function rounds the
+// result of the double function once, because the float functions of the C libraries differ in the
+// last bit for some inputs.
 #pragma once
 
 #include <cmath>

@@ -44,7 +44,7 @@ float MathUtil::Polynom(const std::vector<float>& p, float x)
     const float x6 = x2 * x4;
     const float x7 = x3 * x4;
     const float x8 = x4 * x4;
-    // The order of the sum is part of the result's bits.
+    // The order of this sum decides the bits of the result.
     return c[1] * x7 + c[0] * x8 + c[2] * x6 + c[3] * x5 + c[4] * x4 + c[5] * x3 + c[6] * x2 +
            c[7] * x + c[8];
 }

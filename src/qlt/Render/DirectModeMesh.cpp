@@ -11,9 +11,9 @@ namespace
 {
 
 constexpr int SIZE = DirectModeMesh::SIZE;
-constexpr float DEPTH = 0.5f; // of the whole picture
+constexpr float DEPTH = 0.5f; // of every vertex
 
-/// SIZE values from `first` to `last`.
+/// SIZE evenly spaced values from `first` to `last`.
 std::vector<float> Lines(float first, float last)
 {
     std::vector<float> lines(SIZE);

@@ -25,7 +25,8 @@ NvApi NvApi::Load(QueryInterface query)
     Initialize initialize = nullptr;
     if (query != nullptr && Fill(initialize, query, 0x0150E828))
     {
-        // deliberate: a driver that this has not initialised fails in its operations anyway.
+        // deliberate: the status is ignored, because a driver that is not initialised fails in its
+        // operations anyway.
         initialize();
     }
     NvApi api;

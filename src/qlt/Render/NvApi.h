@@ -1,5 +1,5 @@
-// What direct mode needs of NVIDIA's display driver: the entry points of nvapi64.dll, by their
-// identifiers. Every function returns 0 for success.
+// The part of NVIDIA's display driver that direct mode uses: functions of nvapi64.dll, which the
+// driver looks up by identifier. Every function returns 0 for success.
 #pragma once
 
 #include <cstdint>
@@ -18,14 +18,14 @@ struct NvApi
 
     struct Mode
     {
-        std::uint32_t version; // set before it is filled in
+        std::uint32_t version; // the caller sets it before the call
         std::uint32_t unused[4];
         std::uint32_t pixelFormat;
         std::uint32_t unused2[2];
     };
     static_assert(sizeof(Mode) == 32, "the driver's layout");
 
-    // A display is passed by value: the driver gets a copy and may write to it.
+    // Calls pass a display by value, because the driver may write to its copy.
     using Initialize = Status (*)();
     using EnumerateDisplays = Status (*)(std::uint32_t vendorId, std::uint32_t* count,
                                          Display* displays, std::uint32_t one);
@@ -48,23 +48,27 @@ struct NvApi
     GetFrameEvent getFrameEvent = nullptr;
     Present present = nullptr;
     ReleaseDisplay releaseDisplay = nullptr;
-    bool complete = false; // all of them are there
+    bool complete = false; // the driver has every function
 
-    /// The driver's way to an entry point; null when it has none of that identifier.
+    /// The function of the driver that looks up another function. It returns null when the driver
+    /// has no function with that identifier.
     using QueryInterface = void* (*)(std::uint32_t identifier);
 
-    /// Initialises the driver, if it has an entry point for that: most fail all operations before.
-    /// Without a driver, null, nothing is there.
+    /// Looks up the functions. It initialises the driver first, if the driver has a function for
+    /// that, because most drivers refuse every operation before. Null stands for no driver and
+    /// gives a table without functions.
     static NvApi Load(QueryInterface query);
 
-    // What is chosen of what there is; false when there is nothing or a call fails. FindMode may
-    // throw std::bad_alloc.
+    // HasDisplay says whether a display of the vendor is connected. FindDisplay and FindMode give
+    // the first display and its first mode. All three return false when there is none and when a
+    // call fails. FindMode may throw std::bad_alloc.
     bool HasDisplay(std::uint32_t vendorId) const;
     bool FindDisplay(std::uint32_t vendorId, Display& display) const;
     bool FindMode(const Display& display, Mode& mode) const;
 };
 
-/// The DXGI_FORMAT of a mode's surface; 0, unknown, for a pixel format that is not listed.
+/// The DXGI_FORMAT of the surface of a mode. A pixel format that is not listed gives 0
+/// (DXGI_FORMAT_UNKNOWN).
 std::uint32_t SurfaceFormat(const NvApi::Mode& mode);
 
 } // namespace qlt

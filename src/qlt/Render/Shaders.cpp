@@ -5,7 +5,7 @@ namespace qlt
 namespace
 {
 
-/// To the character: engines know their compiled and cached programs by the text.
+/// Engines identify their compiled and cached programs by these texts, so no character may change.
 struct Texts
 {
     const std::string textureShaderV = R"(uniform mat4 uMVPMatrix;
@@ -86,8 +86,8 @@ const Texts& TheTexts()
     return texts;
 }
 
-/// A static object that is made before this one may ask, too; but it is not left to who asks first,
-/// so that the texts outlive the static objects of every program.
+/// The texts are built when the library is loaded, so they outlive the static objects of every
+/// program. A static object that is built earlier may still ask for them.
 [[maybe_unused]] const Texts& gBuiltWhenLoaded = TheTexts();
 
 } // namespace

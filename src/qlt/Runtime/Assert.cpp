@@ -11,7 +11,7 @@ namespace
 
 std::atomic<AssertionHandler> gHandler{nullptr};
 
-/// Condition texts and paths are ASCII by construction, so that one byte a character is exact.
+/// Condition texts and paths are always ASCII, so one byte for each character loses nothing.
 std::string Narrow(const wchar_t* text)
 {
     std::string narrow;
@@ -24,8 +24,8 @@ std::string Narrow(const wchar_t* text)
 
 void PrintAssertion(const wchar_t* condition, const wchar_t* file, unsigned line)
 {
-    // One call, so that lines of several threads do not mix; stdio, because a wide character put to
-    // a stream that was used narrow is lost.
+    // One call prints the whole line, so that the lines of several threads do not mix. The text is
+    // narrow, because a stream that has printed narrow characters drops wide characters.
     std::fprintf(stderr, "Assertion failed: %s, file %s, line %u\n", Narrow(condition).c_str(),
                  Narrow(file).c_str(), line);
 }

@@ -19,7 +19,8 @@ public:
 
     void SleepNs(std::int64_t durationNs) override
     {
-        // Not sleep_until on the steady clock, which wakes a millisecond early on some systems.
+        // Do not use sleep_until on the steady clock, because it wakes a millisecond early on some
+        // systems.
         std::this_thread::sleep_for(std::chrono::nanoseconds(durationNs));
     }
 };
@@ -30,7 +31,7 @@ Clock::~Clock() = default;
 
 Clock& Clock::System()
 {
-    static Clock& clock = *new SystemClock; // for trackers that nobody destroys
+    static Clock& clock = *new SystemClock; // never deleted, because a leaked tracker may use it
     return clock;
 }
 

@@ -1,7 +1,8 @@
-// Seam to the system: libraries that the SDK uses where they are installed. One body in each wing.
+// Loads libraries that the SDK uses when they are installed. Each wing implements these functions
+// for its system.
 //
-// A loaded library stays loaded until the process ends: its own threads may still run in it when
-// the last of our objects goes.
+// A loaded library stays loaded until the process ends, because its own threads may still run its
+// code after our last object is destroyed.
 #pragma once
 
 #include <string>
@@ -11,13 +12,13 @@ namespace qlt
 
 using LibraryHandle = void*;
 
-/// Loads `name` (without prefix and extension) from where an application's own files are, and from
-/// nowhere else: on Windows beside the program, beside the SDK, then System32; elsewhere beside the
-/// SDK. Never from the current folder or the search path, where anybody may have put one. Null when
-/// it is not there or cannot be loaded.
+/// Loads the library `name`, which is given without prefix and extension. On Windows it tries the
+/// folder of the program, the folder of the SDK and System32, in this order. Elsewhere it tries the
+/// folder of the SDK. It never tries the current folder or the search path, because anybody may
+/// have put a library there. Null when there is no such library and when it cannot be loaded.
 LibraryHandle LoadInstalledLibrary(const std::string& name);
 
-/// The address of an exported function; null when there is none of that name.
+/// The address of the exported function `name`; null when the library has none.
 void* FindFunction(LibraryHandle library, const char* name);
 
 } // namespace qlt

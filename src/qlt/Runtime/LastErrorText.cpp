@@ -12,7 +12,8 @@ std::wstring GetLastErrorText()
     const std::u16string text = qlt::SystemErrorText(code);
     std::wstring result;
     result.reserve(text.size());
-    // As many bytes as the text has characters: byte i is the low or high half of character i / 2.
+    // Copy as many bytes as the text has characters. Byte i is the low or the high half of
+    // character i / 2.
     for (std::size_t i = 0; i < text.size(); ++i)
     {
         const auto unit = static_cast<std::uint16_t>(text[i / 2]);

@@ -1,4 +1,4 @@
-// What the USB interfaces do where an implementation has nothing better.
+// The defaults of the USB interfaces, for operations that an implementation does not override.
 #include <qlt/Runtime/Usb.h>
 
 namespace qlt

@@ -23,10 +23,11 @@ std::uint16_t Word(const std::uint8_t* bytes)
     return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
 }
 
-/// High bandwidth endpoints send up to three packets in an interval.
+/// High-bandwidth endpoints send up to three packets in an interval.
 std::uint32_t MaxPacket(std::uint16_t word) { return (word & 0x7FFU) * (1U + (word >> 11 & 3U)); }
 
-/// How many endpoints the interface record announces, when it is the one that matters.
+/// The number of endpoints that an interface record announces. It is 0 unless the record describes
+/// interface 0 in its alternate setting 0.
 std::size_t AnnouncedEndPoints(const std::uint8_t* record)
 {
     const bool matters = record[2] == 0 && record[3] == 0;
@@ -52,7 +53,7 @@ std::vector<UsbEndPointRecord> ParseConfiguration(const std::vector<std::uint8_t
         return endPoints;
     }
     std::size_t left = std::min<std::size_t>(bytes.size(), Word(&bytes[2]));
-    std::size_t missing = 0; // endpoints of the interface that matters, still to come
+    std::size_t missing = 0; // announced endpoints that have not come yet
     for (const std::uint8_t* record = bytes.data(); left >= MIN_RECORD_SIZE;)
     {
         const std::size_t length = record[0];

@@ -1,6 +1,7 @@
-// An event of the system under shared ownership: copies share the event, the last one closes it.
-// An event that somebody else owns is attached and never closed here. Any thread may use an event;
-// one VREvent object belongs to one thread at a time, as a shared pointer does.
+// An event of the system with shared ownership. Copies share the event; the last copy that is
+// destroyed closes it. An attached event belongs to somebody else and is never closed here. Any
+// thread may use the event, but one thread at a time may use a VREvent object, as for a shared
+// pointer.
 #pragma once
 
 #include "Runtime/NativeEvent.h"
@@ -18,22 +19,24 @@ public:
         void operator()(void*) const noexcept {}
     };
 
-    /// Holds a new event, not signalled, instead of the one held before; an empty name makes it
-    /// unnamed. Throws VRExceptionEvent (code 23) when the system gives the invalid handle
-    /// (deliberate: a null handle is kept as if it were an event, and the first use of it fails).
+    /// Creates an event that is not signalled and holds it instead of the previous one. An empty
+    /// name makes it unnamed. Throws VRExceptionEvent (code 23) when the system returns the invalid
+    /// handle. deliberate: a null handle is kept like an event, and the first use of it fails.
     void Create(const std::wstring& name, bool manualReset);
 
-    /// Holds `event`, which stays its owner's to close, without a name.
+    /// Holds `event` without a name. Its owner closes it.
     void Attach(qlt::NativeEventHandle event);
 
-    /// Throws VRExceptionEvent (code 23) when the system refuses.
+    /// Signals the event. Throws VRExceptionEvent (code 23) when that fails.
     void Set() const;
 
-    /// Throws VRExceptionTimeout (code 17) when `timeoutMs` have passed (0xFFFFFFFF: never) and
-    /// also when the wait fails; the texts differ.
+    /// Waits for the signal for at most `timeoutMs` milliseconds; 0xFFFFFFFF means no time limit.
+    /// Throws VRExceptionTimeout (code 17) when the time has passed and when the wait fails, with
+    /// different texts.
     void Wait(std::uint32_t timeoutMs) const;
 
-    /// For waits on several events and for signalling without an exception; null when empty.
+    /// The handle. It serves waits for several events and signals without an exception. Null when
+    /// there is no event.
     qlt::NativeEventHandle Handle() const noexcept { return mHandle.get(); }
 
 private:

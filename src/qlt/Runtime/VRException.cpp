@@ -8,7 +8,8 @@
 namespace
 {
 
-/// The longest wide text that is looked at; its last character is lost like every other's.
+/// The largest number of characters that are read. The last one of them is dropped, as in every
+/// text.
 constexpr std::size_t MAX_TEXT = 1024;
 
 std::string Narrow(const std::wstring& text)
@@ -18,8 +19,7 @@ std::string Narrow(const std::wstring& text)
         qlt::EndProcessOnRangeCheck();
     }
     std::string narrow;
-    // deliberate: one character less than there are; the shortened texts are part of the
-    // interface.
+    // deliberate: drop the last character, because the shortened texts are part of the interface.
     const std::size_t count = std::min(text.size(), MAX_TEXT) - 1;
     for (std::size_t i = 0; i < count; ++i)
     {

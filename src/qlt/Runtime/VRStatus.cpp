@@ -7,7 +7,7 @@ namespace qlt
 namespace
 {
 
-/// Indexed by the code. deliberate: the success code has an "Error" text too.
+/// The index is the code. deliberate: the success code has an "Error" text, too.
 constexpr std::array<const char*, 35> STATUS_TEXTS = {
     "Error VR_STATUS_OK (0)",
     "Error VR_STATUS_ERROR_ARG (1)",

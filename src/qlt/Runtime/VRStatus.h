@@ -8,8 +8,8 @@
 namespace qlt
 {
 
-/// The text of `code`: "Error VR_STATUS_OK (0)", and "Error VR_STATUS (n)" for a value outside the
-/// list.
+/// The text of `code`, for example "Error VR_STATUS_OK (0)". A value outside the list gives "Error
+/// VR_STATUS (n)".
 std::string StatusText(VR_STATUS code);
 
 } // namespace qlt

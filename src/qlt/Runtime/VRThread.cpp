@@ -35,7 +35,7 @@ void VRThread::Stop(bool join)
 void VRThread::End()
 {
     Stop(true);
-    if (mStopRequested) // by a Stop that did not join
+    if (mStopRequested) // an earlier Stop did not join
     {
         Join();
     }

@@ -1,14 +1,14 @@
-// The base of a worker: one thread, a stop event and a started event.
+// The base class of a worker: one thread, a stop event and a started event.
 //
 //   owner                          worker
-//   Init(), Start(true, forever)   Run(): prepare, signal mStartedEvent
-//   ... Start returns              loop: test mStopEvent in every pass
-//   Stop(true)                     stop event seen: release everything, return
+//   Init(), Start(true, forever)   Run(): prepares itself, signals mStartedEvent
+//   ... Start returns              loop: tests mStopEvent in every pass
+//   Stop(true)                     sees the stop event, releases everything, returns
 //
-// A worker is started once in its life: no event is ever reset, so a second Start meets the stop
-// request of the first. The owner deletes a worker through its most derived type, on the thread
-// that started it; only the two events cross between the threads. An exception that leaves Run ends
-// the process.
+// Start a worker only once. No event is ever reset, so a second Run would see the stop request of
+// the first one. The owner deletes a worker through its most derived type, on the thread that
+// started it. The two threads share only the two events. An exception that leaves Run ends the
+// process.
 #pragma once
 
 #include "Runtime/VREvent.h"
@@ -23,20 +23,20 @@ public:
     VRThread(const VRThread&) = delete;
     VRThread& operator=(const VRThread&) = delete;
 
-    /// Creates the two events; once, before Start.
+    /// Creates the two events. Call it once, before Start.
     void Init();
 
-    /// Launches Run and, with `wait`, waits until it has signalled that it is ready. Throws
-    /// VRExceptionTimeout when that takes longer than `timeoutMs`; the thread then runs on. Ends
-    /// the process when a thread is already held.
+    /// Starts Run on a new thread. With `wait` it returns when Run has signalled that it is ready.
+    /// Throws VRExceptionTimeout when that takes longer than `timeoutMs` milliseconds; the thread
+    /// then continues. Ends the process when the worker already has a thread.
     void Start(bool wait, std::uint32_t timeoutMs);
 
-    /// Asks Run to return, once, and with `join` waits for it. Nothing when not started, already
-    /// asked, or disabled.
+    /// Asks Run to return, and with `join` waits for it. It does nothing when the worker was not
+    /// started, was already asked, or has mStopDisabled set.
     void Stop(bool join);
 
-    /// Waits for Run to return. Nothing when no thread is held; std::system_error from the thread
-    /// itself.
+    /// Waits for Run to return. It does nothing without a thread. Throws std::system_error when the
+    /// worker itself calls it.
     void Join();
 
 protected:
@@ -44,7 +44,7 @@ protected:
     /// uses its members.
     ~VRThread();
 
-    /// Stops and joins, also when a Stop that did not join has come before.
+    /// Stops and joins the thread, even after a Stop that did not join.
     void End();
 
     /// The body of the thread.

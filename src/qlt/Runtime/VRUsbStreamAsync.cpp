@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr std::uint32_t STOP_WAIT_MS = 10; // also what paces the stream
+constexpr std::uint32_t STOP_WAIT_MS = 10; // it also sets the pace of the stream
 constexpr std::uint32_t TRANSFER_WAIT_MS = 1000;
 constexpr std::uint32_t PACKET_SIZE = 512;
 constexpr std::uint32_t STATISTICS_PASSES = 60;
@@ -20,13 +20,13 @@ std::vector<std::uint32_t> MakeBuffer(std::uint32_t bytes)
     return std::vector<std::uint32_t>((bytes + 3) / 4);
 }
 
-/// deliberate: counted in unsigned milliseconds since the hour began, so that it jumps when the
-/// hour changes; the rate starts anew with it.
+/// deliberate: times are unsigned milliseconds since the hour began, so the elapsed time and the
+/// rate jump when the hour changes.
 struct Statistics
 {
     std::uint32_t startMs = 0;
     std::uint32_t count = 0;
-    std::uint32_t bytes = 0; // wraps
+    std::uint32_t bytes = 0; // wraps at 2^32
     std::uint32_t elapsedMs = 0;
     float rate = 0.0f; // megabytes per second
 
@@ -45,8 +45,8 @@ struct Statistics
     }
 };
 
-/// deliberate: after a header past the beginning, standard error stays hexadecimal, because this is
-/// part of the interface.
+/// deliberate: after a header that is not at the beginning, standard error keeps printing
+/// hexadecimal numbers. This is part of the interface.
 void Print(const qlt::HeaderSearch& search)
 {
     using Beginning = qlt::HeaderSearch::Beginning;
@@ -70,7 +70,8 @@ void Print(const qlt::HeaderSearch& search)
     }
 }
 
-/// The offset of the first header; 0 when there is none.
+/// Prints the result of the search. Returns the offset of the first header in bytes, or 0 when
+/// there is none.
 std::uint32_t NextHeader(const std::uint32_t* words, std::uint32_t length)
 {
     const qlt::HeaderSearch search = qlt::FindHeader(words, length);
@@ -111,18 +112,18 @@ VREvent VRUsbStreamAsync::CreateFrameConsumerEvent(const std::wstring& name)
 
 const std::uint8_t* VRUsbStreamAsync::GetCurrentFrame() const { return mCurrentFrame; }
 
-/// Throws without a text, because it ends the process anyway.
+/// Throws an exception without a text, because it ends the process anyway.
 void VRUsbStreamAsync::Open()
 {
     mDevice = mHost.OpenFirst();
     const std::uint32_t count = mHost.CountDevices();
     bool found = false;
-    // deliberate: the vendor is compared once, with the first device.
+    // deliberate: only the vendor of the first device is compared.
     if (count != 0 && mDevice != nullptr && mDevice->VendorId() == mVendorId)
     {
         for (std::uint32_t i = 0; i <= count && !found; ++i)
         {
-            mDevice.reset(); // closed before the next one is opened
+            mDevice.reset(); // close it before the next one is opened
             mDevice = mHost.Open(i);
             found = mDevice != nullptr && mDevice->ProductId() == mProductId;
         }
@@ -143,12 +144,13 @@ void VRUsbStreamAsync::Begin(Transfer& transfer, std::uint32_t length)
     transfer.usb = mEndPoint->BeginTransfer(transfer.Bytes(), length, transfer.event);
 }
 
-/// Reads whole frames, and drops what comes before a header, until a frame begins with one or has
-/// none.
+/// Moves the stream to the beginning of a frame. It reads a whole frame and searches for a header.
+/// When bytes come before the header, it reads and drops as many bytes and tries again. It ends
+/// when a frame begins with a header or has none.
 void VRUsbStreamAsync::Trash()
 {
     Transfer transfer;
-    // Room for a header whose signature is the last word.
+    // The search reads a whole header, even when its signature is the last word.
     transfer.words = MakeBuffer(mFrameSize + qlt::FRAME_HEADER_SIZE);
     transfer.event = qlt::CreateNativeEvent(L"", false); // deliberate: stays open, see Drain
     bool validates = true;
@@ -214,10 +216,11 @@ void VRUsbStreamAsync::Run()
     Drain();
 }
 
-/// Waits for one frame and delivers it; how many bytes came.
+/// Waits for one frame and delivers it. Returns the number of bytes received.
 std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
 {
-    // deliberate: before the wait, although the device may have begun to write.
+    // deliberate: the buffer is cleared before the wait, although the device may have begun to
+    // write.
     std::fill(transfer.words.begin(), transfer.words.end(), 0U);
     if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
     {
@@ -232,7 +235,7 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     else if (received == mFrameSize)
     {
         mCurrentFrame = transfer.Bytes();
-        qlt::SetNativeEvent(mFrameConsumerEvent.Handle()); // not Set, which throws without an event
+        qlt::SetNativeEvent(mFrameConsumerEvent.Handle()); // Set would throw without an event
     }
     else
     {
@@ -242,8 +245,8 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     return received;
 }
 
-/// deliberate: the events of the reads stay open for the life of the process, because a camera is
-/// made once.
+/// deliberate: the events of the reads stay open until the process ends, because a process creates
+/// its camera once.
 void VRUsbStreamAsync::Drain()
 {
     mCurrentFrame = nullptr;

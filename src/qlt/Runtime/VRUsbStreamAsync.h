@@ -1,15 +1,15 @@
-// A stream of frames of one size from a bulk endpoint: keeps ten reads in flight, so that the
-// device never waits, and hands each complete frame to one consumer through an event and a pointer.
+// Streams frames of one size from a bulk endpoint. It keeps ten reads in flight, so the device
+// never waits. One consumer receives each complete frame through an event and a pointer.
 //
 //   owner                                        worker
 //   Init, CreateFrameConsumerEvent,
 //   SetTrashEnabled, Start(true, forever)        opens the device, queues the reads
-//   consumer: event, GetCurrentFrame             one pass for each frame
+//   consumer: event, GetCurrentFrame             makes one pass for each frame
 //   Stop(true)                                   waits for the reads, closes the device
 //
-// Threads: everything but GetCurrentFrame belongs to the owner. A frame stays readable until its
-// buffer is queued again nine frames later; nothing is copied and nothing is locked. Without the
-// device the worker ends the process: ask for it first.
+// Threads: any thread may call GetCurrentFrame; the other operations belong to the owner. Nothing
+// is copied or locked. A frame stays readable until its buffer is queued again, nine frames later.
+// Without the device the worker ends the process, so look for the device first.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
@@ -27,7 +27,7 @@
 class VRUsbStreamAsync final : public VRThread
 {
 public:
-    /// Milliseconds since the hour began, of the system's clock.
+    /// The milliseconds since the hour began. SystemHourClock reads the clock of the system.
     using HourClock = std::uint32_t (*)();
     static std::uint32_t SystemHourClock();
 
@@ -35,20 +35,21 @@ public:
                      std::uint32_t frameSize, qlt::UsbHost& host = qlt::UsbHost::System(),
                      HourClock clock = SystemHourClock);
 
-    /// Stops and joins, if the owner has not; the worker still needs all that is here.
+    /// Stops and joins the worker if the owner has not, because the worker uses the members.
     virtual ~VRUsbStreamAsync();
 
-    /// Whether to find the beginning of a frame before the first one is delivered.
+    /// With `enabled` the worker finds the beginning of a frame before it delivers the first one.
     void SetTrashEnabled(bool enabled);
 
-    /// The auto-reset event that is signalled once for each complete frame.
+    /// Creates the auto-reset event that the worker signals once for each complete frame.
     VREvent CreateFrameConsumerEvent(const std::wstring& name);
 
-    /// The frame that completed last; null before the first one and after the stop.
+    /// The newest complete frame; null before the first one and after the stop.
     const std::uint8_t* GetCurrentFrame() const;
 
 private:
-    /// A frame's buffer, in words for the header's sake, and the read that fills it.
+    /// The buffer of a frame, and the read that fills it. The buffer consists of words, because the
+    /// header does.
     struct Transfer
     {
         std::vector<std::uint32_t> words;
@@ -76,7 +77,7 @@ private:
     bool mTrashEnabled = false;
     VREvent mFrameConsumerEvent;
     std::unique_ptr<qlt::VendorUsbDevice> mDevice;
-    qlt::UsbEndPoint* mEndPoint = nullptr; // of mDevice
+    qlt::UsbEndPoint* mEndPoint = nullptr; // owned by mDevice
     std::array<Transfer, QUEUE_DEPTH> mTransfers;
     std::deque<Transfer*> mPending; // in the order in which they were begun
     std::atomic<const std::uint8_t*> mCurrentFrame{nullptr};

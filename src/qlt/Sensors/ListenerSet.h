@@ -1,5 +1,5 @@
-// The listeners of a tracker, in the order of their addresses. Every operation may be called from
-// inside an event, also one that raises another event. The tracker's lock guards all of it.
+// The listeners of a tracker, in the order of their addresses. A listener may call every operation
+// during an event, and it may raise another event. The tracker's lock guards the set.
 #pragma once
 
 #include <cstdint>
@@ -22,13 +22,13 @@ public:
     }
     Listeners::const_iterator end() const { return mListeners.end(); }
 
-    /// The listener is called from the next event on.
+    /// The next event is the first one that calls the listener.
     void insert(TrackerListener* listener) { mListeners.emplace(listener, mEvents); }
 
-    /// The listener is not called any more, not even by an event that is on its way.
+    /// No event calls the listener any more, not even an event that is being raised.
     void erase(TrackerListener* listener) { mListeners.erase(listener); }
 
-    /// Raises an event: hands every listener to `call`.
+    /// Raises an event: passes every listener to `call`.
     template <typename Call>
     void ForEach(const Call& call)
     {
@@ -40,13 +40,13 @@ public:
             {
                 call(*listener);
             }
-            // Looked up by address, because the call may have removed this listener or the next.
+            // Search by address, because the call may have removed this listener or the next one.
             next = mListeners.upper_bound(listener);
         }
     }
 
 private:
-    Listeners mListeners; // with the number of the last event before each was added
+    Listeners mListeners; // with the number of the last event before each listener came
     std::uint64_t mEvents = 0;
 };
 

@@ -18,7 +18,7 @@ namespace
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
-/// The pose of an object, as long as there is a service that has one.
+/// The pose of an object; nothing when the host service has none.
 std::optional<ObjectPose> FindObject(const CurrentScene& current, std::uint64_t index)
 {
     const CurrentScene::Scene scene = current.Get();
@@ -28,7 +28,7 @@ std::optional<ObjectPose> FindObject(const CurrentScene& current, std::uint64_t 
         return std::nullopt;
     }
     const std::optional<ObjectPose> pose = ReadObjectPose(descriptor->data, index);
-    descriptor->holder.GiveBack(); // here, so that a failure reaches the caller
+    descriptor->holder.GiveBack(); // the destructor would hide a failure
     return pose;
 }
 
@@ -51,14 +51,14 @@ Tracker::~Tracker()
 {
     QLT_CHECK_LINE(mThread == nullptr, 29);
     QLT_CHECK_LINE(mClientThread == nullptr, 30);
-    EndProcessing(); // a thread that is still there uses the mutex and the listeners
+    EndProcessing(); // a running thread uses the mutex and the listeners
     try
     {
         StopClientThread();
     }
     catch (const VRException&)
     {
-        // The misuse has been reported; it must not end the process.
+        // The checks above have reported the misuse. It must not end the process.
     }
     mMutex.reset();
     QLT_CHECK_LINE(mListeners->empty(), 34);
@@ -84,7 +84,7 @@ bool Tracker::Start()
     }
     catch (const VRException&)
     {
-        // Without the host service there are no object poses, and the head is tracked all the same.
+        // Without the host service there are no object poses. The head is tracked anyway.
     }
     return IsTracking();
 }
@@ -96,17 +96,17 @@ void Tracker::StartClientThread()
     mClientThread->Start(true, WAIT_FOREVER);
 }
 
-/// Nothing without one.
+/// Does nothing without a client thread.
 void Tracker::StopClientThread()
 {
     const std::unique_ptr<ClientThread> client = std::move(mClientThread);
     if (client != nullptr)
     {
-        client->Shutdown(); // before its destructor, which must not throw on its way out of here
+        client->Shutdown(); // a throw out of the destructor would end the process
     }
 }
 
-// Without the lock, which the processing thread needs to come to its end.
+// Stop takes no lock, because the processing thread needs the lock until it ends.
 bool Tracker::Stop()
 {
     QLT_CHECK_LINE(IsTracking(), 215);
@@ -210,7 +210,7 @@ void Tracker::ResetYawOrigin()
 Vec3 Tracker::GetObjectPosition(std::uint64_t index) const
 {
     const auto pose = FindObject(*mCurrentScene, index);
-    // Written so that a NaN confidence counts.
+    // This comparison accepts a NaN confidence.
     return !pose || pose->confidence < FLT_EPSILON ? Vec3() : pose->position;
 }
 

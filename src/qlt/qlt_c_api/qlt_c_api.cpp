@@ -1,6 +1,6 @@
 // Each function forwards to one operation of a class. The lines of the checks are part of the
-// interface; nothing returns early after one, because whether the program ends there is the
-// assertion handler's decision.
+// interface. No function returns after a failed check, because the assertion handler decides
+// whether the program ends there.
 #include <qlt/qlt_c_api.h>
 
 #include <qlt/Sensors/Camera.h>
@@ -39,7 +39,8 @@ Handle* ToHandle(Class* object)
     return reinterpret_cast<Handle*>(object);
 }
 
-/// The unsigned index of the class operation: a negative one becomes too large for any object.
+/// The unsigned index that the class takes. A negative index becomes larger than the index of any
+/// object.
 std::uint64_t Widen(std::int32_t index)
 {
     return static_cast<std::uint64_t>(static_cast<std::int64_t>(index));

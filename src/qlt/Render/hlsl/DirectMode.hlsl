@@ -1,9 +1,9 @@
-// The lens for direct mode: each colour of a frame is fetched where the mesh says, from the eye's half
-// of the engine's image. Compiled into the library by the build.
+// The lens shaders of direct mode. They sample each colour of a pixel at the texture coordinates of
+// the mesh, in the eye's half of the engine's image. The build compiles them into the library.
 
 cbuffer uniformBuffer : register(b0)
 {
-    float2 EyeToSrcOffset; // of the eye's half
+    float2 EyeToSrcOffset; // of the eye's half of the image
     float2 EyeToSrcScale;
 };
 

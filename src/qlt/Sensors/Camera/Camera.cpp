@@ -15,7 +15,7 @@ namespace
 constexpr std::uint16_t VENDOR_ID = 0x04B4;
 constexpr std::uint16_t PRODUCT_ID = 0x00F1;
 constexpr std::uint8_t BULK_ADDRESS = 0x82;
-constexpr std::uint32_t FRAME_SIZE = 0x388000; // header, image, and a rest that nobody reads
+constexpr std::uint32_t FRAME_SIZE = 0x388000; // header, image and unused bytes
 constexpr int WIDTH = 2560;
 constexpr int HEIGHT = 1440;
 static_assert(FRAME_HEADER_SIZE + WIDTH * HEIGHT <= FRAME_SIZE);

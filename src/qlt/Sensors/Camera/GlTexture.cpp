@@ -7,7 +7,7 @@ namespace qlt
 
 unsigned int InitLuminanceTexture(unsigned int id)
 {
-    // Fails without a GLX display, with everything loaded all the same.
+    // Without a GLX display the call fails, but it has loaded all functions by then.
     glewInit();
     if (id == 0)
     {

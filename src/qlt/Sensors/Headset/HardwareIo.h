@@ -1,8 +1,8 @@
-// The connection of an Hmd to its device: it finds the device and reads its reports.
+// The connection of an Hmd to its device. It finds the device and reads its reports.
 //
-// Threads: the connection watcher, which it owns, connects. The tracker's processing thread reads
-// and disconnects. Any thread may ask whether it is connected. The mutex guards the connection
-// (flag, device and endpoint) and is held across a blocking read.
+// Threads: the connection watcher, a thread of this class, connects. The tracker's processing
+// thread reads and disconnects. Any thread may call IsConnected. The mutex guards the connection
+// (flag, device and endpoint). A read holds the mutex while it waits.
 #pragma once
 
 #include <qlt/Sensors/Hmd.h>
@@ -21,12 +21,12 @@ class Hmd::HardwareIo
 public:
     enum class ReadResult
     {
-        NotConnected, // at once
-        Incomplete,   // a read of another length, which disconnects
+        NotConnected, // returned at once
+        Incomplete,   // the length was wrong, and Read has disconnected
         Whole,
     };
 
-    /// Starts the connection watcher at once. Host and clock must outlive this.
+    /// Starts the connection watcher at once. `host` and `clock` must outlive the object.
     HardwareIo(UsbHost& host, Clock& clock);
 
     /// Waits for the watcher's current sleep, then closes the device.
@@ -37,10 +37,11 @@ public:
 
     bool IsConnected() const;
 
-    /// Waits for one report and reads it into `report`. On the processing thread only.
+    /// Waits for a report and reads it into `report`. Only the processing thread calls it.
     ReadResult Read(SensorReport& report);
 
-    /// The time stamp, in seconds, of the next report's events. On the processing thread only.
+    /// The time stamp in seconds for the events of the next report. Each call advances it by one
+    /// report. Only the processing thread calls it.
     float NextEventTime();
 
 private:
@@ -54,7 +55,7 @@ private:
     std::atomic<bool> mRunning{true};
     float mEventTime = 0.0f; // only the processing thread touches it
     std::unique_ptr<VendorUsbDevice> mUSBDevice;
-    UsbEndPoint* mEndPoint = nullptr; // the device's
+    UsbEndPoint* mEndPoint = nullptr; // owned by mUSBDevice
     mutable std::recursive_mutex mMutex;
     std::thread mWatcher;
 };

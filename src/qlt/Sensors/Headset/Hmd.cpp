@@ -9,8 +9,9 @@ namespace
 
 constexpr std::uint32_t MAX_SEQUENCE_STEP = 10;
 
-/// True at the first jump of the sequence, forward by more than 10 or any step back. deliberate:
-/// once in a process, over all its headsets; applications rely on no later jump turning the view.
+/// True at the first jump of the sequence number: forward by more than 10, or back. deliberate: it
+/// is true once in a process, for all headsets together, because applications expect that no later
+/// jump turns the view.
 bool IsFirstJump(std::uint32_t sequence)
 {
     static std::atomic<std::uint32_t> previous{sequence};
@@ -45,7 +46,7 @@ Hmd::Hmd(UsbHost& host, Clock& clock)
 Hmd::~Hmd()
 {
     EndProcessing();
-    mHardwareIo.reset(); // before the fusion that its thread feeds
+    mHardwareIo.reset(); // waits for the connection watcher
 }
 
 bool Hmd::IsConnected() const { return mHardwareIo->IsConnected(); }

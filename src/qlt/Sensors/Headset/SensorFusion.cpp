@@ -10,7 +10,7 @@ namespace qlt
 namespace
 {
 
-/// The part of the tilt error that one step removes.
+/// The fraction of the tilt error that one step corrects.
 constexpr float TILT_GAIN = -0.001f;
 
 } // namespace
@@ -46,7 +46,7 @@ void SensorFusion::Fuse(const Vec3& accelerometer, const Vec3& gyroscope,
 {
     State& state = *mState;
 
-    // The mean of two samples times the time between them: the trapezoidal rule.
+    // Use the trapezoidal rule: the mean of two samples times the time between them.
     const Vec3 omega = (gyroscope + state.mLastAngularVelocity) / 2.0f;
     const std::int64_t now = state.clock.NowNs();
     const auto elapsed =
@@ -54,7 +54,7 @@ void SensorFusion::Fuse(const Vec3& accelerometer, const Vec3& gyroscope,
     Quaternion predicted = state.mQuaternion * AxisRotation(elapsed * omega.Length(), omega);
     predicted.Normalize();
 
-    // Measured up against world up; the axis is Y_AXIS x g.
+    // The tilt is the angle between the measured up vector and the world's. The axis is Y_AXIS x g.
     const Vec3 g = Quaternion::Rotate(predicted, accelerometer);
     const float tilt = Acos(g.Dot(Vec3::Y_AXIS) / g.Length());
     const Vec3 axis(g.z(), 0.0f, -g.x());
@@ -72,7 +72,7 @@ Quaternion SensorFusion::GetPredictedQuaternion(float /*dt*/) const
     const State& state = *mState;
     const auto speed = static_cast<double>(state.mLastAngularVelocity.Length());
     Quaternion result = state.mQuaternion;
-    // Not `speed <= FLT_EPSILON`: a NaN speed leaves the orientation as it is.
+    // Do not write `speed <= FLT_EPSILON`, because a NaN speed must leave the orientation as it is.
     if (!(speed > static_cast<double>(FLT_EPSILON)))
     {
         return result;

@@ -29,7 +29,7 @@ Vec3 Counts(const std::uint8_t* bytes, float scale)
     return Vec3(I16(bytes) * scale, I16(bytes + 2) * scale, I16(bytes + 4) * scale);
 }
 
-/// The sensor's axes in the tracker's frame.
+/// Converts a vector from the sensor's axes to the tracker's frame.
 Vec3 Remap(const Vec3& v) { return Vec3(-v.y(), v.x(), v.z()); }
 
 Vec3 ByComponent(const Vec3& a, const Vec3& b)
@@ -42,7 +42,7 @@ Quaternion DecodeQuaternion(const std::uint8_t* bytes)
     static const Quaternion upright =
         Quaternion::RotationQuaternion(MathUtil::Deg2Rad(90.0f), Vec3::X_AXIS);
     Quaternion device(I16(bytes + 2), I16(bytes + 4), I16(bytes + 6), I16(bytes));
-    device.Normalize(); // so that the scale of the counts does not matter
+    device.Normalize(); // the scale of the counts must not matter
     Quaternion result = upright * Quaternion(device.w(), Remap(device.v()));
     result.z() = -result.z();
     return result;
@@ -56,8 +56,8 @@ void Calibrate(SensorSample& sample)
         ByComponent(Remap(sample.accelerometer) - Params::ACCELEROMETER_POSITION_OFFSET,
                     Params::ACCELEROMETER_MAGNITUDE_OFFSET);
     sample.magnetometer = Remap(sample.magnetometer) - Params::MAGNETOMETER_POSITION_OFFSET;
-    // deliberate: the gyroscope takes both magnitude factors and the magnetometer none. This is
-    // part of the interface.
+    // deliberate: both magnitude factors scale the gyroscope, and none scales the magnetometer.
+    // This is part of the interface.
     sample.gyroscope = ByComponent(sample.gyroscope, Params::MAGNETOMETER_MAGNITUDE_OFFSET);
 }
 
@@ -68,7 +68,8 @@ SensorSample DecodeSensorReport(const SensorReport& report, const SensorScales& 
     const std::uint8_t* bytes = report.data();
     SensorSample sample;
     sample.sequence = U32(bytes);
-    // deliberate: through single precision, as the filter receives it.
+    // deliberate: the time is rounded to single precision, because the filter takes single
+    // precision.
     sample.deviceTimeS = static_cast<double>(static_cast<float>(U32(bytes + 4)) / 1000000.0f);
     sample.quaternion = DecodeQuaternion(bytes + 8);
     sample.gyroscope = Counts(bytes + 16, scales.gyroscope);

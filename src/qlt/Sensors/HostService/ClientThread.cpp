@@ -14,7 +14,8 @@ namespace
 
 using namespace vr_host_client;
 
-// Notification types, by the connection that they are read from.
+// The types of notifications. The manager sends the first pair, the client sends the second pair,
+// and the device sends the others.
 constexpr std::uint32_t CLIENT_AVAILABLE = 4;
 constexpr std::uint32_t CLIENT_WITHDRAWN = 5;
 constexpr std::uint32_t DEVICE_AVAILABLE = 1;
@@ -24,7 +25,7 @@ constexpr std::uint32_t CAMERA_WITHDRAWN = 8;
 constexpr std::uint32_t SCENE_AVAILABLE = 12;
 constexpr std::uint32_t SCENE_WITHDRAWN = 13;
 
-/// Hands every pending notification of `connection` to `handle`, and gives it back.
+/// Passes every pending notification of `connection` to `handle` and then gives it back.
 template <typename Source, typename Handler>
 void Drain(const Source& connection, const Handler& handle)
 {
@@ -35,7 +36,7 @@ void Drain(const Source& connection, const Handler& handle)
     }
 }
 
-/// Drops a connection whose end the service may refuse.
+/// Ends and drops a connection. Throws VRException when the service refuses.
 template <typename Owned>
 void Disconnect(std::unique_ptr<Owned>& connection)
 {
@@ -89,8 +90,8 @@ void ClientThread::Run()
     }
 }
 
-/// Waits until the owner or one of the connections has something to say, and acts on it. False when
-/// the owner wants the end.
+/// Waits for the stop event and for notifications, and handles them. False when the owner has asked
+/// the worker to stop.
 bool ClientThread::Pass()
 {
     const Source sources[] = {{mClientManager.get(), &ClientThread::DrainManager},
@@ -125,7 +126,7 @@ bool ClientThread::Pass()
 
 void ClientThread::DropLost(const Lost& lost, bool stop)
 {
-    // deliberate: any loss drops the camera and the scene together; they come back together.
+    // deliberate: every loss drops both the camera and the scene, because they come back together.
     if (stop || lost.client || lost.device || lost.scene || lost.camera)
     {
         mCamera = nullptr;

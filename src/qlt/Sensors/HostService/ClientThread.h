@@ -1,10 +1,11 @@
-// The conversation with the host service: waits for its notifications, connects the client, the
-// device, the camera and the scene as the service announces them and drops them as it withdraws
-// them. Without the service's library it waits for its end and never has a connection.
+// The thread that talks to the host service. It waits for notifications. It connects the client,
+// the device, the camera and the scene when the service announces them, and drops them when the
+// service withdraws them. Without the service's library it has no connections and only waits for
+// the stop event.
 //
-// Threads: the object belongs to its owner, and between Start and the end of Stop the connections
-// belong to the worker. A failure of the service on the worker ends the
-// process, as every exception that leaves a worker does.
+// Threads: the object belongs to its owner. From Start until Stop has returned, the connections
+// belong to the worker. A failure of the service on the worker ends the process, like every
+// exception that leaves a worker.
 #pragma once
 
 #include "Runtime/VRThread.h"
@@ -19,16 +20,16 @@ namespace qlt
 class ClientThread final : public VRThread
 {
 public:
-    /// Creates the client manager; throws VRException "Cannot create the client manager". `scene`
+    /// Creates the client manager. Throws VRException "Cannot create the client manager". `scene`
     /// must outlive the thread.
     explicit ClientThread(CurrentScene& scene, const HostService& service = HostService::System());
 
-    /// Shuts down if the owner has not; throws as Shutdown does.
+    /// Calls Shutdown if the owner has not, and throws as Shutdown does.
     virtual ~ClientThread() noexcept(false);
 
-    /// Stops the worker and drops every connection, then the manager, from the last to the first.
-    /// Throws VRException when the service refuses; what has not been dropped by then is dropped
-    /// silently by the destructor. Nothing the second time.
+    /// Stops the worker, drops the connections from the last to the first, and then drops the
+    /// manager. Throws VRException when the service refuses; the destructor then drops the rest
+    /// silently. A second call does nothing.
     void Shutdown();
 
 private:

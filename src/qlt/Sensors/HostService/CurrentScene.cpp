@@ -16,7 +16,7 @@ CurrentScene::Scene CurrentScene::Get() const
 void CurrentScene::Set(Scene scene)
 {
     mConnected = scene != nullptr;
-    // Swapped, so that the last reference to the old scene goes without the lock.
+    // Swap, so that the old scene is released without the lock.
     const std::lock_guard<std::mutex> lock(mMutex);
     mScene.swap(scene);
 }

@@ -1,5 +1,4 @@
-// The scene that the host service has at the moment. The client thread writes it; any thread may
-// read it.
+// The current scene of the host service. The client thread sets it, and any thread may read it.
 #pragma once
 
 #include "Sensors/HostService/HostConnections.h"
@@ -16,7 +15,7 @@ class CurrentScene
 public:
     using Scene = std::shared_ptr<const vr_host_client::VRHostDeviceScene>;
 
-    /// Null when there is none. A scene stays alive as long as it is held.
+    /// The scene, or null when there is none. It stays alive as long as the caller holds it.
     Scene Get() const;
 
     void Set(Scene scene);

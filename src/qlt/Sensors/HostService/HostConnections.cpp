@@ -9,7 +9,7 @@ namespace vr_host_client
 namespace
 {
 
-/// Passed with every connect call; the service's own constant.
+/// A constant of the service, which every connect call passes.
 constexpr std::uint32_t CONNECT_MODE = 3;
 
 void Check(HostService::Status status, const wchar_t* text)
@@ -37,11 +37,11 @@ VRHandleObject::VRHandleObject(const HostService& service, HostService::ActOn gi
     , mOwner(owner)
     , mHandle(handle)
 {
-    void* data = nullptr; // nobody reads it, but the service may refuse the question
+    void* data = nullptr; // nobody reads it, but the service may refuse the handle
     const HostService::Status status = service.getHandlePtr(handle, &data);
     if (status != 0 && handle != 0)
     {
-        mGiveBack(owner, handle); // there will be no destructor to do it
+        mGiveBack(owner, handle); // the destructor will not run after a throw
     }
     Check(status, L"Cannot get handle pointer");
 }
@@ -112,7 +112,7 @@ Handle Connection::ConnectTo(HostService::Connect connect, const VRHandleObject&
 VRHostDeviceCamera::VRHostDeviceCamera(const HostService& service, Handle handle)
     : Connection(service, handle)
 {
-    // deliberate: "device", not "device camera"; clients match the text.
+    // deliberate: the text says "device" and not "device camera", because clients match it.
     AttachNotification(service.cameraGetNotificationHandle,
                        L"Cannot get the device notification handle");
 }

@@ -1,15 +1,15 @@
 // The connections to the host service, from the manager down to a scene, and the handles that they
-// lend. Each is given back exactly once, by its owner here:
+// lend. Each of them has one owner, which gives it back exactly once:
 //
 //   ClientManager -> VRHostClient -> VRHostDevice -> VRHostDeviceCamera
 //                                                 -> VRHostDeviceScene -> descriptors
 //
-// Failures of the service are thrown as VRException with its status. What may fail while giving
-// back is an explicit call (Disconnect, GiveBack), so that the failure reaches its caller; a
-// destructor gives back what is left, silently.
+// A failure of the service is thrown as a VRException with its status. Disconnect and GiveBack are
+// explicit calls, so that their failure reaches the caller. A destructor gives back the rest
+// silently.
 //
-// Threads: all but the scene belong to the client thread. A scene is shared with the readers of
-// poses and may be asked for descriptors from several threads at once.
+// Threads: the client thread uses the connections. The readers of poses share the scene, so several
+// threads at once may ask it for its descriptor.
 #pragma once
 
 #include "Runtime/VREvent.h"
@@ -27,7 +27,7 @@ using Handle = HostService::Handle;
 class VRHandleObject
 {
 public:
-    /// Throws "Cannot get handle pointer", having given the handle back.
+    /// Throws "Cannot get handle pointer" after it has given the handle back.
     VRHandleObject(const HostService& service, HostService::ActOn giveBack, Handle owner,
                    Handle handle);
     VRHandleObject(VRHandleObject&& other) noexcept;
@@ -36,7 +36,8 @@ public:
 
     Handle Get() const noexcept { return mHandle; }
 
-    /// Throws the service's status, without a text. Nothing the second time.
+    /// Gives the handle back. Throws the service's status without a text. A second call does
+    /// nothing.
     void GiveBack();
 
 private:
@@ -45,14 +46,15 @@ private:
     Handle mHandle;
 };
 
-/// What the service announces or withdraws.
+/// An announcement or a withdrawal by the service.
 struct Notification
 {
     std::uint32_t type;
     VRHandleObject info;
 };
 
-/// What the connections share: a handle, and the event that the service lends to wait on.
+/// The base class of the connections: a handle, and the event that the service signals for its
+/// notifications.
 class Connection
 {
 public:
@@ -65,14 +67,14 @@ protected:
     Connection(const HostService& service, Handle handle);
     ~Connection() = default;
 
-    /// Gets the notification handle; throws `text` when that fails, VR_STATUS_ERROR_NULL_PTR when
-    /// it is null.
+    /// Gets the notification handle. Throws `text` when that fails, and VR_STATUS_ERROR_NULL_PTR
+    /// when the handle is null.
     void AttachNotification(HostService::GetHandle get, const wchar_t* text);
 
     /// The next notification; nothing when none is pending.
     std::optional<Notification> Read(HostService::Read read, HostService::ActOn giveBack) const;
 
-    /// Connects to what was announced; the new handle.
+    /// Connects to the announced object and returns its handle.
     Handle ConnectTo(HostService::Connect connect, const VRHandleObject& info,
                      const wchar_t* text) const;
 
@@ -88,7 +90,7 @@ public:
     ~VRHostDeviceCamera();
 };
 
-/// A descriptor on loan; its memory is readable until it is given back.
+/// A descriptor that the service has lent. Its memory is readable until it is given back.
 struct LentDescriptor
 {
     const void* data;
@@ -145,8 +147,8 @@ public:
     std::optional<Notification> ReadNotification() const;
     Handle ConnectClient(const VRHandleObject& info) const;
 
-    /// Stops and destroys; throws "Cannot stop the client manager", and VR_STATUS_ERROR_NULL_PTR
-    /// the second time.
+    /// Stops and destroys the manager. Throws "Cannot stop the client manager". A second call
+    /// throws VR_STATUS_ERROR_NULL_PTR.
     void Stop();
 };
 

@@ -7,7 +7,7 @@ namespace qlt
 namespace
 {
 
-/// Fills a table and notices what is missing.
+/// Fills a table of functions and remembers whether a function is missing.
 class Filler
 {
 public:

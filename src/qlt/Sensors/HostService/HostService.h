@@ -1,5 +1,5 @@
-// The host service, which tracks objects from outside the process: the entry points of its client
-// library, vr_host_client_lib. Every function returns 0 for success; handles are opaque.
+// The functions of vr_host_client_lib, the client library of the host service. The service tracks
+// objects from outside the process. Every function returns 0 for success. Handles are opaque.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +13,13 @@ struct HostService
     using Status = std::int32_t;
     using Handle = std::uint64_t;
 
-    /// What a read fills in.
+    /// The record that a read fills in.
     struct NotificationRecord
     {
         std::uint32_t type;
         std::uint32_t padding;
         Handle handle;       // lent with the notification
-        std::uint64_t extra; // handed on, not interpreted
+        std::uint64_t extra; // nobody reads it
     };
     static_assert(sizeof(NotificationRecord) == 24, "the library's layout");
 
@@ -63,16 +63,17 @@ struct HostService
 
     GetPointer getHandlePtr = nullptr;
 
-    /// Whether the library is on this machine, and whether it has every entry point.
+    /// `installed` says that the library is on this machine. `complete` says that it has every
+    /// function.
     bool installed = false;
     bool complete = false;
 
-    /// Finds an entry point of the library by its name; null when the library has none.
+    /// Finds a function of the library by its name; null when the library has none.
     using Finder = std::function<void*(const char* name)>;
 
     static HostService Load(const Finder& find);
 
-    /// The machine's own, loaded at the first call and for good.
+    /// The machine's own service. The first call loads the library, which stays loaded.
     static const HostService& System();
 };
 

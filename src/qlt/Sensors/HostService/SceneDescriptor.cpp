@@ -13,7 +13,7 @@ constexpr std::size_t OBJECTS_OFFSET = 32;
 constexpr std::size_t OBJECT_SIZE = 40;
 constexpr std::size_t POSE_OFFSET = 8; // in an object
 
-/// Above this, the offset of an object would not fit into an address.
+/// From this index on, the offset of an object would not fit into an address.
 constexpr std::uint64_t MAX_OBJECTS = (PTRDIFF_MAX - OBJECTS_OFFSET) / OBJECT_SIZE;
 
 } // namespace

@@ -1,9 +1,10 @@
-// The host service's scene descriptor: the poses of the tracked objects, in memory that the service
-// lends. Little-endian:
+// The scene descriptor of the host service: the poses of the tracked objects, in memory that the
+// service lends. The layout is little-endian, with offsets in bytes:
 //   24         u64 object count
 //   32 + 40 i  8 bytes not read, 3 x f32 position, 4 x f32 orientation w x y z, f32 confidence
 //
-// The memory is the service's word for it: the count and the index are checked here, in one place.
+// The reader trusts the count that the service wrote. It is the only place that checks an index
+// against the count.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>
@@ -22,7 +23,8 @@ struct ObjectPose
     float confidence = 0.0f;
 };
 
-/// The pose of object `index`; nothing for an index at or past the count, or without a descriptor.
+/// The pose of object `index`. Nothing when `index` is not below the count and when `descriptor` is
+/// null.
 std::optional<ObjectPose> ReadObjectPose(const void* descriptor, std::uint64_t index);
 
 } // namespace qlt

@@ -85,7 +85,7 @@ void BandMatrix::ScaleRows()
         {
             a(i, j) *= SavedDiagonal(i);
         }
-        a(i, i) = 1.0; // exactly, whatever the rounding says
+        a(i, i) = 1.0; // the product may differ by a rounding error
     }
 }
 
@@ -124,7 +124,7 @@ std::vector<double> BandMatrix::SolveLower(const std::vector<double>& b) const
         {
             sum += a(i, j) * x[static_cast<std::size_t>(j)];
         }
-        // The right-hand side is scaled here as the rows were.
+        // ScaleRows has scaled the rows, so scale the right-hand side, too.
         x[row] = b[row] * m_lower[0][row] - sum;
     }
     return x;

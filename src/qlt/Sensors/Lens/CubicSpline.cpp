@@ -49,7 +49,7 @@ void CubicSpline::FitCubic()
         rhs[static_cast<std::size_t>(i)] =
             (y[i + 1] - y[i]) / (x[i + 1] - x[i]) - (y[i] - y[i - 1]) / (x[i] - x[i - 1]);
     }
-    // No curvature at either end.
+    // A natural spline has no curvature at its ends.
     a(0, 0) = 2.0;
     a(0, 1) = 0.0;
     a(n - 1, n - 1) = 2.0;
@@ -71,7 +71,7 @@ void CubicSpline::FitLinear()
     }
 }
 
-/// Beyond the last knot the spline goes on with the slope that it has there.
+/// Beyond the last knot the spline continues with the slope at that knot.
 void CubicSpline::FitRightEnd()
 {
     const std::size_t n = m_x.size();

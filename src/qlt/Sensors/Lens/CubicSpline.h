@@ -1,6 +1,6 @@
-// A natural cubic spline through a table, in double precision: between two knots a cubic, outside
-// the table the straight line that goes on with the end slope. A fitted spline may be evaluated
-// from several threads.
+// A natural cubic spline through the points of a table, in double precision. Between two knots it
+// is a cubic. Outside the table it is a straight line with the slope of that end. Several threads
+// may evaluate a fitted spline at once.
 #pragma once
 
 #include <cstddef>
@@ -12,15 +12,15 @@ namespace qlt
 class CubicSpline
 {
 public:
-    /// Fits the spline through the points (x[i], y[i]), at least two; piecewise linear when not
-    /// `cubic`. Asserts equal lengths and strictly increasing x; with a broken precondition the
-    /// values are unspecified.
+    /// Fits the spline to the points (x[i], y[i]), of which there are at least two. Without `cubic`
+    /// it is piecewise linear. Asserts that the lengths are equal and that x increases strictly;
+    /// otherwise the values are unspecified.
     void SetPoints(const std::vector<double>& x, const std::vector<double>& y, bool cubic = true);
 
     double operator()(double x) const;
 
-    /// The piece on [x_i, x_i+1] as f(x) = ((cubic h + quad) h + lin) h + y with h = x - x_i; the
-    /// last one is the straight line beyond the table. Read by the row evaluation of the lens.
+    /// The piece on [x_i, x_i+1] is f(x) = ((cubic h + quad) h + lin) h + y with h = x - x_i. The
+    /// last piece is the straight line beyond the table. The row evaluation of the lens reads them.
     std::size_t Knots() const { return m_x.size(); }
     const double* X() const { return m_x.data(); }
     const double* Y() const { return m_y.data(); }

@@ -9,7 +9,7 @@ namespace qlt::DistortConstants
 namespace
 {
 
-/// Half of the panel's width, millimetres.
+/// Half of the panel's width in millimetres.
 constexpr float HALF_WIDTH_MM = 62.72f;
 
 } // namespace
@@ -23,7 +23,7 @@ float DISTORT_FOV_RAD = MathUtil::Deg2Rad(126.02f);
 float DISTORT_WIDTH_MM = 64.644f;
 float DISTORT_WIDTH_RATIO = 64.644f / HALF_WIDTH_MM;
 // SetForAllLenses computes these from the values above. They are written out here, because a
-// tangent is no constant expression.
+// tangent is not a constant expression.
 float DISTORT_FOV_RATIO = 0x1.fab544p-1f;
 float DISTORT_SCALE = (64.644f / HALF_WIDTH_MM) / 0x1.fab544p-1f;
 

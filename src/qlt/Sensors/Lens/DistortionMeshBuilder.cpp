@@ -18,8 +18,7 @@ namespace qlt
 namespace
 {
 
-/// The grid lines of a viewport that `resolution` cells share, from -1 to 1; the last one only
-/// within rounding.
+/// The lines of a grid of `resolution` cells, from -1 to 1. Rounding may move the last one.
 std::vector<float> GridLines(int resolution)
 {
     const float step = 2.0f / static_cast<float>(resolution);
@@ -31,8 +30,8 @@ std::vector<float> GridLines(int resolution)
     return lines;
 }
 
-/// A count of the mesh. A proper grid with more than an int can count throws; a non-positive
-/// resolution has been reported and makes 0 of what does not fit.
+/// `count` as an int. Throws when an int cannot hold the count of a valid grid. A non-positive
+/// resolution has already been reported, so its count becomes 0 when it does not fit.
 int Count(std::int64_t count, bool isGrid)
 {
     if (isGrid && count > INT32_MAX)
@@ -42,8 +41,8 @@ int Count(std::int64_t count, bool isGrid)
     return count > 0 && count <= INT32_MAX ? static_cast<int>(count) : 0;
 }
 
-/// Lies in front of every array. It keeps the same array of the build before, from which an engine
-/// may still draw. The alignment is that of memory from operator new.
+/// The header in front of every array. It points to the same array of the previous build, because
+/// an engine may still draw from it. Its alignment is that of memory from operator new.
 struct alignas(16) ArrayHeader
 {
     ArrayHeader* earlier;
@@ -54,7 +53,7 @@ ArrayHeader* HeaderOf(void* array)
     return array != nullptr ? static_cast<ArrayHeader*>(array) - 1 : nullptr;
 }
 
-/// Makes `fresh` the current array; it takes over the earlier ones.
+/// Makes `fresh` the current array, which then owns the earlier ones.
 template <typename Array>
 void Replace(Array& current, Array& fresh)
 {
@@ -123,8 +122,9 @@ void DistortionMeshBuilder::BuildMesh()
     mNumIndices = indices;
 }
 
-/// Every element of a proper mesh is written before it is read, and zeroing large arrays first
-/// would make a build half as long again; only what a non-positive resolution leaves out is zeroed.
+/// Every element of a valid mesh is written before it is read, and zeroing would add half to the
+/// time of a large build. Zero the array only for a non-positive resolution, which leaves elements
+/// unwritten.
 template <typename Element>
 DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int count) const
 {
@@ -175,7 +175,7 @@ void DistortionMeshBuilder::FillTriangleList(int* index) const
             *index++ = corner;
         }
     }
-    // Every row is the one below it, a row further.
+    // The indices of a row are those of the row below, plus one row of vertices.
     const std::ptrdiff_t row = index - first;
     for (int j = 1; j < mResY; ++j, index += row)
     {
@@ -183,8 +183,9 @@ void DistortionMeshBuilder::FillTriangleList(int* index) const
     }
 }
 
-// Each pair of rows from left to right, bottom, top, bottom, top; the last index of a pair and the
-// first of the next are repeated, which joins them by triangles without area.
+// Each pair of rows makes a strip from left to right: bottom, top, bottom, top. The last index of a
+// strip and the first index of the next one are repeated, so that triangles without area join the
+// strips.
 void DistortionMeshBuilder::FillTriangleStrip(int* index) const
 {
     const int width = mResX + 1;

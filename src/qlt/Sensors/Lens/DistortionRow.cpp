@@ -18,7 +18,7 @@ using namespace DistortConstants;
 namespace
 {
 
-/// ((cubic h + quad) h + lin) h + value of two colours, from `first` on.
+/// Evaluates ((cubic h + quad) h + lin) h + value for the colours `first` and `first` + 1.
 template <typename Segment>
 __m128d Horner(const Segment& s, std::size_t first, __m128d h)
 {
@@ -28,13 +28,13 @@ __m128d Horner(const Segment& s, std::size_t first, __m128d h)
     return _mm_add_pd(sum, _mm_loadu_pd(&s.value[first]));
 }
 
-/// A scaled coordinate limited to [-1, 1] and mapped to [0, 1].
+/// Clamps a scaled coordinate to [-1, 1] and maps it to [0, 1].
 __m128 Coordinate(__m128 x)
 {
     const __m128 one = _mm_set1_ps(1.0f);
-    // In this order of the operands a NaN passes through, as it does through clamp.
+    // With this order of the operands a NaN passes through, as it does in MathUtil::clamp.
     const __m128 clamped = _mm_min_ps(one, _mm_max_ps(_mm_set1_ps(-1.0f), x));
-    // Half of it, which is exact, for the division by 1 - -1.
+    // Multiply by one half, which is exact, instead of dividing by 2.
     return _mm_mul_ps(_mm_add_ps(clamped, one), _mm_set1_ps(0.5f));
 }
 
@@ -54,8 +54,8 @@ DistortionRow::DistortionRow(const LensSplines& lens, Params::Eye eye, const std
     constexpr double INF = std::numeric_limits<double>::infinity();
     for (std::size_t k = 0; k <= knots; ++k)
     {
-        // Segment 0 lies before the first knot, segment k after knot k - 1; both ends are
-        // parabolas.
+        // Segment 0 lies before the first knot, and segment k lies after knot k - 1. The first and
+        // the last segment are parabolas.
         const std::size_t piece = k == 0 ? 0 : k - 1;
         const bool isEnd = k == 0 || k == knots;
         Segment& segment = mSegments[k];
@@ -103,7 +103,7 @@ void DistortionRow::EvaluateScales()
     for (std::size_t i = 0; i < mPoints; ++i)
     {
         const auto r = static_cast<double>(mRadius[i]);
-        // Neighbours mostly share a segment; which one it is, is what the knots say.
+        // Neighbours mostly share a segment, so begin the search at the current one.
         while (segment->upper < r)
         {
             ++segment;

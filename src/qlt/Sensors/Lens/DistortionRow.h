@@ -1,6 +1,7 @@
-// Rows of lens distortion, many times faster than point by point and equal to the last bit: radius,
-// depth and table segment are computed once for the three colours, and once for two rows above and
-// below the lens centre. DistortionFunction::Distortion is what a value means.
+// Computes the lens distortion of whole rows of points. The values equal those of
+// DistortionFunction::Distortion to the last bit, but come many times faster. The three colours
+// share radius, depth and table segment, and so do two mirrored rows above and below the lens
+// centre.
 #pragma once
 
 #include <qlt/Math/Vector.h>
@@ -18,25 +19,27 @@ struct LensSplines;
 class DistortionRow
 {
 public:
-    /// Rows of points at `xs` for one eye, with the shared constants as they are now. Asserts a
-    /// valid eye; any but the right one counts as left. `lens` is needed for this call only.
+    /// Prepares rows of points at `xs` for one eye. Asserts a valid eye; every eye but the right
+    /// one counts as left. The shared constants must not change while the object is in use. Only
+    /// this call uses `lens`.
     DistortionRow(const LensSplines& lens, Params::Eye eye, const std::vector<float>& xs);
 
     /// Makes `y` the current row.
     void MoveTo(float y);
 
-    /// The current row's vertices (xs[i], y, depth), and the texture coordinates of its colours.
+    /// Give the vertices (xs[i], y, depth) of the current row, and the texture coordinates of its
+    /// three colours.
     void GetPosition(const std::vector<float>& xs, float y, Vec3* position) const;
     void GetTextures(Vec2* red, Vec2* green, Vec2* blue) const;
 
 private:
-    /// The radii in (lower, upper], and the polynomials of the three colours there, side by side;
-    /// the fourth is nothing.
+    /// The polynomials of the three colours for the radii in (lower, upper], side by side. The
+    /// fourth lane is padding.
     struct Segment
     {
         double lower;
         double upper;
-        double knot; // that the polynomials count from
+        double knot; // h is the distance of a radius from it
         std::array<double, 4> cubic;
         std::array<double, 4> quad;
         std::array<double, 4> lin;
@@ -47,12 +50,12 @@ private:
 
     std::size_t mPoints;
     std::vector<Segment> mSegments;
-    std::vector<float> mDx; // from the lens centre; padded to whole vectors, as the radii are
+    std::vector<float> mDx; // from the lens centre; padded to whole vectors, like the radii
     float mDy = 0.0f;
     float mScaledDy2 = 0.0f;
     bool mEvaluated = false; // mRadius and mScales belong to mScaledDy2
     std::vector<float> mRadius;
-    std::vector<float> mScales; // red, green, blue and nothing of each point
+    std::vector<float> mScales; // red, green, blue and padding for each point
 };
 
 } // namespace qlt

@@ -1,4 +1,4 @@
-// The lens of the Quelta Orbel Ixo as it was measured: the scale factor of each colour over the
+// The measured lens of the Quelta Orbel Ixo: the scale factor of each colour as a function of the
 // distance from the lens centre.
 #pragma once
 
@@ -9,12 +9,13 @@ namespace qlt::DistortionTables
 
 using Table = std::array<double, 20>;
 
-/// k / 19 in six significant digits, as the bench wrote them; not the exact fractions.
+/// k / 19 with the six significant digits of the measurement. Do not replace them by the exact
+/// fractions.
 constexpr Table RADIUS = {0.0,      0.0526316, 0.105263, 0.157895, 0.210526, 0.263158, 0.315789,
                           0.368421, 0.421053,  0.473684, 0.526316, 0.578947, 0.631579, 0.684211,
                           0.736842, 0.789474,  0.842105, 0.894737, 0.947368, 1.0};
 
-/// That red repeats its first value, and that green and blue dip at their second, is measured.
+/// The measured red repeats its first value, and the measured green and blue dip at their second.
 constexpr Table RED = {0.5576, 0.5576, 0.5589, 0.5605, 0.5625, 0.5663, 0.5712,
                        0.5775, 0.5849, 0.5947, 0.6057, 0.6191, 0.6357, 0.6548,
                        0.6783, 0.7069, 0.7406, 0.7829, 0.8326, 0.8921};

@@ -19,7 +19,8 @@ CubicSpline Fit(const DistortionTables::Table& scales)
 
 const LensSplines& HeadsetLens()
 {
-    // Never destroyed, because static objects of an engine may build meshes until the very end.
+    // The splines are never destroyed, because static objects of an engine may build meshes until
+    // the process ends.
     static const auto* const lens = new LensSplines{
         Fit(DistortionTables::RED), Fit(DistortionTables::GREEN), Fit(DistortionTables::BLUE)};
     return *lens;

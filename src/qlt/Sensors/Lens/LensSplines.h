@@ -1,4 +1,5 @@
-// The scale factors of a lens over the distance from its centre: one spline for each colour.
+// The scale factors of a lens as functions of the distance from its centre, one spline for each
+// colour.
 #pragma once
 
 #include "Sensors/Lens/CubicSpline.h"
@@ -13,7 +14,7 @@ struct LensSplines
     CubicSpline blue;
 };
 
-/// The lens of the Quelta Orbel Ixo, fitted at the first call and for good. Any thread.
+/// The lens of the Quelta Orbel Ixo. The first call fits it. Any thread.
 const LensSplines& HeadsetLens();
 
 } // namespace qlt

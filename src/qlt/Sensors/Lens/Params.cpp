@@ -25,8 +25,9 @@ const float Params::HMD_SCREEN_SIZE_HORZ = 125.44f;
 const float Params::HMD_ASPECT_RATIO = ASPECT_RATIO;
 
 const float Params::EYE_FOV_DEG = 126.5f;
-// Rad2Deg(2 * atan(tan(EYE_FOV_RAD / 2) / EYE_ASPECT_RATIO)), which is no constant expression;
-// taller than wide because an eye's half of the panel is.
+// The value is Rad2Deg(2 * atan(tan(EYE_FOV_RAD / 2) / EYE_ASPECT_RATIO)), which is not a constant
+// expression. It is larger than EYE_FOV_DEG, because an eye's half of the panel is taller than
+// wide.
 const float Params::EYE_FOV_Y_DEG = 0x1.0776a4p+7f;
 const float Params::EYE_ASPECT_RATIO = ASPECT_RATIO * 0.5f;
 const bool Params::EYE_DISTORT = true;

@@ -1,6 +1,6 @@
 #include <qlt/Render/NvidiaRenderer.h>
 
-// There is neither Direct3D nor direct mode here, and no state.
+// This system has neither Direct3D nor direct mode, so the renderer has no state.
 
 NvidiaRenderer::NvidiaRenderer()
     : mState(nullptr)

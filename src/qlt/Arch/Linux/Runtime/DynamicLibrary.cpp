@@ -7,7 +7,7 @@ namespace qlt
 namespace
 {
 
-/// The folder of the library, or program, that this code is in, with a slash at its end.
+/// The folder of the library or program that contains this code, with a slash at its end.
 std::string OwnFolder()
 {
     Dl_info info{};
@@ -17,7 +17,7 @@ std::string OwnFolder()
     }
     const std::string path = info.dli_fname;
     const std::size_t slash = path.rfind('/');
-    // A program may have been started by a bare name; dlopen with a slash never searches.
+    // A program may have been started by a bare name. With a slash, dlopen does not search.
     return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 

@@ -21,7 +21,7 @@ auto PlaceOf(const LibusbContext::Device& device)
 
 void Close(libusb_device_handle* handle)
 {
-    libusb_release_interface(handle, INTERFACE); // gives it back to a driver of the kernel's
+    libusb_release_interface(handle, INTERFACE); // returns it to the kernel's own driver
     libusb_close(handle);
 }
 
@@ -95,7 +95,7 @@ std::vector<LibusbContext::Device> LibusbContext::Find(const Ids& ids, int& erro
 LibusbContext::Handle LibusbContext::Open(const Device& device, int& error)
 {
     error = LIBUSB_SUCCESS;
-    // While it is open libusb keeps the device, so that nothing else can stand at its address.
+    // libusb keeps an open device, so no other device can have its address in memory.
     Handle handle = mHandles[device.get()].lock();
     if (handle != nullptr)
     {
@@ -130,7 +130,7 @@ void LibusbContext::HandleEvents()
         const int error = libusb_handle_events(mContext); // sleeps until there is something to do
         if (error != LIBUSB_SUCCESS && error != LIBUSB_ERROR_INTERRUPTED)
         {
-            std::this_thread::sleep_for(ERROR_PAUSE); // an error that stays must not take a core
+            std::this_thread::sleep_for(ERROR_PAUSE); // a permanent error must not keep a core busy
         }
     }
 }

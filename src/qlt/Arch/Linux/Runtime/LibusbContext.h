@@ -1,10 +1,10 @@
-// libusb as the whole process shares it: one context with one event thread, and one handle for each
-// piece of hardware, because the kernel lets an interface be claimed only once and a tracker and a
-// camera may both hold the headset.
+// The libusb context of the process. It has one event thread, and one handle for each headset. A
+// tracker and a camera share the handle, because the kernel allows only one claim of an interface.
 //
-// The context lives while anybody holds it, and its thread from the first device on. Nothing is
-// kept longer: an application may unload this library. Its gate is locked by whoever makes, uses or
-// lets go of anything here; the callbacks of transfers on the event thread never take it.
+// The context lives as long as anybody holds it. Its thread starts with the first device. Nothing
+// lives longer, because an application may unload this library. Lock the gate before you create,
+// use or release anything of this class. The callbacks of transfers on the event thread never lock
+// it.
 #pragma once
 
 #include <atomic>
@@ -33,20 +33,22 @@ public:
         std::uint16_t product;
     };
 
-    /// The process's context; null with the reason in `error` when libusb cannot start.
+    /// The context of the process. When libusb cannot start, the result is null and `error` is the
+    /// reason.
     static std::shared_ptr<LibusbContext> Get(int& error);
 
-    /// Ends the event thread. Nobody has a device open any more.
+    /// Ends the event thread. All devices are closed by then.
     ~LibusbContext();
 
     LibusbContext(const LibusbContext&) = delete;
     LibusbContext& operator=(const LibusbContext&) = delete;
 
-    /// The devices with these identifiers, in the order of their places on the bus; `error` says
-    /// whether libusb could look.
+    /// The devices with these identifiers, in the order of their places on the bus. `error` says
+    /// whether libusb could look for them.
     std::vector<Device> Find(const Ids& ids, int& error) const;
 
-    /// The device with its interface 0 claimed; null with the reason in `error`.
+    /// Opens the device and claims its interface 0. On failure the result is null and `error` is
+    /// the reason.
     Handle Open(const Device& device, int& error);
 
 private:

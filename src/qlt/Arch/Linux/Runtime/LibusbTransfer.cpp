@@ -38,7 +38,7 @@ void Signal(int event)
     const std::uint64_t one = 1;
     if (event > 0 && write(event, &one, sizeof one) < 0)
     {
-        // Only a full counter refuses, and then the event is signalled already.
+        // The write fails only when the counter is full. The event is signalled then.
         return;
     }
 }
@@ -205,7 +205,7 @@ void LibusbTransfer::End(bool succeeded, int length)
     mLength = static_cast<std::uint32_t>(length);
     if (!mRefused)
     {
-        Signal(mEvent); // the caller still has the event, because it cannot know of the end yet
+        Signal(mEvent); // the event still exists, because its owner does not know of the end yet
     }
 }
 

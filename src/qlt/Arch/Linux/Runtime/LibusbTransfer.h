@@ -1,9 +1,10 @@
 // Reads over libusb. The transfers of one endpoint share a pipe. The pipe lists the transfers that
-// the kernel has, and in their order the transfers for which the kernel had no memory yet.
+// the kernel has accepted. It also lists, oldest first, the transfers for which the kernel has no
+// memory yet.
 //
-// Callers wait and libusb's event thread ends transfers; both lock the pipe's mutex. A transfer
-// that has ended needs neither libusb nor the open device any more. A pipe keeps one transfer of
-// libusb for the next read, so that reading reports one after another allocates nothing.
+// Callers wait for transfers and libusb's event thread ends them; both lock the mutex of the pipe.
+// A transfer that has ended needs neither libusb nor the open device. A pipe keeps one libusb
+// transfer for the next read, so that a sequence of reads allocates nothing.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
@@ -33,7 +34,8 @@ struct LibusbPipe
     /// Passes waiting transfers to the kernel until it refuses one. The caller holds the mutex.
     void SubmitWaiting();
 
-    /// Takes the spare transfer or a new one; null without memory. Both need the mutex.
+    /// Allocate gives the spare transfer or a new one, and null without memory. Release makes a
+    /// transfer the spare one. The caller holds the mutex.
     libusb_transfer* Allocate();
     void Release(libusb_transfer* transfer);
 
@@ -43,14 +45,14 @@ struct LibusbPipe
     std::mutex mutex; // guards everything below, and the states of the transfers
     std::condition_variable ended;
     std::vector<LibusbTransfer*> inFlight;
-    std::vector<LibusbTransfer*> waiting; // the oldest one first
+    std::vector<LibusbTransfer*> waiting; // oldest first
     libusb_transfer* spare = nullptr;
 };
 
 class LibusbTransfer final : public UsbTransfer
 {
 public:
-    /// Begins at once. `event` is an eventfd or null.
+    /// Begins the read at once. `event` is an eventfd or null.
     LibusbTransfer(std::shared_ptr<LibusbPipe> pipe, std::uint8_t* buffer, std::uint32_t length,
                    NativeEventHandle event);
     ~LibusbTransfer() override;
@@ -61,7 +63,7 @@ public:
     bool Wait(std::uint32_t timeoutMs) override;
     bool Finish(std::uint32_t& length) override;
 
-    /// Asks for an early end, which Finish waits for.
+    /// Asks for an early end. Finish waits for it.
     void Cancel();
 
 private:
@@ -72,8 +74,8 @@ private:
 
     const std::shared_ptr<LibusbPipe> mPipe;
     const int mEvent;
-    libusb_transfer* mTransfer = nullptr; // null from the end on
-    bool mRefused = true;                 // until it has begun
+    libusb_transfer* mTransfer = nullptr; // null after the end
+    bool mRefused = true;                 // false after the read has begun
     bool mSucceeded = false;
     std::uint32_t mLength = 0;
 };

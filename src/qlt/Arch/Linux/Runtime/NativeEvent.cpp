@@ -1,5 +1,5 @@
-// An event is an eventfd: readable while it is signalled. So a handle can be handed over by another
-// library of the process, which need not know this one.
+// An event is an eventfd, which is readable while it is signalled. Another library of the process
+// may therefore pass its own eventfd as an event.
 #include "Runtime/NativeEvent.h"
 
 #include "Runtime/SystemError.h"
@@ -27,28 +27,30 @@ struct Event
     bool manualReset;
 };
 
-/// What was created here, so that nothing else is written to, read from or closed.
+/// The events that were created here. Nothing else is written to, read from or closed.
 struct EventTable
 {
     std::mutex mutex;
     std::map<int, Event> events;
 };
 
-/// Never destroyed: an application's static objects may close their events after any of ours.
+/// The table is never destroyed, because static objects of an application may close their events
+/// last.
 EventTable& Table()
 {
     static EventTable& table = *new EventTable;
     return table;
 }
 
-/// Minus one for what cannot be a descriptor.
+/// The descriptor in `handle`; -1 when its value cannot be a descriptor.
 int Descriptor(NativeEventHandle handle)
 {
     const auto value = reinterpret_cast<std::intptr_t>(handle);
     return value > 0 && value <= INT_MAX ? static_cast<int>(value) : -1;
 }
 
-/// Whether `fd` was created here; sets the last error otherwise. With the table locked.
+/// True when `fd` was created here; otherwise it sets the last error. The caller holds the lock of
+/// the table.
 bool IsKnown(int fd)
 {
     if (Table().events.count(fd) != 0)
@@ -59,21 +61,22 @@ bool IsKnown(int fd)
     return false;
 }
 
-/// Whether the signal is the caller's: another waiter may take that of an automatic event first.
+/// True when the caller gets the signal. Another waiter may take the signal of an auto-reset event
+/// first.
 bool TakeSignal(int fd)
 {
-    // The lock is also what orders the setter before the waiter.
+    // The lock also orders the setter before the waiter.
     const std::lock_guard<std::mutex> lock(Table().mutex);
     const auto found = Table().events.find(fd);
     if (found == Table().events.end() || found->second.manualReset)
     {
-        return true; // a lent one is reset by the library that lent it
+        return true; // the library that lent an event resets it
     }
     eventfd_t value = 0;
     return eventfd_read(fd, &value) == 0;
 }
 
-/// Milliseconds until `deadline`, rounded up, as poll takes them.
+/// The milliseconds until `deadline`, rounded up, as poll takes them.
 int Remaining(std::uint32_t timeoutMs, steady_clock::time_point deadline)
 {
     if (timeoutMs == WAIT_FOREVER)
@@ -104,7 +107,7 @@ NativeEventHandle CreateNativeEvent(const std::wstring& name, bool manualReset)
         }
     }
     int fd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (fd == 0) // would be the null handle
+    if (fd == 0) // 0 would be the null handle
     {
         fd = fcntl(fd, F_DUPFD_CLOEXEC, 1);
         close(0);
@@ -133,7 +136,7 @@ std::uint32_t WaitNativeEvents(const NativeEventHandle* handles, std::size_t cou
     {
         waits[i].fd = Descriptor(handles[i]);
         waits[i].events = POLLIN;
-        if (waits[i].fd < 0) // poll would pass over it
+        if (waits[i].fd < 0) // poll would ignore it
         {
             SetLastSystemError(EBADF);
             return WAIT_ERROR;

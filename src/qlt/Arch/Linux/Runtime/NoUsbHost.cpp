@@ -1,4 +1,4 @@
-// The machine's USB in a build without libusb: there is never a device.
+// The machine's own USB host in a build without libusb. It never has a device.
 #include <qlt/Runtime/Usb.h>
 
 namespace qlt
@@ -18,7 +18,7 @@ public:
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new NoUsbHost; // never destroyed, as a tracker may outlive the program
+    static UsbHost& host = *new NoUsbHost; // never deleted, because a leaked tracker may use it
     return host;
 }
 

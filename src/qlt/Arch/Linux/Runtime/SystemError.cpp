@@ -13,7 +13,7 @@ void SetLastSystemError(std::uint32_t code) noexcept { errno = static_cast<int>(
 
 std::u16string SystemErrorText(std::uint32_t code)
 {
-    // Never translated, so that a byte is a character; null for an unknown code.
+    // The text is never translated, so each byte is a character. It is null for an unknown code.
     const char* text = strerrordesc_np(static_cast<int>(code));
     std::u16string result;
     for (; text != nullptr && *text != '\0'; ++text)

@@ -1,6 +1,6 @@
-// The machine's USB over libusb. There is no driver class to ask for, so the identifiers take its
-// place. Other products of the chip's vendor (hubs, mice, development boards) are never opened,
-// because a claim takes a device from its own driver.
+// The machine's own USB host over libusb. It finds the headset by its identifiers, because there is
+// no driver class. It never opens other products of the chip's vendor (hubs, mice, development
+// boards), because a claim takes a device from its own driver.
 #include <qlt/Runtime/Usb.h>
 
 #include "LibusbContext.h"
@@ -25,7 +25,8 @@ std::uint8_t TransferType(std::uint8_t attributes)
     return isInterrupt ? LIBUSB_TRANSFER_TYPE_INTERRUPT : LIBUSB_TRANSFER_TYPE_BULK;
 }
 
-/// libusb and the kernel choose the size of the requests.
+/// An endpoint. SetTransferSize does nothing, because libusb and the kernel choose the size of the
+/// requests.
 class LibusbEndPoint final : public UsbEndPoint
 {
 public:
@@ -43,7 +44,7 @@ public:
         LibusbTransfer transfer(mPipe, buffer, length, nullptr);
         const bool hasEnded = transfer.Wait(READ_TIMEOUT_MS);
         transfer.Cancel();
-        const bool succeeded = transfer.Finish(length); // may have come at the last moment
+        const bool succeeded = transfer.Finish(length); // the data may have come at the last moment
         length = hasEnded || succeeded ? length : 0;
         return succeeded;
     }
@@ -122,7 +123,7 @@ private:
     std::vector<LibusbEndPoint> mEndPoints;
 };
 
-/// Why libusb could not look for devices; empty when it could.
+/// The reason why libusb could not look for devices; empty when it could.
 std::string WhyNotSearched(int error)
 {
     return error == LIBUSB_SUCCESS
@@ -130,7 +131,7 @@ std::string WhyNotSearched(int error)
                : std::string("libusb cannot look for the headset: ") + libusb_error_name(error);
 }
 
-/// Why a headset that is there was not opened; empty when it was.
+/// The reason why a connected headset was not opened; empty when it was.
 std::string WhyNotOpened(int error)
 {
     switch (error)
@@ -204,14 +205,14 @@ public:
     }
 
 private:
-    std::string mProblem; // of the last try to open, under the gate
+    std::string mProblem; // of the last attempt to open; the gate guards it
 };
 
 } // namespace
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new LibusbHost; // for trackers that nobody destroys
+    static UsbHost& host = *new LibusbHost; // never deleted, because a leaked tracker may use it
     return host;
 }
 

@@ -1,5 +1,5 @@
-// Build helper: compiles the shaders of direct mode with the system's compiler and writes them as
-// C++ source.
+// A program of the build. It compiles the shaders of direct mode with the system's compiler and
+// writes them as C++ source.
 //
 //     qlt_compile_hlsl DirectMode.hlsl DirectModeShaders.cpp
 #include <cstddef>
@@ -30,7 +30,7 @@ std::string ReadFile(const char* path)
     return text;
 }
 
-/// The definition of a ShaderObject called `name`.
+/// Compiles `entry` and returns the definition of a ShaderObject called `name`.
 std::string Compile(const std::string& source, const char* path, const char* entry,
                     const char* target, const std::string& name)
 {

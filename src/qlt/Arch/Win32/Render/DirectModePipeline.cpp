@@ -12,7 +12,7 @@ namespace qlt
 namespace
 {
 
-/// As the vertex shader reads it.
+/// The constants of the vertex shader, in its layout.
 struct UniformBuffer
 {
     float eyeToSrcOffset[2];
@@ -78,7 +78,7 @@ void DirectModePipeline::Release()
     mSampler.Reset();
 }
 
-/// A buffer that never changes.
+/// Makes a buffer that never changes.
 bool DirectModePipeline::MakeBuffer(ID3D11Device& device, UINT bind, const void* data,
                                     std::size_t size, ComPtr<ID3D11Buffer>& buffer)
 {
@@ -162,7 +162,7 @@ void DirectModePipeline::Draw(ID3D11DeviceContext& context, ID3D11ShaderResource
 {
     const UINT stride = sizeof(DirectModeVertex);
     const UINT offset = 0;
-    // The target is not cleared: the two meshes cover all of it.
+    // The two meshes cover the whole target, so it need not be cleared.
     for (const Eye& eye : mEyes)
     {
         context.IASetInputLayout(mInputLayout.Get());

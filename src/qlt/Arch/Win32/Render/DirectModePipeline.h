@@ -1,4 +1,4 @@
-// The Direct3D 11 objects that the direct-mode renderer draws with.
+// The Direct3D 11 objects of the direct-mode renderer.
 #pragma once
 
 #include <qlt/Sensors/Params.h>
@@ -15,21 +15,21 @@ namespace qlt
 class DirectModePipeline
 {
 public:
-    /// Makes all on `device`, drawing to `target` seen as `format`; false when a step fails. What
-    /// is there already is made again.
+    /// SetTarget makes the view of `target` in `format`, and Make makes all other objects. Both
+    /// replace existing objects. They return false when a step fails.
     bool SetTarget(ID3D11Device& device, ID3D11Texture2D& target, DXGI_FORMAT format);
     bool Make(ID3D11Device& device, ID3D11DeviceContext& context);
 
     void Release();
 
-    /// Both eyes of a side-by-side image.
+    /// Draws both eyes of a side-by-side image.
     void Draw(ID3D11DeviceContext& context, ID3D11ShaderResourceView* image) const;
 
 private:
     template <typename Interface>
     using ComPtr = Microsoft::WRL::ComPtr<Interface>;
 
-    /// What one eye is drawn with.
+    /// The objects with which one eye is drawn.
     struct Eye
     {
         ComPtr<ID3D11Buffer> vertices;
@@ -48,7 +48,7 @@ private:
     ComPtr<ID3D11InputLayout> mInputLayout;
     Eye mEyes[2];
     ComPtr<ID3D11RenderTargetView> mTarget;
-    D3D11_VIEWPORT mViewport{}; // all of the target
+    D3D11_VIEWPORT mViewport{}; // the whole target
     ComPtr<ID3D11VertexShader> mVertexShader;
     ComPtr<ID3D11PixelShader> mPixelShader;
     ComPtr<ID3D11SamplerState> mSampler;

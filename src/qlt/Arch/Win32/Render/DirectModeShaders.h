@@ -1,4 +1,5 @@
-// The compiled shaders of direct mode; the build makes the body from hlsl/DirectMode.hlsl.
+// The compiled shaders of direct mode. The build generates the definitions from
+// hlsl/DirectMode.hlsl.
 #pragma once
 
 #include <cstddef>

@@ -20,13 +20,13 @@ using qlt::NvApi;
 namespace
 {
 
-/// "QLT", as displays say it: five bits a letter.
+/// "QLT" as displays encode it, with five bits for each letter.
 constexpr std::uint32_t VENDOR_ID = 0x9445;
 constexpr std::uint32_t PRESENT_ARGUMENT = 2;
 
-/// The driver's, loaded at the first call and for good; by no constructor, because an engine's may
-/// run where no library must be loaded. From System32 alone: elsewhere anybody may
-/// have put a library of that name.
+/// The driver's functions. The first call loads the driver, which stays loaded. No constructor
+/// calls this, because an engine's constructors may run where no library may be loaded. The library
+/// comes from System32 only, because anybody may have put one of that name elsewhere.
 const NvApi& SystemNvApi()
 {
     static const NvApi api = []
@@ -41,10 +41,10 @@ const NvApi& SystemNvApi()
     return api;
 }
 
-/// The display, and what is drawn on it with.
+/// The display, and the objects that draw on it.
 struct Screen
 {
-    /// False when a step fails; what the steps before it made stays.
+    /// False when a step fails. The results of the earlier steps stay.
     bool Open(ID3D11Device& device, ID3D11DeviceContext& context);
 
     bool Take(ID3D11Device& device);
@@ -80,7 +80,8 @@ bool Screen::Take(ID3D11Device& device)
            api.setMode(display, &mode) == 0;
 }
 
-/// Releases the surface's texture, too, before the mode is set: the view keeps it alive.
+/// This function also releases the texture before the mode is set. The view keeps the texture
+/// alive.
 bool Screen::SetTarget(ID3D11Device& device, HANDLE shared)
 {
     ComPtr<ID3D11Texture2D> texture;
@@ -104,8 +105,8 @@ struct NvidiaRenderer::State
     std::atomic<int> owners{1};
     bool initialized = false;
     std::optional<Screen> screen;           // of the last attempt
-    ID3D11Device* device = nullptr;         // deliberate: without a reference, and yet released
-    ID3D11DeviceContext* context = nullptr; // deliberate: a failed attempt's is never released
+    ID3D11Device* device = nullptr;         // deliberate: released, although no reference is taken
+    ID3D11DeviceContext* context = nullptr; // deliberate: never released after a failed attempt
 };
 
 NvidiaRenderer::NvidiaRenderer()
@@ -127,7 +128,7 @@ NvidiaRenderer::NvidiaRenderer(const NvidiaRenderer& other)
 
 NvidiaRenderer& NvidiaRenderer::operator=(const NvidiaRenderer& other)
 {
-    ++other.mState->owners; // first, in case that both are one
+    ++other.mState->owners; // both may share one state, so add the owner first
     mState->RemoveOwner();
     mState = other.mState;
     return *this;
@@ -141,10 +142,11 @@ bool NvidiaRenderer::Initialize()
     Screen screen;
     const bool opened = SystemNvApi().HasDisplay(VENDOR_ID) && s.device != nullptr &&
                         screen.Open(*s.device, *s.context);
-    // What a failed step leaves stays as it is until the next attempt; but what works is kept.
+    // Keep the results of a failed attempt until the next one, but never replace a screen that
+    // works.
     if (opened || !s.initialized)
     {
-        s.screen.emplace(std::move(screen)); // an assignment may take references
+        s.screen.emplace(std::move(screen)); // an assignment could add references
     }
     s.initialized = s.initialized || opened;
     return opened;

@@ -7,11 +7,11 @@ namespace qlt
 namespace
 {
 
-/// The folder of a loaded module (null: the program), with a backslash at its end; empty when the
-/// system does not say.
+/// The folder of a loaded module, with a backslash at its end. Null stands for the program. Empty
+/// when the system does not know the folder.
 std::wstring FolderOf(HMODULE module)
 {
-    std::wstring path(32768, L'\0'); // the longest that there is
+    std::wstring path(32768, L'\0'); // the longest path of the system
     const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
     path.resize(length);
     const std::size_t slash = path.rfind(L'\\');
@@ -28,7 +28,7 @@ HMODULE OwnModule()
     return module;
 }
 
-/// From this folder alone; its own dependencies from there and from System32.
+/// Loads a library from this folder only. Its dependencies come from this folder and from System32.
 HMODULE LoadFrom(const std::wstring& folder, const std::wstring& file)
 {
     if (folder.empty())

@@ -11,7 +11,7 @@ static_assert(WAIT_SIGNALLED == WAIT_OBJECT_0 && WAIT_TIMED_OUT == WAIT_TIMEOUT 
 
 NativeEventHandle CreateNativeEvent(const std::wstring& name, bool manualReset)
 {
-    // The name's characters also when it is empty: an empty name makes an unnamed event.
+    // An empty name makes an unnamed event, so it need not become null.
     return CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, name.c_str());
 }
 

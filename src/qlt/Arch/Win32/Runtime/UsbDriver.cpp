@@ -14,13 +14,13 @@ constexpr GUID DRIVER_INTERFACE = {
 constexpr DWORD CONTROL_TRANSFER = 0x220020;
 constexpr DWORD SET_TRANSFER_SIZE = 0x220038;
 constexpr DWORD ABORT_PIPE = 0x220044;
-constexpr DWORD READ_PIPE = 0x22004B; // the data in a buffer of its own
+constexpr DWORD READ_PIPE = 0x22004B; // the data has its own buffer
 
 constexpr std::uint8_t FROM_DEVICE = 0x80;
 constexpr std::uint8_t GET_DESCRIPTOR = 6;
 constexpr std::uint32_t CONTROL_TIMEOUT_S = 2;
 
-/// A list of device interfaces, given back at the end.
+/// A list of device interfaces. The destructor frees it.
 struct DeviceList
 {
     DeviceList()
@@ -35,7 +35,7 @@ struct DeviceList
     const HDEVINFO list;
 };
 
-/// Empty when the device has gone meanwhile.
+/// The path of a device. Empty when the device was unplugged meanwhile.
 std::wstring PathOf(HDEVINFO list, SP_DEVICE_INTERFACE_DATA& device)
 {
     DWORD size = 0;
@@ -62,7 +62,7 @@ std::vector<std::wstring> FindDriverDevices()
     const DeviceList devices;
     SP_DEVICE_INTERFACE_DATA device{};
     device.cbSize = sizeof(device);
-    // It fails when there are no more, and for a list that could not be made.
+    // The call fails after the last device, and for a list that could not be created.
     for (DWORD i = 0;
          SetupDiEnumDeviceInterfaces(devices.list, nullptr, &DRIVER_INTERFACE, i, &device); ++i)
     {
@@ -128,7 +128,7 @@ void DriverFile::SetTransferSize(std::uint8_t address, std::uint32_t bytes) cons
 bool DriverFile::StartRead(TransferHeader& header, std::uint8_t* data, std::uint32_t length,
                            OVERLAPPED& overlapped) const
 {
-    // Done at once when the data was there already.
+    // The call succeeds at once when the data was there already.
     return DeviceIoControl(mFile.get(), READ_PIPE, &header, sizeof(header), data, length, nullptr,
                            &overlapped) ||
            GetLastError() == ERROR_IO_PENDING;
@@ -155,7 +155,7 @@ std::optional<std::uint32_t> DriverFile::Request(DWORD code,
     OVERLAPPED overlapped{};
     overlapped.hEvent = event.get();
     const auto size = static_cast<DWORD>(buffer.size());
-    // Without an event the wait would take the end of a read for the end of this.
+    // Without an event the wait would mistake the end of a read for the end of this request.
     if (event == nullptr || (!DeviceIoControl(mFile.get(), code, buffer.data(), size, buffer.data(),
                                               size, nullptr, &overlapped) &&
                              GetLastError() != ERROR_IO_PENDING))

@@ -1,4 +1,4 @@
-// The machine's own USB on Windows: a client of the USB chip vendor's driver.
+// The machine's own USB host on Windows. It is a client of the USB chip vendor's driver.
 #include <qlt/Runtime/Usb.h>
 
 #include "Runtime/Check.h"
@@ -17,9 +17,10 @@ namespace
 constexpr std::uint8_t DEVICE_DESCRIPTOR = 1;
 constexpr std::uint8_t CONFIGURATION_DESCRIPTOR = 2;
 constexpr std::uint8_t READ_FROM = 0x80;         // in an endpoint's address
-constexpr std::uint32_t READ_TIMEOUT_MS = 10000; // the driver itself waits for ever
+constexpr std::uint32_t READ_TIMEOUT_MS = 10000; // the driver itself has no time limit
 
-/// One pipe of an open file. Each of its transfers holds it, so it is known whether there are any.
+/// One pipe of an open file. Each transfer shares it, so the use count tells whether there are
+/// transfers.
 struct Pipe
 {
     std::shared_ptr<DriverFile> file;
@@ -59,7 +60,7 @@ public:
 
     bool Wait(std::uint32_t timeoutMs) override
     {
-        // The event gives its signal once only.
+        // The wait takes the signal of the event, so remember the end.
         mEnded = mEnded || (mPipe != nullptr &&
                             WaitForSingleObject(mOverlapped.hEvent, timeoutMs) == WAIT_OBJECT_0);
         return mEnded;
@@ -100,8 +101,8 @@ public:
 
     ~PipeEndPoint() override
     {
-        // Closing the file does not end what is in flight. Without need it is left alone: other
-        // programs may read from the same pipe.
+        // Closing the file does not end the transfers in flight. Abort only when there are some,
+        // because other programs may read from the same pipe.
         if (mPipe.use_count() > 1)
         {
             AbortTransfers();
@@ -124,7 +125,7 @@ public:
             return false;
         }
         PipeTransfer transfer(mPipe, buffer, wanted, mReadEvent.get());
-        // What has not ended by then is ended by its destructor.
+        // The destructor ends a transfer that has not ended by then.
         return transfer.Wait(READ_TIMEOUT_MS) && transfer.Finish(length);
     }
 
@@ -146,11 +147,12 @@ public:
     void AbortTransfers() override { mPipe->file->AbortPipe(Address()); }
 
 private:
-    /// The driver would send the buffer to any other.
+    /// True for an endpoint that the host reads from. The driver would write the buffer to any
+    /// other.
     bool IsReadFrom() const { return (Address() & READ_FROM) != 0; }
 
     std::shared_ptr<Pipe> mPipe;
-    UniqueHandle mReadEvent; // kept, because a thousand reads a second would each make one
+    UniqueHandle mReadEvent; // kept, because a thousand reads a second use it
 };
 
 /// Endpoint 0, which the driver keeps for its own requests.
@@ -253,16 +255,16 @@ public:
     }
 
 private:
-    static constexpr DWORD NO_DESCRIPTOR = 0xFFFFFFFF; // no error of the system's
+    static constexpr DWORD NO_DESCRIPTOR = 0xFFFFFFFF; // not an error of the system
 
-    std::atomic<DWORD> mProblem{ERROR_SUCCESS}; // several trackers open on threads of their own
+    std::atomic<DWORD> mProblem{ERROR_SUCCESS}; // several threads may open devices at once
 };
 
 } // namespace
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new DriverUsbHost; // for trackers that nobody destroys
+    static UsbHost& host = *new DriverUsbHost; // never deleted, because a leaked tracker may use it
     return host;
 }
 

@@ -62,8 +62,8 @@ void PoseWriter::OnLost(std::int64_t hostNs)
     }
     mLink = Link::Down;
     mTimer.StartAnew();
-    mHistory.Lose(hostNs);
     mEvents.Add(TrackerEvent::Kind::Lost, hostNs);
+    mHistory.Lose(hostNs);
 }
 
 void PoseWriter::OnGyroscopeEvent(const qlt::Vec3& angularVelocity, float)

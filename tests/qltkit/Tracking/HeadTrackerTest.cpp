@@ -2,6 +2,7 @@
 
 #include <qlt/Sensors/SensorReport.h>
 #include <qltkit/Error.h>
+#include <qltkit/Headset/ScriptedHeadset.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 
 #include "Tracking/SeqlockRing.h"
@@ -209,6 +210,22 @@ TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
         EXPECT_EQ(handled, events);
         EXPECT_EQ(head.tracker->Latest().state, PoseState::Tracking);
     }
+}
+
+TEST(HeadTrackerTest, AScriptedBadCableGivesItsEventsInOrder)
+{
+    auto script = qltkit::LoadHeadsetScript(QLT_SCRIPTS "/bad_cable.json");
+    auto owned = std::make_unique<qltkit::ScriptedHeadset>(std::move(script),
+                                                           qltkit::ScriptedHeadset::Pace::Fastest);
+    const qltkit::ScriptedHeadset& headset = *owned;
+    HeadTracker tracker(std::move(owned));
+    Until([&] { return headset.IsOver() && tracker.Latest().state == PoseState::Lost; });
+    std::string events;
+    while (const std::optional<TrackerEvent> event = tracker.PollEvent())
+    {
+        events += TrackedHead::NameOf(*event);
+    }
+    EXPECT_EQ(events, "connected lost back lost back gap1000 lost back gap400 lost back lost ");
 }
 
 TEST(HeadTrackerTest, ReadersDoNotWaitForAStalledReadNorForAHandler)

@@ -52,11 +52,15 @@ void PoseWriter::OnReport(const qlt::SensorReport& report, std::int64_t hostNs)
 
 void PoseWriter::OnLost(std::int64_t hostNs)
 {
+    if (mClosed)
+    {
+        return;
+    }
     if (mSink != nullptr)
     {
         mSink->OnLost(hostNs);
     }
-    if (mLink != Link::Up || mClosed)
+    if (mLink != Link::Up)
     {
         return;
     }

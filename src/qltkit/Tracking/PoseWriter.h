@@ -41,7 +41,7 @@ public:
     PredictionErrors GetErrors() const { return ReadErrors().all; }
     PredictionErrors GetRecentErrors() const { return ReadErrors().recent; }
 
-    /// From now on failing reads are of our own making, and no event. Any thread.
+    /// From now on a failing read is of our own making, and nobody is told. Any thread.
     void Close() { mClosed = true; }
 
 private:

@@ -10,6 +10,7 @@
 #include <qlt/Runtime/Assert.h>
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Runtime/EventHandle.h>
+#include <qlt/Runtime/Log.h>
 #include <qlt/Runtime/Usb.h>
 #include <qlt/Runtime/VRException.h>
 #include <qlt/Runtime/VRStatus.h>
@@ -23,3 +24,4 @@
 #include <qlt/Sensors/SimulatorTracker.h>
 #include <qlt/Sensors/Tracker.h>
 #include <qlt/Sensors/TrackerListener.h>
+#include <qlt/Version.h>

@@ -14,8 +14,8 @@ namespace qlt
 using AssertionHandler = void (*)(const wchar_t* condition, const wchar_t* file, unsigned line);
 
 /// Installs `handler` and returns the previous one; null stands for the default, in both
-/// directions. The default prints "Assertion failed: TEXT, file PATH, line N" on standard error and
-/// returns. Any thread.
+/// directions. The default passes "Assertion failed: TEXT, file PATH, line N" to the log handler as
+/// an error. Any thread.
 QLT_API AssertionHandler SetAssertionHandler(AssertionHandler handler) noexcept;
 
 /// Passes a failed condition to the installed handler. Any thread.

@@ -1,7 +1,8 @@
 #include <qlt/Runtime/Assert.h>
 
+#include <qlt/Runtime/Log.h>
+
 #include <atomic>
-#include <cstdio>
 #include <string>
 
 namespace qlt
@@ -24,10 +25,9 @@ std::string Narrow(const wchar_t* text)
 
 void PrintAssertion(const wchar_t* condition, const wchar_t* file, unsigned line)
 {
-    // One call prints the whole line, so that the lines of several threads do not mix. The text is
-    // narrow, because a stream that has printed narrow characters drops wide characters.
-    std::fprintf(stderr, "Assertion failed: %s, file %s, line %u\n", Narrow(condition).c_str(),
-                 Narrow(file).c_str(), line);
+    const std::string text = "Assertion failed: " + Narrow(condition) + ", file " + Narrow(file) +
+                             ", line " + std::to_string(line);
+    WriteLog(LogLevel::Error, text.c_str());
 }
 
 } // namespace

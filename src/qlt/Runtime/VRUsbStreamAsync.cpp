@@ -1,6 +1,7 @@
 #include "Runtime/VRUsbStreamAsync.h"
 
 #include "Runtime/FrameHeader.h"
+#include "Runtime/LogLine.h"
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +10,9 @@
 
 namespace
 {
+
+using qlt::LogLevel;
+using qlt::LogLine;
 
 constexpr std::uint32_t STOP_WAIT_MS = 10; // it also sets the pace of the stream
 constexpr std::uint32_t TRANSFER_WAIT_MS = 1000;
@@ -40,8 +44,8 @@ struct Statistics
 
     void Print() const
     {
-        std::cout << "Time: " << elapsedMs << ", Count: " << count << ", Bytes: " << bytes
-                  << ", Mb/s: " << rate << std::endl;
+        LogLine(LogLevel::Info) << "Time: " << elapsedMs << ", Count: " << count
+                                << ", Bytes: " << bytes << ", Mb/s: " << rate;
     }
 };
 
@@ -52,21 +56,22 @@ void Print(const qlt::HeaderSearch& search)
     using Beginning = qlt::HeaderSearch::Beginning;
     if (search.beginning == Beginning::NoSignature)
     {
-        std::cerr << "error head_sig is not valid" << std::endl;
+        LogLine(LogLevel::Error) << "error head_sig is not valid";
     }
     const std::uint32_t wrongAtBeginning = search.beginning == Beginning::WrongSum ? 1 : 0;
     for (std::uint32_t i = 0; i < search.wrongSums + wrongAtBeginning; ++i)
     {
-        std::cerr << "error head checksum is not valid" << std::endl;
+        LogLine(LogLevel::Error) << "error head checksum is not valid";
     }
     if (!search.found)
     {
-        std::cerr << "error could not find new header" << std::endl;
+        LogLine(LogLevel::Error) << "error could not find new header";
     }
     else if (search.beginning != Beginning::Header)
     {
-        std::cerr << "found header offset (0x" << std::hex << qlt::FRAME_SIGNATURE << ") at 0x"
-                  << search.offset << std::endl;
+        std::cerr << std::hex;
+        LogLine(LogLevel::Error) << "found header offset (0x" << qlt::FRAME_SIGNATURE << ") at 0x"
+                                 << search.offset;
     }
 }
 
@@ -156,27 +161,27 @@ void VRUsbStreamAsync::Trash()
     bool validates = true;
     for (std::uint32_t length = mFrameSize; length != 0; validates = !validates)
     {
-        std::cout << (validates ? "validating " : "trashing ") << length << std::endl;
+        LogLine(LogLevel::Info) << (validates ? "validating " : "trashing ") << length;
         if (length % PACKET_SIZE != 0)
         {
-            std::cout << "warning trash len not a multiple of 512" << std::endl;
+            LogLine(LogLevel::Info) << "warning trash len not a multiple of 512";
         }
         mEndPoint->SetTransferSize(length);
         Begin(transfer, length);
         if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
         {
-            std::cerr << "error wait timeout trash_buffer" << std::endl;
+            LogLine(LogLevel::Error) << "error wait timeout trash_buffer";
             mEndPoint->AbortTransfers();
         }
         std::uint32_t received = length;
         if (!transfer.usb->Finish(received))
         {
-            std::cerr << "error while async transfer trash_buffer" << std::endl;
+            LogLine(LogLevel::Error) << "error while async transfer trash_buffer";
         }
         else if (received != length)
         {
-            std::cerr << "error incomplete trash_buffer transfer of size " << received
-                      << " expected " << length << std::endl;
+            LogLine(LogLevel::Error) << "error incomplete trash_buffer transfer of size "
+                                     << received << " expected " << length;
         }
         length = validates ? NextHeader(transfer.words.data(), length) : mFrameSize;
     }
@@ -224,13 +229,13 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     std::fill(transfer.words.begin(), transfer.words.end(), 0U);
     if (!transfer.usb->Wait(TRANSFER_WAIT_MS))
     {
-        std::cerr << "error wait timeout" << std::endl;
+        LogLine(LogLevel::Error) << "error wait timeout";
         mEndPoint->AbortTransfers();
     }
     std::uint32_t received = mFrameSize;
     if (!transfer.usb->Finish(received))
     {
-        std::cerr << "error while async transfer" << std::endl;
+        LogLine(LogLevel::Error) << "error while async transfer";
     }
     else if (received == mFrameSize)
     {
@@ -239,8 +244,8 @@ std::uint32_t VRUsbStreamAsync::Receive(Transfer& transfer)
     }
     else
     {
-        std::cerr << "error incomplete transfer of size " << received << " expected " << mFrameSize
-                  << std::endl;
+        LogLine(LogLevel::Error) << "error incomplete transfer of size " << received << " expected "
+                                 << mFrameSize;
     }
     return received;
 }

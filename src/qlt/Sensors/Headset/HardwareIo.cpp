@@ -1,8 +1,7 @@
 #include "Sensors/Headset/HardwareIo.h"
 
 #include "Runtime/Check.h"
-
-#include <iostream>
+#include "Runtime/LogLine.h"
 
 // deliberate: assertions report this path on every system, because support identifies them by it.
 #define QLT_SOURCE_FILE L"Arch/Win32/Sensors/Hmd"
@@ -97,7 +96,7 @@ void Hmd::HardwareIo::Connect()
     mUSBDevice = std::move(device);
     mEndPoint = endPoint;
     mConnected = true;
-    std::cout << "USB Connected" << std::endl;
+    LogLine(LogLevel::Info) << "USB Connected";
 }
 
 void Hmd::HardwareIo::Disconnect()
@@ -108,7 +107,7 @@ void Hmd::HardwareIo::Disconnect()
     QLT_CHECK_LINE(mEndPoint != nullptr, 360);
     mEndPoint = nullptr;
     mUSBDevice.reset();
-    std::cout << "USB Disconnected" << std::endl;
+    LogLine(LogLevel::Info) << "USB Disconnected";
     mConnected = false;
 }
 
@@ -126,7 +125,8 @@ Hmd::HardwareIo::ReadResult Hmd::HardwareIo::Read(SensorReport& report)
     }
     if (length != SENSOR_REPORT_SIZE)
     {
-        std::cerr << "Read " << length << " instead of " << SENSOR_REPORT_SIZE << "!" << std::endl;
+        LogLine(LogLevel::Error) << "Read " << length << " instead of " << SENSOR_REPORT_SIZE
+                                 << "!";
         Disconnect();
         return ReadResult::Incomplete;
     }

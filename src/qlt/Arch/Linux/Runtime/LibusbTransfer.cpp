@@ -1,10 +1,11 @@
 #include "LibusbTransfer.h"
 
+#include <qlt/Runtime/Log.h>
+
 #include <algorithm>
 #include <chrono>
 #include <climits>
 #include <cstdint>
-#include <iostream>
 #include <poll.h>
 #include <unistd.h>
 #include <utility>
@@ -25,10 +26,9 @@ void AdviseOnMemory()
         once,
         []
         {
-            std::cerr
-                << "The kernel has too little memory for the USB transfers in flight; to give it "
-                   "more: echo 64 | sudo tee /sys/module/usbcore/parameters/usbfs_memory_mb"
-                << std::endl;
+            WriteLog(LogLevel::Error,
+                     "The kernel has too little memory for the USB transfers in flight; to give it "
+                     "more: echo 64 | sudo tee /sys/module/usbcore/parameters/usbfs_memory_mb");
         });
 }
 

@@ -15,7 +15,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 PLACE = ROOT / "build" / "mutants"
 TREE = PLACE / "tree"
 EQUIVALENTS = ROOT / "scripts" / "mutants_equivalent.txt"
-TEST_SECONDS = 30  # a fault may make a test hang
+TEST_SECONDS = 20  # a fault may make a test hang
 
 # The first folder that fits names the room. Each stage of a room has the targets to build and the
 # tests to run; the second stage meets the faults that the first one misses.
@@ -186,6 +186,7 @@ class Builder:
             (TREE / "build/sources").symlink_to(ROOT / "build/sources")
         return run(["cmake", "-S", TREE, "-B", self.build_folder, "-G", "Ninja", *self.system,
                     "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1",
+                    f"-DQLT_TEST_SECONDS={TEST_SECONDS}",
                     f"-DQLT_RECORDINGS={ROOT.parent / 'shared' / 'recordings'}"])
 
     def build(self, targets):
@@ -194,7 +195,7 @@ class Builder:
     def test(self, pattern):
         return run([*self.around, "ctest", "--test-dir", self.build_folder, "-j2", "-R", pattern,
                     "-E", NEVER_RUN, "-LE", "soak|house", "--stop-on-failure",
-                    "--timeout", str(TEST_SECONDS), "--no-tests=error"])
+                    "--no-tests=error"])
 
     def passes(self, targets, pattern):
         """Whether the tests pass with the tree as it is; None when it does not compile."""

@@ -2,9 +2,12 @@
 // records of the USB standard.
 #include "Runtime/UsbDescriptors.h"
 
+#include <qlt/Runtime/Usb.h>
+
 #include <gtest/gtest.h>
 
 #include <random>
+#include <stdexcept>
 
 namespace
 {
@@ -48,7 +51,41 @@ Bytes Addresses(const Bytes& bytes)
     return addresses;
 }
 
+/// A program's own device, host and endpoint, which implement only what they must.
+struct OneDevice final : VendorUsbDevice
+{
+    std::uint16_t VendorId() const override { return 1; }
+    std::uint16_t ProductId() const override { return 2; }
+    std::uint8_t EndPointCount() const override { return 0; }
+    UsbEndPoint& EndPoint(std::uint8_t) override { throw std::out_of_range("no endpoint"); }
+};
+struct OneDeviceHost final : UsbHost
+{
+    std::unique_ptr<VendorUsbDevice> OpenFirst() override { return std::make_unique<OneDevice>(); }
+};
+struct SilentEndPoint final : UsbEndPoint
+{
+    std::uint8_t Attributes() const override { return 3; }
+    bool TransferData(std::uint8_t*, std::uint32_t&) override { return false; }
+};
+
 } // namespace
+
+TEST(UsbTest, AHostThatImplementsTheLeastHasOneDeviceAndNothingToStream)
+{
+    OneDeviceHost host;
+    EXPECT_EQ(host.CountDevices(), 1U);
+    EXPECT_NE(host.Open(0), nullptr);
+    EXPECT_EQ(host.Open(1), nullptr);
+    EXPECT_EQ(host.Name() + host.Problem(), "");
+    SilentEndPoint endPoint;
+    EXPECT_EQ(endPoint.Address(), 0);
+    const std::unique_ptr<UsbTransfer> transfer = endPoint.BeginTransfer(nullptr, 64, nullptr);
+    std::uint32_t length = 64;
+    EXPECT_FALSE(transfer->Wait(0));
+    EXPECT_FALSE(transfer->Finish(length));
+    EXPECT_EQ(length, 0U);
+}
 
 TEST(UsbDescriptorsTest, ADeviceDescriptorHasTheIds)
 {

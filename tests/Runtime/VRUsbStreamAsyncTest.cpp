@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <iostream>
 #include <sstream>
@@ -99,9 +100,10 @@ protected:
         host.Unplug();
         stream->Stop(true);
         EXPECT_EQ(stream->GetCurrentFrame(), nullptr);
-        stream.reset();
         EXPECT_EQ(host.inFlight, 0);
         EXPECT_EQ(host.opened, host.closed);
+        stream.reset();
+        EXPECT_EQ(host.lastWaitMs, 1000U);
         out = testing::internal::GetCapturedStdout();
         err = testing::internal::GetCapturedStderr();
     }
@@ -228,6 +230,26 @@ TEST_F(VRUsbStreamAsyncTest, DeliversWholeFramesOnlyAndGoesOn)
                        "error wait timeout\nerror while async transfer\n"),
               0u);
     EXPECT_EQ(host.aborts - Occurrences(err, "error wait timeout\n"), 10); // the drain's
+}
+
+// The wait for a stop paces the stream. The best of several attempts counts on a busy machine.
+TEST_F(VRUsbStreamAsyncTest, TakesAFrameEveryTenMilliseconds)
+{
+    using std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+    constexpr int FRAMES = 20;
+    Start(false);
+    double best = 1.0;
+    for (int attempt = 0; attempt < 10 && best > 0.25; ++attempt)
+    {
+        const auto start = steady_clock::now();
+        host.Queue(std::vector<ScriptedUsbHost::Read>(FRAMES, {Frame(1)}));
+        host.WaitForIdle();
+        best = std::min(best, Seconds(steady_clock::now() - start).count());
+    }
+    EXPECT_GT(best, 0.009 * FRAMES);
+    EXPECT_LT(best, 0.019 * FRAMES);
+    Stop();
 }
 
 TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)

@@ -102,6 +102,7 @@ public:
     std::atomic<int> closed{0};
     std::atomic<int> inFlight{0}; // transfers begun and not finished
     std::atomic<int> aborts{0};
+    std::atomic<std::uint32_t> lastWaitMs{0}; // the time limit of the last wait
     std::vector<std::uint32_t> transferSizes; // the stream's, until it has been stopped
 
 private:
@@ -115,7 +116,11 @@ private:
         {
             ++host.inFlight;
         }
-        bool Wait(std::uint32_t) override { return (read = host.Next(endPoint)).inTime; }
+        bool Wait(std::uint32_t timeoutMs) override
+        {
+            host.lastWaitMs = timeoutMs;
+            return (read = host.Next(endPoint)).inTime;
+        }
         bool Finish(std::uint32_t& length) override
         {
             --host.inFlight;

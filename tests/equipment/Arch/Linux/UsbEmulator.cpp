@@ -254,6 +254,12 @@ int UsbEmulator::Submit(UMockdevIoctlClient* client, void* address)
 {
     usbdevfs_urb urb{};
     Transport(process_vm_readv, &urb, address, sizeof urb);
+    const int type = urb.endpoint == REPORTS ? USBDEVFS_URB_TYPE_INTERRUPT : USBDEVFS_URB_TYPE_BULK;
+    const auto claim = mClaims.find(umockdev_ioctl_client_get_devnode(client));
+    if (urb.type != type || claim == mClaims.end() || claim->second != client)
+    {
+        return EINVAL;
+    }
     auto bytes = static_cast<std::size_t>(urb.buffer_length);
     for (const Request& other : mRequests)
     {

@@ -25,7 +25,7 @@ ROOMS = {
     "qlt": ["Runtime", "Math", "Sensors/Lens", "Sensors/HostService", "Sensors", "Sensors/Headset",
             "Sensors/Camera", "Render", "qlt_c_api"],
     "qltkit": ["Capture", "Headset", "Tracking", "Diagnosis", "qltkit_c_api"],
-    "openxr": ["State", "Optics", "Tracking", "Graphics", "Compositor", "Settings", "Api"],
+    "openxr": ["Setup", "State", "Optics", "Tracking", "Graphics", "Compositor", "Settings", "Api"],
 }
 LIBRARIES = list(ROOMS)  # lowest first, too
 

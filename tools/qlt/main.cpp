@@ -24,6 +24,9 @@ constexpr Command COMMANDS[] = {
     {"info", AddInfo},     {"monitor", AddMonitor},       {"view", AddView},
     {"replay", AddReplay}, {"synthesize", AddSynthesize}, {"mesh", AddMesh},
     {"camera", AddCamera}, {"record", AddRecord},         {"optics", AddOptics},
+#if defined(QLT_HAVE_OPENXR)
+    {"openxr", AddOpenXr},
+#endif
 };
 
 /// Says why a command line is not understood, or gives the help that it asks for.

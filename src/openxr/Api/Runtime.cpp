@@ -54,6 +54,7 @@ Session::Session(HandleTable& table, EventQueue& events, const Configuration& se
     , compositor(graphics == nullptr
                      ? nullptr
                      : std::make_shared<Compositor>(std::move(graphics), head, clock))
+    , status(head, clock, compositor.get(), frames)
 {
     state.Create(Now());
 }

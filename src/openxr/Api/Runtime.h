@@ -6,6 +6,7 @@
 #include "Compositor/SteadyTime.h"
 #include "Optics/LensShape.h"
 #include "Settings/Configuration.h"
+#include "Settings/StatusPublisher.h"
 #include "State/Actions.h"
 #include "State/EventQueue.h"
 #include "State/Extensions.h"
@@ -41,8 +42,9 @@ struct Session
     std::list<Space> spaces;
     std::list<Swapchain> swapchains;
     Frame headlessFrame; // what a session without a compositor checks its layers with
-    std::uint64_t frames = 0;
+    std::atomic<std::uint64_t> frames{0};
     const std::shared_ptr<Compositor> compositor; // after what it refers to
+    const StatusPublisher status;                 // and this after all of it
 };
 
 struct Instance

@@ -1,15 +1,15 @@
-// Sentences for people, on standard error.
+// Sentences for people, on standard error. Any thread may call.
 #pragma once
 
-#include <cstdio>
 #include <string>
+#include <vector>
 
 namespace qltxr
 {
 
-inline void Say(const std::string& sentence)
-{
-    std::fprintf(stderr, "quelta openxr: %s\n", sentence.c_str());
-}
+void Say(const std::string& sentence);
+
+/// The last sentences, oldest first, at most eight.
+std::vector<std::string> LastSentences();
 
 } // namespace qltxr

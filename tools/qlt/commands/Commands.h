@@ -19,6 +19,7 @@ CommandBody AddCamera(CLI::App& command);
 CommandBody AddInfo(CLI::App& command);
 CommandBody AddMesh(CLI::App& command);
 CommandBody AddMonitor(CLI::App& command);
+CommandBody AddOpenXr(CLI::App& command); // where the runtime is built
 CommandBody AddOptics(CLI::App& command);
 CommandBody AddRecord(CLI::App& command);
 CommandBody AddReplay(CLI::App& command);

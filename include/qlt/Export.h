@@ -1,5 +1,5 @@
-// What every public header needs to know about the compiler and the system: how a name leaves the
-// library. The only file outside the wings that may ask which system it is compiled for.
+// Macros that say whether the library exports a name. Every public header uses them. No other file
+// outside the wings may ask which system it is compiled for.
 #pragma once
 
 #if defined(QLT_STATIC)
@@ -14,16 +14,16 @@
 #define QLT_API __attribute__((visibility("default")))
 #endif
 
-// A private class nested in an exported one, which would otherwise leave the library with it.
+// Marks a private class inside an exported class. Without the mark the library would export both.
 #if defined(_WIN32)
 #define QLT_LOCAL
 #else
 #define QLT_LOCAL __attribute__((visibility("hidden")))
 #endif
 
-// An inline function that the library exports as well. MSVC does so with every inline member of an
-// exported class by itself; GCC and clang emit only what is used, so the one source file that
-// stands behind the header asks for all of them with QLT_EMIT_INLINE.
+// Marks an inline function that the library exports as well. MSVC exports every inline member of an
+// exported class. GCC and clang emit only the functions that are used, so the source file of the
+// header defines QLT_EMIT_INLINE and emits all of them.
 #if defined(QLT_EMIT_INLINE) && defined(__GNUC__) && defined(_WIN32) && !defined(QLT_STATIC)
 #define QLT_INLINE __attribute__((used, dllexport)) inline
 #elif defined(QLT_EMIT_INLINE) && defined(__GNUC__)
@@ -32,7 +32,7 @@
 #define QLT_INLINE inline
 #endif
 
-// The same for a free function, which only the library itself may mark on Windows.
+// Does the same for a free function. On Windows only the library itself may export one.
 #if defined(_WIN32) && !defined(QLT_BUILD)
 #define QLT_API_INLINE inline
 #else

@@ -7,11 +7,11 @@
  *
  * Null handles: a function whose comment says "Checked." reports a null handle to the assertion
  * handler, which prints a line on standard error by default. After the report a ..._Delete does
- * nothing. Every other function goes on as if the handle were good, which ends the program unless
- * the handler does.
+ * nothing. Every other function uses the null handle, which ends the program if the handler has not
+ * ended it.
  *
- * Threads: as for the classes behind the handles. Any thread may call the getters of a tracker
- * while it lives. A Quaternion, Vec2 or Vec3 belongs to one thread at a time.
+ * Threads: the rules of the classes behind the handles apply. Any thread may call the getters of a
+ * tracker while it lives. A Quaternion, Vec2 or Vec3 belongs to one thread at a time.
  *
  * Errors: C++ exceptions (VRException) pass through the functions whose comments name them. A
  * caller in another language must not cause them. A C++ caller that catches them with MSVC must be

@@ -24,12 +24,12 @@ public:
     /// need the second check, but clients rely on its report.
     static float lerp(float a, float b, float t);
 
-    /// The place of `x` between `a`, which gives 0, and `b`, which gives 1. An `a` not below `b`
-    /// and an `x` outside [a, b] are reported as assertions; the result follows the formula all the
+    /// (x - a) / (b - a), so `a` gives 0 and `b` gives 1. An `a` that is not below `b` is reported
+    /// as an assertion, and so is an `x` outside [a, b]; the result follows the formula all the
     /// same.
     static float percentage(float a, float b, float x);
 
-    /// p[0] x^8 + p[1] x^7 + ... + p[8]. Another count than nine coefficients is reported as an
+    /// p[0] x^8 + p[1] x^7 + ... + p[8]. A number of coefficients other than nine is reported as an
     /// assertion. The operation reads nine coefficients in any case, so never pass fewer.
     static float Polynom(const std::vector<float>& p, float x);
 };

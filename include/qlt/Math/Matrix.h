@@ -54,7 +54,7 @@ public:
 
     /// The view from `eye` to `target`. deliberate: the axes are in the columns, so the rotation
     /// part goes from camera to world while the translation goes from world to camera. Engines
-    /// transpose it for the other arrangement.
+    /// that want the axes in the rows transpose the matrix.
     static Matrix LookAtView(const Vec3& eye, const Vec3& target, const Vec3& up);
 
     /// OpenGL's orthographic projection with depths in [-1, 1]. It asserts right > left, top >

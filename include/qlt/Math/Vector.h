@@ -107,7 +107,7 @@ public:
     QLT_INLINE float Length2() const { return mX * mX + mY * mY + mZ * mZ; }
     QLT_INLINE float Length() const { return std::sqrt(Length2()); }
 
-    /// Whether the size of every single component is below FLT_EPSILON.
+    /// Whether the absolute value of every component is below FLT_EPSILON.
     bool IsZero() const;
 
     /// Scales to length 1. A length not above FLT_EPSILON is reported as an assertion, and the

@@ -29,7 +29,7 @@ public:
 
     /// Takes the display and creates everything that drawing needs, on the device of the last
     /// Submit. False without a device, without a direct-mode display of the headset, and when a
-    /// step fails, for lack of memory, too. Submit calls it; an engine need not.
+    /// step fails. A lack of memory is such a failure. Submit calls it; an engine need not.
     bool Initialize();
 
     /// Whether an Initialize has succeeded and no Shutdown has followed.
@@ -38,9 +38,9 @@ public:
     /// Gives the display back and releases everything that Initialize created. It does nothing
     /// before an Initialize has succeeded. The next Submit initialises again.
     ///
-    /// deliberate: it also releases the device, of which Submit has taken no reference. Pass over
-    /// one of your references: call device->AddRef() before the first Submit, and again before the
-    /// first Submit after a Shutdown.
+    /// deliberate: it also releases the device, although Submit adds no reference. Therefore call
+    /// device->AddRef() before the first Submit, and again before the first Submit after a
+    /// Shutdown.
     void Shutdown();
 
     /// Waits without a time limit until the display wants a frame. Then it draws the halves of
@@ -48,9 +48,9 @@ public:
     /// is 32-bit BGRA and usable as a shader resource. The call changes the pipeline state of the
     /// device's immediate context.
     ///
-    /// `device` is used until a Submit has initialised. While that fails, every call drops its
-    /// frame and keeps one reference of the immediate context. A null texture is dropped, and so is
-    /// one that allows no such view.
+    /// `device` is used until a Submit has initialised the renderer. While the initialisation
+    /// fails, every call drops its frame and keeps one reference of the immediate context. A null
+    /// texture is dropped, and so is a texture that cannot be a shader resource.
     void Submit(ID3D11Device* device, ID3D11Texture2D* texture);
 
 private:

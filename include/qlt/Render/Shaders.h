@@ -21,9 +21,9 @@ namespace qlt
 /// deliberate: the distortion writes alpha 0. The checkerboard writes one value to all four
 /// channels, so its black squares are transparent. Draw the distortion without blending.
 ///
-/// The texts have no \#version. They fit OpenGL ES 2 and WebGL as they are. GLSL 1.10 and 1.20 of a
-/// desktop do not know `precision`, so pass one line in front of them as the first string of
-/// glShaderSource:
+/// The texts have no \#version. They fit OpenGL ES 2 and WebGL as they are. On a desktop, GLSL 1.10
+/// and 1.20 do not know `precision`. There, pass one of these lines as the first string of
+/// glShaderSource, before the text:
 ///
 ///     "#version 130\n"       for OpenGL 3.0 and later, which knows `precision`
 ///     "#define __linux__\n"  for OpenGL 2; it leaves `precision` out. Compilers may warn of the

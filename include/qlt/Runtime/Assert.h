@@ -13,9 +13,9 @@ namespace qlt
 /// its lock held, so it must not call back into the tracker that reports.
 using AssertionHandler = void (*)(const wchar_t* condition, const wchar_t* file, unsigned line);
 
-/// Installs `handler` and returns the previous one; null stands for the default, in both
-/// directions. The default passes "Assertion failed: TEXT, file PATH, line N" to the log handler as
-/// an error. Any thread.
+/// Installs `handler` and returns the previous one. Null stands for the default handler, as the
+/// argument and as the result. The default passes "Assertion failed: TEXT, file PATH, line N" to
+/// the log handler as an error. Any thread.
 QLT_API AssertionHandler SetAssertionHandler(AssertionHandler handler) noexcept;
 
 /// Passes a failed condition to the installed handler. Any thread.

@@ -19,9 +19,10 @@ enum class LogLevel : int
 /// not call back into a tracker. `line` is valid during the call.
 using LogHandler = void (*)(LogLevel level, const char* line);
 
-/// Installs `handler` and returns the previous one; null stands for the default, in both
-/// directions. The default prints the line and a line end, and flushes the stream. A call of the
-/// previous handler may still be running on another thread when this returns. Any thread.
+/// Installs `handler` and returns the previous one. Null stands for the default handler, as the
+/// argument and as the result. The default prints the line and a line end, and flushes the stream.
+/// A call of the previous handler may still be running on another thread when this returns. Any
+/// thread.
 QLT_API LogHandler SetLogHandler(LogHandler handler) noexcept;
 
 /// Passes a line to the installed handler. Any thread.

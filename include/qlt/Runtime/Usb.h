@@ -1,5 +1,5 @@
-// USB access as an interface. UsbHost::System() is the machine's own; an application may pass
-// another host to a tracker or a camera: a recording, or a scripted headset.
+// USB access as an interface. UsbHost::System() is the USB of this machine. An application may pass
+// another host to a tracker or a camera, such as a recording or a scripted headset.
 #pragma once
 
 #include <qlt/Export.h>
@@ -44,7 +44,7 @@ public:
 
     /// Reads at most `length` bytes into `buffer`. It returns when they have arrived, when the
     /// transfer has failed, or when the host's own time limit has passed. On return `length` is the
-    /// number of bytes received, after a failure, too. False on failure.
+    /// number of bytes received, even after a failure. False on failure.
     virtual bool TransferData(std::uint8_t* buffer, std::uint32_t& length) = 0;
 
     /// Sets how many bytes one request of the system asks for, rounded up to whole packets.
@@ -89,12 +89,13 @@ public:
     virtual ~UsbHost();
 
     /// Opens the first of the headset's devices. Null when there is none, and when it cannot be
-    /// opened. For the machine's own host these are, on Windows, all devices that are bound to the
-    /// headset's driver, and elsewhere the devices with vendor 04B4 and product 00F1.
+    /// opened. On Windows the machine's own host finds all devices that are bound to the headset's
+    /// driver. Elsewhere it finds the devices with vendor 04B4 and product 00F1.
     virtual std::unique_ptr<VendorUsbDevice> OpenFirst() = 0;
 
-    /// The number of these devices, and the one at `index`: null as for OpenFirst, and for an index
-    /// past the number. The defaults know the first device only.
+    /// CountDevices gives the number of these devices. Open opens the device at `index`; it returns
+    /// null as OpenFirst does, and for an index that is too large. The defaults know the first
+    /// device only.
     virtual std::uint32_t CountDevices();
     virtual std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index);
 

@@ -30,11 +30,11 @@ public:
 
     /// Builds the mesh in fresh arrays, from the tables of the headset and the current shared
     /// constants. The arrays of earlier calls stay valid and unchanged until the builder is
-    /// destroyed, because an engine may still draw from them. A count that a non-positive
-    /// resolution makes negative becomes 0, and a mesh without vertices has no arrays. An invalid
-    /// eye is reported as one assertion per call. Throws std::bad_array_new_length when an int
-    /// cannot count the vertices or the indices, and std::bad_alloc without memory; both leave the
-    /// builder as it was.
+    /// destroyed, because an engine may still draw from them. A non-positive resolution may give a
+    /// negative count, which becomes 0. Without vertices there are no arrays. An invalid eye is
+    /// reported as one assertion per call. Throws std::bad_array_new_length when an int cannot
+    /// count the vertices or the indices, and std::bad_alloc without memory; both leave the builder
+    /// as it was.
     void BuildMesh();
 
     /// The counts of the last BuildMesh; 0 before the first one.

@@ -28,7 +28,7 @@ protected:
 private:
     void RaiseEvents(float t);
 
-    std::atomic<float> mSimulatedTime{0.0f}; // seconds; a Start upon a Start shares it
+    std::atomic<float> mSimulatedTime{0.0f}; // seconds; the threads of a second Start share it
     Clock& mClock;
 };
 

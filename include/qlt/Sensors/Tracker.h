@@ -37,23 +37,23 @@ public:
     /// Creates an idle tracker with the zero position and the identity.
     Tracker();
 
-    /// Asserts that the tracker is stopped and has no listeners. A started tracker is stopped here;
-    /// a subclass calls EndProcessing in its own destructor to make that possible.
+    /// Asserts that the tracker is stopped and has no listeners. It stops a started tracker, too. A
+    /// subclass must therefore call EndProcessing in its own destructor.
     virtual ~Tracker();
 
     Tracker(const Tracker&) = delete;
     Tracker& operator=(const Tracker&) = delete;
 
-    /// Starts the processing thread and the conversation with the host service, and returns true. A
-    /// missing or refusing service library is silent; the tracker then has no object poses. A call
-    /// on a started tracker is reported as an assertion and starts another thread beside the first.
+    /// Starts the processing thread and the conversation with the host service, and returns true.
+    /// When the service library is missing or refuses, nothing is reported and there are no object
+    /// poses. A call on a started tracker is reported as an assertion and starts another thread.
     /// Throws std::system_error when the system starts no thread.
     bool Start();
 
-    /// Ends both, waits for their ends and returns true. A call on an idle tracker is reported as
-    /// an assertion, and so is a service library that refused at Start. Throws VRException when the
-    /// service refuses to disconnect. A listener must not call it, because it would wait for
-    /// itself.
+    /// Ends the thread and the conversation, waits until both have ended and returns true. A call
+    /// on an idle tracker is reported as an assertion. So is a call after a Start at which the
+    /// service library refused. Throws VRException when the service refuses to disconnect. A
+    /// listener must not call it, because it would wait for itself.
     bool Stop();
 
     /// Whether the tracker is started. Any thread, without a lock.
@@ -99,9 +99,9 @@ public:
     void ResetYawOrigin();
 
     /// The pose of an object that the host service tracks, the position in metres. A missing object
-    /// has the zero position and the identity. Object 0 is the head, which GetClientPosition asks
-    /// for. deliberate: an object whose confidence is below FLT_EPSILON has the zero position and
-    /// keeps its orientation. Throws VRException when the service fails. Any thread.
+    /// has the zero position and the identity. Object 0 is the head; GetClientPosition uses it.
+    /// deliberate: an object whose confidence is below FLT_EPSILON has the zero position and keeps
+    /// its orientation. Throws VRException when the service fails. Any thread.
     Vec3 GetObjectPosition(std::uint64_t index) const;
     Quaternion GetObjectOrientation(std::uint64_t index) const;
     Vec3 GetClientPosition() const;
@@ -117,9 +117,9 @@ protected:
     /// Whether Stop waits for DoProcess to return. Any thread, without a lock.
     bool ShouldStop() const;
 
-    /// Asks the processing thread to end and waits for it; the tracker does not become idle. A
-    /// destructor of a subclass calls it, because the thread of a tracker that nobody stopped would
-    /// still use the members of the subclass.
+    /// Asks the processing thread to end and waits for it; the tracker does not become idle. The
+    /// destructor of a subclass calls it. Otherwise the thread of a tracker that nobody stopped
+    /// could use destroyed members of the subclass.
     void EndProcessing();
 
     /// Raise an event on the calling thread. They call every listener under the lock and pass
@@ -147,7 +147,7 @@ private:
     std::unique_ptr<CurrentScene> mCurrentScene;
     std::unique_ptr<ClientThread> mClientThread;
     std::unique_ptr<std::recursive_mutex> mMutex;
-    std::unique_ptr<std::vector<std::thread>> mEarlierThreads; // of a Start upon a Start
+    std::unique_ptr<std::vector<std::thread>> mEarlierThreads; // of a tracker started twice
 };
 
 } // namespace qlt

@@ -26,7 +26,7 @@ void WriteLog(LogLevel level, const char* line)
         handler(level, line);
         return;
     }
-    // One write, so that lines of several threads do not mix.
+    // Write the line in one piece, so that lines of several threads do not mix.
     StreamOf(level) << std::string(line) + '\n' << std::flush;
 }
 

@@ -15,8 +15,8 @@ std::ostream& StreamOf(LogLevel level);
 class LogLine
 {
 public:
-    /// deliberate: numbers are formatted as the stream formats them now, because a header that was
-    /// found leaves standard error in hexadecimal.
+    /// deliberate: the line takes its number format from the stream, because the camera's stream
+    /// leaves standard error in hexadecimal.
     explicit LogLine(LogLevel level)
         : mLevel(level)
     {

@@ -31,12 +31,12 @@ public:
     void Set() const;
 
     /// Waits for the signal for at most `timeoutMs` milliseconds; 0xFFFFFFFF means no time limit.
-    /// Throws VRExceptionTimeout (code 17) when the time has passed and when the wait fails, with
-    /// different texts.
+    /// Throws VRExceptionTimeout (code 17) when the time has passed and when the wait fails. The
+    /// texts of the two cases differ.
     void Wait(std::uint32_t timeoutMs) const;
 
-    /// The handle. It serves waits for several events and signals without an exception. Null when
-    /// there is no event.
+    /// The handle. Use it to wait for several events, or to signal the event without an exception.
+    /// Null when there is no event.
     qlt::NativeEventHandle Handle() const noexcept { return mHandle.get(); }
 
 private:

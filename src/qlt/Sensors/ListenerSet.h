@@ -46,7 +46,7 @@ public:
     }
 
 private:
-    Listeners mListeners; // with the number of the last event before each listener came
+    Listeners mListeners; // each with the number of the last event before it was added
     std::uint64_t mEvents = 0;
 };
 

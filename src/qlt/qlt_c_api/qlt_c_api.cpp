@@ -1,6 +1,6 @@
 // Each function forwards to one operation of a class. The lines of the checks are part of the
-// interface. No function returns after a failed check, because the assertion handler decides
-// whether the program ends there.
+// interface. A function goes on after a failed check, because only the assertion handler decides
+// whether the program ends.
 #include <qlt/qlt_c_api.h>
 
 #include <qlt/Sensors/Camera.h>

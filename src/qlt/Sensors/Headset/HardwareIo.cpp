@@ -120,7 +120,7 @@ Hmd::HardwareIo::ReadResult Hmd::HardwareIo::Read(SensorReport& report)
         {
             return ReadResult::NotConnected;
         }
-        // A failure shows in the length.
+        // Ignore the result and check the length, because a failed read may be whole.
         mEndPoint->TransferData(report.data(), length);
     }
     if (length != SENSOR_REPORT_SIZE)

@@ -37,7 +37,7 @@ VRHandleObject::VRHandleObject(const HostService& service, HostService::ActOn gi
     , mOwner(owner)
     , mHandle(handle)
 {
-    void* data = nullptr; // nobody reads it, but the service may refuse the handle
+    void* data = nullptr; // not used; the call only checks the handle
     const HostService::Status status = service.getHandlePtr(handle, &data);
     if (status != 0 && handle != 0)
     {

@@ -30,8 +30,8 @@ std::vector<float> GridLines(int resolution)
     return lines;
 }
 
-/// `count` as an int. Throws when an int cannot hold the count of a valid grid. A non-positive
-/// resolution has already been reported, so its count becomes 0 when it does not fit.
+/// `count` as an int. A count that does not fit throws for a valid grid. For an invalid grid it
+/// becomes 0, because the resolution has already been reported.
 int Count(std::int64_t count, bool isGrid)
 {
     if (isGrid && count > INT32_MAX)
@@ -122,9 +122,9 @@ void DistortionMeshBuilder::BuildMesh()
     mNumIndices = indices;
 }
 
-/// Every element of a valid mesh is written before it is read, and zeroing would add half to the
-/// time of a large build. Zero the array only for a non-positive resolution, which leaves elements
-/// unwritten.
+/// Zero the array only for a non-positive resolution, which leaves elements unwritten. A valid mesh
+/// writes every element before it reads it, and zeroing would make a large build take one and a
+/// half times as long.
 template <typename Element>
 DistortionMeshBuilder::MeshArray<Element> DistortionMeshBuilder::MakeArray(int count) const
 {

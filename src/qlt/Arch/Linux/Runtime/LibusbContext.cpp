@@ -95,7 +95,7 @@ std::vector<LibusbContext::Device> LibusbContext::Find(const Ids& ids, int& erro
 LibusbContext::Handle LibusbContext::Open(const Device& device, int& error)
 {
     error = LIBUSB_SUCCESS;
-    // libusb keeps an open device, so no other device can have its address in memory.
+    // An open device stays in memory, so its address identifies it.
     Handle handle = mHandles[device.get()].lock();
     if (handle != nullptr)
     {

@@ -70,7 +70,7 @@ bool TakeSignal(int fd)
     const auto found = Table().events.find(fd);
     if (found == Table().events.end() || found->second.manualReset)
     {
-        return true; // the library that lent an event resets it
+        return true; // the library that lent us an event resets it itself
     }
     eventfd_t value = 0;
     return eventfd_read(fd, &value) == 0;

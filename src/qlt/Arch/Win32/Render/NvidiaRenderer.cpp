@@ -146,7 +146,7 @@ bool NvidiaRenderer::Initialize()
     // works.
     if (opened || !s.initialized)
     {
-        s.screen.emplace(std::move(screen)); // an assignment could add references
+        s.screen.emplace(std::move(screen)); // an assignment could copy and add references
     }
     s.initialized = s.initialized || opened;
     return opened;

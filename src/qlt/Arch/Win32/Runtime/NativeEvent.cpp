@@ -11,7 +11,7 @@ static_assert(WAIT_SIGNALLED == WAIT_OBJECT_0 && WAIT_TIMED_OUT == WAIT_TIMEOUT 
 
 NativeEventHandle CreateNativeEvent(const std::wstring& name, bool manualReset)
 {
-    // An empty name makes an unnamed event, so it need not become null.
+    // CreateEventW makes an unnamed event for an empty name as it does for null.
     return CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, name.c_str());
 }
 

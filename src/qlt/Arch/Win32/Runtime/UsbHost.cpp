@@ -147,8 +147,8 @@ public:
     void AbortTransfers() override { mPipe->file->AbortPipe(Address()); }
 
 private:
-    /// True for an endpoint that the host reads from. The driver would write the buffer to any
-    /// other.
+    /// True for an endpoint that the host reads from. For any other endpoint the driver would send
+    /// the buffer to the device.
     bool IsReadFrom() const { return (Address() & READ_FROM) != 0; }
 
     std::shared_ptr<Pipe> mPipe;

@@ -1,5 +1,6 @@
 #include "Render/DirectModeMesh.h"
 
+#include "fakes/AssertionRecorder.h"
 #include "fakes/PlainLens.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 
 TEST(DirectModeMeshTest, EachEyesMeshEqualsThePlainOneToTheLastBit)
 {
+    AssertionRecorder assertions;
     for (const auto eye : {qlt::Params::EYE_LEFT, qlt::Params::EYE_RIGHT})
     {
         const plain::DirectModeMesh expected =
@@ -20,4 +22,5 @@ TEST(DirectModeMeshTest, EachEyesMeshEqualsThePlainOneToTheLastBit)
                   0);
         EXPECT_EQ(mesh.indices, expected.indices);
     }
+    EXPECT_TRUE(assertions.Take().empty());
 }

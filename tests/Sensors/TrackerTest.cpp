@@ -95,7 +95,7 @@ TEST_F(TrackerTest, MisuseIsReportedWithItsPlaceAndGoesOn)
                                           "mThread == nullptr|Sensors/Tracker|192",
                                           "mClientThread == nullptr|Sensors/Tracker|194"}));
     EXPECT_TRUE(tracker.Stop() && !tracker.IsTracking());
-    EXPECT_EQ(tracker.runs, 2); // both obey the stop
+    EXPECT_EQ(tracker.runs, 2); // both threads obey the stop
     {
         TestTracker forgotten;
         forgotten.AddListener(listener);
@@ -158,8 +158,8 @@ TEST_F(TrackerTest, ListenersAreCalledInTheOrderOfTheirAddressesAndMayReadAndRec
     }
 }
 
-// Each writes its number down. The first removes itself. At its first event, the third removes the
-// one that was called before it and the one that would be next, adds the last, and raises the event
+// Each listener writes down its number. The first one removes itself. At its first event, the third
+// one removes the listener before it and the one after it, adds the last one, and raises the event
 // once more.
 TEST_F(TrackerTest, ListenersMayComeAndGoInsideEveryEvent)
 {
@@ -199,7 +199,7 @@ TEST_F(TrackerTest, ListenersMayComeAndGoInsideEveryEvent)
             tracker.AddListener(listeners[i]);
         }
         raise();
-        EXPECT_EQ(called, "0122454"); // in the middle is the event inside the event, "245"
+        EXPECT_EQ(called, "0122454"); // "245" is the event inside the event
         raise();
         EXPECT_EQ(called, "0122454245");
         for (const int i : {2, 4, 5})
@@ -232,9 +232,9 @@ TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndEntersAPredictionTwice)
     }
 }
 
-// What the formulas give where there is no heading, or none to turn: the same every time, reported.
-// Straight up, what is left of the heading is rounding. Backward, half a turn about an axis of
-// length zero is the zero quaternion, or nearly.
+// Each row has no heading, or none to turn. The formulas then report the same assertions every
+// time. Straight up, only rounding is left of the heading. Backward, half a turn about an axis of
+// length zero is nearly the zero quaternion.
 TEST_F(TrackerTest, DegenerateHeadingsAreReported)
 {
     const std::string length = "length > FLT_EPSILON|Math/Vector";

@@ -19,7 +19,7 @@
 class HostServiceFixture : public testing::Test
 {
 protected:
-    /// A notification: who announces, and which type, as the service numbers them.
+    /// A notification: its source, and its type as the service numbers them.
     using News = std::pair<HostSource, std::uint32_t>;
     static constexpr News CLIENT_AVAILABLE{HostSource::MANAGER, 4};
     static constexpr News CLIENT_WITHDRAWN{HostSource::MANAGER, 5};
@@ -32,7 +32,7 @@ protected:
 
     HostServiceFixture() { script.Reset(); }
 
-    /// The ledger balances, whatever the test did.
+    /// Whatever a test did, nothing is lent or connected at its end, and no handle was wrong.
     ~HostServiceFixture() override
     {
         EXPECT_EQ(script.Lent(), 0u);

@@ -11,7 +11,7 @@
 #include <iostream>
 #include <optional>
 
-/// Reads what is printed, too.
+/// It also captures what the library prints.
 struct ScriptedHeadset
 {
     /// The tracker has looked for the device once.
@@ -52,7 +52,7 @@ struct ScriptedHeadset
         EXPECT_EQ(host.opened, host.closed);
         out = testing::internal::GetCapturedStdout();
         err = testing::internal::GetCapturedStderr();
-        std::cout << (testing::Test::HasFailure() ? out : ""); // which holds what failed
+        std::cout << (testing::Test::HasFailure() ? out : ""); // which includes the failures
     }
 
     ScriptedUsbHost host;

@@ -54,7 +54,8 @@ TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEndStartedOrN
               "ClientManager_stop ClientManager_destroy ");
 }
 
-// What goes, in which order, and what stays; and everything comes back when it is announced again.
+// Each row says which connections are dropped, in which order, and how many stay. All of them come
+// back when they are announced again.
 TEST_F(ClientThreadTest, EveryWithdrawalDropsWhatHangsOnIt)
 {
     const std::tuple<News, std::size_t, std::string> rows[] = {
@@ -67,7 +68,7 @@ TEST_F(ClientThreadTest, EveryWithdrawalDropsWhatHangsOnIt)
     Start();
     for (const auto& [news, left, dropped] : rows)
     {
-        ConnectAll(); // what is there ignores it
+        ConnectAll(); // connections that exist ignore it
         script.Reset();
         Tell({news});
         EXPECT_TRUE(HasConnections(left));
@@ -104,7 +105,7 @@ TEST_F(ClientThreadTest, IgnoresASecondAnnouncementAWithdrawalOfNothingAndUnknow
     EXPECT_EQ(scene.Get(), connected);
 }
 
-// One signal, several notifications: the later ones must not wait for the next signal.
+// One signal may stand for several notifications; the later ones must not wait for the next signal.
 TEST_F(ClientThreadTest, OneWakeningReadsAllThatIsPending)
 {
     Start();

@@ -120,7 +120,7 @@ TEST_F(ObjectPoseTest, AnIndexPastTheCountHasNoPose)
     {
         EXPECT_EQ(Pose(index), NOTHING);
     }
-    // 40 times these indices, plus the rest, wraps around to the descriptor's own first bytes.
+    // The offsets of these indices wrap around to the first bytes of the descriptor itself.
     script.SetObjects(&moved, 1, ~0ull);
     for (const std::uint64_t index : {0x0666666666666666ull, 0x0666666666666667ull, ~0ull - 1})
     {
@@ -216,7 +216,7 @@ TEST_F(ObjectPoseTest, TheHeadsetsPositionIsThatOfObjectZero)
     headset.End();
 }
 
-// Readers see a whole pose or none, while the service comes and goes and the tracker with it.
+// Readers see a whole pose or none while the service and the tracker come and go.
 TEST_F(ObjectPoseTest, ReadersMeetAStormOfAnnouncementsAndWithdrawals)
 {
     std::atomic<bool> done{false};

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -32,14 +33,18 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
     BandMatrix a(0, -1, -1);
     EXPECT_EQ(assertions.TakeTexts(), (Reports{"dim>0|Sensors/Params", "n_u >= 0|Sensors/Params",
                                                "n_l >= 0|Sensors/Params"}));
+    EXPECT_EQ(a.dim(), 0);
     a.resize(3, 1, 1);
     EXPECT_EQ(a.dim(), 3);
     EXPECT_EQ(a.num_upper(), 1);
     EXPECT_EQ(a.num_lower(), 1);
     const std::string inside = "(i >= 0) && (i<dim()) && (j >= 0) && (j<dim())|Sensors/Params";
     const std::string inBand = "(-num_lower() <= k) && (k <= num_upper())|Sensors/Params";
-    a(2, 0) = 1.0;
+    EXPECT_EQ(a(2, 0), 0.0);
     EXPECT_EQ(assertions.TakeTexts(), Reports{inBand});
+    a(2, 0) = 1.0;
+    EXPECT_EQ(std::as_const(a)(2, 0), 0.0);
+    EXPECT_EQ(assertions.TakeTexts(), Reports(2, inBand));
     a(-1, -1) = 1.0;
     EXPECT_EQ(assertions.TakeTexts(), Reports{inside});
     a(0, 3) = 1.0;

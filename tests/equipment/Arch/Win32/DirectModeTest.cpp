@@ -21,7 +21,7 @@ using Microsoft::WRL::ComPtr;
 /// Whether the display is waiting for a frame.
 bool IsWanted(HANDLE frameEvent) { return WaitForSingleObject(frameEvent, 0) == WAIT_OBJECT_0; }
 
-/// Makes one allocation of the shipped library fail: its `malloc`, under its operator new.
+/// Makes one allocation of the shipped library fail. It replaces the `malloc` under operator new.
 class LibraryMemory
 {
 public:
@@ -56,7 +56,7 @@ private:
     Malloc* mEntry;
 };
 
-/// A smooth image, different for each colour and eye: from 0 to 1.
+/// A smooth image from 0 to 1, which is different for each colour and eye.
 double Image(std::size_t color, int eye, double u, double v)
 {
     const double phase = static_cast<double>(color) + 0.5 * eye;
@@ -336,7 +336,8 @@ TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
     EXPECT_LT(CountReferences(device), references);
 }
 
-// A fake driver lies beside the program. In a process of its own: the library looks for it once.
+// A fake driver lies beside the program. The test has a process of its own, because the library
+// looks for the driver once.
 TEST(DirectModeDeathTest, ADriverBesideTheProgramIsNotLoaded)
 {
     EXPECT_EXIT(

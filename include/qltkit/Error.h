@@ -1,5 +1,3 @@
-// What QueltaKit throws when a file, a device or the system fails it, or when it is asked for the
-// impossible.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -9,8 +7,11 @@
 namespace qltkit
 {
 
-/// The text is one clear sentence without a full stop, in UTF-8. It names the file and the place
-/// where there is one.
+/// QueltaKit throws this error when a file, a device or the system fails, and when the caller asks
+/// for something impossible.
+///
+/// The text is one clear sentence in UTF-8 without a full stop. It names the file and the position
+/// in the file if there is one.
 class QLTKIT_API Error : public std::runtime_error
 {
 public:

@@ -1,4 +1,4 @@
-// How a name leaves QueltaKit: the kit's counterpart of qlt/Export.h.
+// QLTKIT_API exports a name from QueltaKit, as QLT_API of qlt/Export.h does for the core.
 #pragma once
 
 #include <qlt/Export.h>

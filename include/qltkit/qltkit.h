@@ -1,4 +1,4 @@
-// All of QueltaKit's class interface.
+// This header includes every public header of QueltaKit.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>

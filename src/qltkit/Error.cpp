@@ -3,7 +3,8 @@
 namespace qltkit
 {
 
-// Here, so that one library has the type's information and a handler in another one finds it.
+// The destructor is defined here so that only one library contains the type's information. A
+// handler in another library then recognises the type.
 Error::~Error() = default;
 
 } // namespace qltkit

@@ -1,4 +1,3 @@
-// What a capture consists of: reports, events, text of the library, and frames of the camera.
 #pragma once
 
 #include <array>
@@ -9,10 +8,10 @@
 namespace qltkit
 {
 
-/// A report of the headset's sensors as it was read, byte by byte.
+/// A report of the headset's sensors: the 64 bytes as they were read.
 using CaptureReport = std::array<std::uint8_t, 64>;
 
-/// How grave a text is, with the numbers that viewers know.
+/// The severity of a text. Viewers use the same numbers.
 enum class CaptureLevel : std::uint8_t
 {
     Unknown = 0,
@@ -23,17 +22,18 @@ enum class CaptureLevel : std::uint8_t
     Fatal = 5,
 };
 
-/// A picture of the camera, first row first.
+/// A picture of the camera. The first row is the top row.
 struct CaptureFrame
 {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::uint32_t step = 0;         // bytes from row to row
-    std::string encoding = "mono8"; // or another name that Foxglove's RawImage knows
+    std::uint32_t step = 0;         // bytes from one row to the next
+    std::string encoding = "mono8"; // or another encoding of Foxglove's RawImage
     std::string_view pixels;        // step * height bytes
 };
 
-/// One message of a capture.
+/// One message of a capture: a report, an event, a text of the library or a frame of the camera. A
+/// plain value.
 struct CaptureItem
 {
     enum class Kind : std::uint8_t
@@ -42,22 +42,22 @@ struct CaptureItem
         Event,  // name and text are set
         Text,   // level and text are set
         Frame,  // frame is set
-        Other,  // of somebody else's channel: only the times, topic and data are set
+        Other,  // from a foreign channel: only the times, topic and data are set
     };
 
     Kind kind = Kind::Other;
-    std::int64_t hostTimeNs = 0;     // the steady clock of the machine that wrote the capture
+    std::int64_t hostTimeNs = 0;     // steady clock of the machine that wrote the capture
     std::uint64_t logTimeNs = 0;     // the same moment as Unix time
-    std::uint64_t publishTimeNs = 0; // Unix time that runs at the pace of the headset's clock
+    std::uint64_t publishTimeNs = 0; // Unix time at the pace of the headset's clock
     std::uint32_t sequence = 0;
-    std::int64_t deviceTimeUs = 0; // the headset's clock, counted on when its 32 bits are full
+    std::int64_t deviceTimeUs = 0; // the headset's clock without its wrap
     CaptureReport report{};
     CaptureLevel level = CaptureLevel::Unknown;
     std::string name;
     std::string text;
     CaptureFrame frame;
     std::string_view topic;
-    std::string_view data; // the message as it is in the file
+    std::string_view data; // the bytes of the message in the file
 };
 
 } // namespace qltkit

@@ -1,10 +1,3 @@
-// Reads captures and other uncompressed MCAP files with reports in them, one item after another, in
-// the order of the file. It needs little memory, whatever the file's size or lengths in it say.
-//
-// A file that is cut off is read up to its last whole record. A damaged byte costs the chunk that
-// it is in, at most a second of the capture. Problems tells of both, once reading has met them.
-//
-// One thread at a time.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>
@@ -19,37 +12,48 @@
 namespace qltkit
 {
 
+/// A fault that the reader has found in the file.
 struct CaptureProblem
 {
-    std::uint64_t offset = 0; // of the first byte that is damaged or missing, as far as is known
+    std::uint64_t offset = 0; // the first damaged or missing byte, as far as it is known
     std::string text;         // a sentence with the offset
 };
 
+/// Reads captures and other uncompressed MCAP files that contain reports. It gives one item after
+/// another, in the order of the file. It needs little memory, even for large or forged files.
+///
+/// A truncated file is read up to its last whole record. A damaged byte costs the chunk that
+/// contains it, which is at most one second of the capture. Problems reports both after the reader
+/// has reached them.
+///
+/// One thread at a time.
 class QLTKIT_API CaptureReader
 {
 public:
-    /// Reads to the first item, so that the metadata before it is known. Error when the file cannot
-    /// be read, is empty or no MCAP file, or begins with a compressed chunk.
+    /// Opens the file and reads up to the first item, so Metadata already has the records before
+    /// that item. Throws Error when the file cannot be read, when it is empty or no MCAP file, and
+    /// when it begins with a compressed chunk.
     explicit CaptureReader(const std::filesystem::path& path);
     ~CaptureReader();
 
     CaptureReader(const CaptureReader&) = delete;
     CaptureReader& operator=(const CaptureReader&) = delete;
 
-    /// The next item; false at the end. Its views are valid until the next call. Error when the
-    /// file cannot be read, or the next chunk is compressed.
+    /// Reads the next item. Returns false at the end. The views of the item are valid until the
+    /// next call. Throws Error when the file cannot be read, and when the next chunk is compressed.
     bool Next(CaptureItem& item);
 
-    /// The metadata records so far, by name; later ones of a name replace earlier ones. "capture"
-    /// has what its writer was given, the versions, the system and the mapping of the clocks.
+    /// The metadata records so far by name. A later record replaces an earlier one of the same
+    /// name. The record "capture" contains the metadata that its writer got, the versions, the
+    /// system and the relation of the clocks.
     const std::map<std::string, std::map<std::string, std::string>>& Metadata() const noexcept;
 
-    /// What has been found wrong so far, the first hundred; and how many there are. After the last
-    /// item, none means that each checksum of the file is right.
+    /// Problems returns the first hundred faults found so far, and ProblemCount returns their total
+    /// number. If there is none after the last item, every checksum of the file is correct.
     const std::vector<CaptureProblem>& Problems() const noexcept;
     std::size_t ProblemCount() const noexcept;
 
-    /// For a progress bar, bytes.
+    /// The size of the file and the current position in bytes, for a progress bar.
     std::uint64_t Size() const noexcept;
     std::uint64_t Position() const noexcept;
 

@@ -1,15 +1,3 @@
-// Writes a capture: an MCAP file with what a headset sent, when, and what happened meanwhile.
-//
-// Adding never waits: not for the disk, not for a lock, not for the system. A ring takes the
-// reports, a list takes everything else, and a thread of the writer's own writes both down. What
-// finds the ring or the list full is left out, counted, and the capture says so.
-//
-// The file has a temporary name beside its own until Close ("walk.part.mcap" for "walk.mcap"). Each
-// second all of it goes to the system: what a killed process leaves is a capture that can be read,
-// and lacks at most the last second. While the disk is full, the writer keeps what it has and tries
-// again. A pipe or a device is written under its own name at once.
-//
-// Any thread may add at any time. Flush and Close are for one thread that may wait.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>
@@ -26,44 +14,63 @@
 namespace qltkit
 {
 
+/// The options of a CaptureWriter.
 struct CaptureOptions
 {
-    /// Written into the capture as they are: where the reports come from, identifiers, versions.
+    /// Text that the capture stores unchanged, for example the source of the reports, identifiers
+    /// and versions.
     std::map<std::string, std::string> metadata;
 
-    /// How many reports the ring holds, at least; 32 seconds of a headset's.
+    /// The smallest number of reports that the ring can hold. The default is 32 seconds of a
+    /// headset's reports.
     std::size_t ringReports = 32768;
 
-    /// How many bytes of events, texts and frames may wait to be written.
+    /// The largest number of bytes of events, texts and frames that may wait to be written.
     std::size_t waitingBytes = std::size_t{64} << 20;
 
-    /// Gives the host times. Must outlive the writer.
+    /// The clock of the host times. It must outlive the writer.
     qlt::Clock* clock = &qlt::Clock::System();
 
-    /// The Unix time, nanoseconds, of the clock at the writer's construction; the system's if not
-    /// given. Later steps of the system's time do not show in a capture.
+    /// The Unix time in nanoseconds at the construction of the writer. Without a value the writer
+    /// takes the system's time. Later changes of the system's time do not affect the capture.
     std::optional<std::uint64_t> wallTimeNs;
 };
 
+/// Writes a capture: an MCAP file with the reports of a headset, their times, and the events, texts
+/// and frames that came with them.
+///
+/// Adding never waits for the disk, for a lock or for the system. A ring takes the reports, a list
+/// takes everything else, and a thread of the writer stores both in the file. When the ring or the
+/// list is full, the item is dropped and counted, and the capture records the number.
+///
+/// Until Close the file has a temporary name in the same folder ("walk.part.mcap" for "walk.mcap").
+/// The writer gives all data to the system each second. So a killed process leaves a readable
+/// capture that lacks at most the last second. While the disk is full, the writer keeps its data
+/// and tries again. A pipe or a device is written under its own name at once.
+///
+/// Any thread may add at any time. One thread at a time may call Flush and Close, which wait for
+/// the disk.
 class QLTKIT_API CaptureWriter
 {
 public:
-    /// Replaces a file of that name, at Close. Error when none can be created there.
+    /// Creates the temporary file and starts the thread of the writer. At Close the file replaces
+    /// an existing file at `path`. Throws Error when the temporary file cannot be created.
     explicit CaptureWriter(const std::filesystem::path& path, const CaptureOptions& options = {});
 
-    /// Closes. A failure is not told: call Close.
+    /// Closes the file as Close does, but reports no failure. So call Close before.
     ~CaptureWriter();
 
     CaptureWriter(const CaptureWriter&) = delete;
     CaptureWriter& operator=(const CaptureWriter&) = delete;
 
-    /// Adds the 64 bytes of a report that has just been read, or was read at `hostTimeNs` of the
-    /// clock. Neither allocates nor calls the system.
+    /// Adds the 64 bytes of a report. Its time is the clock's current time, or `hostTimeNs` in
+    /// nanoseconds of the clock. The call does not allocate and makes no system call, except to
+    /// read the clock.
     void AddReport(const std::uint8_t* report) noexcept;
     void AddReport(const std::uint8_t* report, std::int64_t hostTimeNs) noexcept;
 
-    /// Adds an event ("connected", "lost", "resync"), which stands behind the reports that the same
-    /// thread has added. After "connected" the publish times start anew from the log time.
+    /// Adds an event ("connected", "lost", "resync"). The event stands after the reports that the
+    /// same thread has added before. After "connected" the publish times restart from the log time.
     void AddEvent(std::string_view name, std::string_view detail = {}) noexcept;
     void AddEvent(std::string_view name, std::string_view detail, std::int64_t hostTimeNs) noexcept;
 
@@ -71,34 +78,36 @@ public:
     void AddText(CaptureLevel level, std::string_view text) noexcept;
     void AddText(CaptureLevel level, std::string_view text, std::int64_t hostTimeNs) noexcept;
 
-    /// Adds a copy of a frame. Error when its pixels are not step * height bytes, or more than 4
-    /// MiB.
+    /// Adds a copy of a frame. Throws Error when the size of the pixels is not step * height bytes,
+    /// or when it exceeds 4 MiB.
     void AddFrame(const CaptureFrame& frame);
     void AddFrame(const CaptureFrame& frame, std::int64_t hostTimeNs);
 
-    /// Hands all that has been added to the system; waits for it. False when the system did not
-    /// take it, for now: Failure tells why.
+    /// Gives all added data to the system and waits until that is done. Returns false when the
+    /// system does not take it at present; Failure then gives the reason.
     bool Flush();
 
-    /// Writes the rest and the index, and gives the file its name. Error when not all could be
-    /// written; the text says where the file is and what it lacks. What is added later is lost. A
-    /// second call does nothing.
+    /// Writes the remaining data and the index, and gives the file its final name. Throws Error
+    /// when some data could not be written; the text says where the file is and which data it
+    /// lacks. Data that is added later is lost. A second call does nothing.
     void Close();
 
-    /// Reports that the capture has taken, in the ring or on their way to the disk.
+    /// The number of reports that the capture has accepted, in the ring or on their way to the
+    /// disk.
     std::uint64_t Reports() const noexcept;
 
-    /// Reports that the system has taken.
+    /// The number of reports that the system has taken.
     std::uint64_t WrittenReports() const noexcept;
 
-    /// Reports, and events with texts and frames, that found no room.
+    /// The number of dropped reports, and of dropped events, texts and frames. They were dropped
+    /// because there was no room.
     std::uint64_t DroppedReports() const noexcept;
     std::uint64_t DroppedOthers() const noexcept;
 
-    /// Why the system does not take what is written; empty while it does.
+    /// The reason why the system does not take data at present. Empty while it does.
     std::string Failure() const;
 
-    /// Where the file is until Close.
+    /// The path of the file until Close.
     const std::filesystem::path& TemporaryPath() const noexcept;
 
 private:

@@ -1,8 +1,3 @@
-// Writes MCAP, the open container of time-stamped messages on channels: checksummed chunks, an
-// index, and statistics, without compression. Foxglove, PlotJuggler and the format's own libraries
-// open what it writes.
-//
-// A McapWriter does no I/O of its own: a sink takes the bytes. One thread at a time.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -17,53 +12,61 @@
 namespace qltkit
 {
 
-/// All text is UTF-8.
+/// The description of a channel. All text is UTF-8.
 struct McapChannel
 {
     std::string topic;
-    std::string messageEncoding; // "json" for one
+    std::string messageEncoding; // for example "json"
     std::string schemaName;      // empty for a channel without a schema
-    std::string schemaEncoding;  // "jsonschema" for one
+    std::string schemaEncoding;  // for example "jsonschema"
     std::string schema;
     std::map<std::string, std::string> metadata;
 };
 
+/// One message. Times are Unix times in nanoseconds.
 struct McapMessage
 {
     std::uint16_t channel = 0;
-    std::uint32_t sequence = 0; // 0 when it is not used
+    std::uint32_t sequence = 0; // 0 when there is none
     std::uint64_t logTimeNs = 0;
-    std::uint64_t publishTimeNs = 0; // the log time when it is not known
+    std::uint64_t publishTimeNs = 0; // equal to the log time when it is unknown
     std::string_view data;
 };
 
+/// Writes MCAP, the open container format for time-stamped messages on channels. The files have
+/// checksummed chunks, an index and statistics, without compression. Foxglove, PlotJuggler and the
+/// format's own libraries can open them.
+///
+/// A McapWriter does no I/O: it gives the bytes to a sink. One thread at a time.
 class QLTKIT_API McapWriter
 {
 public:
-    /// Takes the next bytes of the file. An exception of the sink leaves the operation that called
-    /// it; the writer is of no use after that.
+    /// Takes the next bytes of the file. An exception from the sink passes through the operation
+    /// that called it. The writer cannot be used after that.
     using Sink = std::function<void(std::string_view)>;
 
-    /// Writes the beginning of the file.
+    /// Gives the beginning of the file to the sink.
     explicit McapWriter(Sink sink);
 
-    /// Does not close the file.
+    /// Does not close the file: without Close the file has no summary.
     ~McapWriter();
 
     McapWriter(const McapWriter&) = delete;
     McapWriter& operator=(const McapWriter&) = delete;
 
-    /// The channel's number, from 1. Error when all 65535 are taken.
+    /// Adds a channel and returns its number, which starts at 1. Throws Error when all 65535
+    /// numbers are used.
     std::uint16_t AddChannel(const McapChannel& channel);
 
-    /// Error when there is no such channel. The message reaches the sink with its chunk: when that
-    /// has a mebibyte, or at Flush.
+    /// Adds a message. Throws Error when its channel does not exist. The sink gets the message with
+    /// its chunk: when the chunk has reached one mebibyte, or at Flush.
     void AddMessage(const McapMessage& message);
 
-    /// Reaches the sink at once.
+    /// Adds a metadata record. The sink gets it at once.
     void AddMetadata(std::string_view name, const std::map<std::string, std::string>& metadata);
 
-    /// Ends the current chunk; nothing when it has no message.
+    /// Ends the current chunk and gives it to the sink. Without a message in the chunk it does
+    /// nothing.
     void Flush();
 
     /// Flushes and writes the summary. Nothing may be added after it.

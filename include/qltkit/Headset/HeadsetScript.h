@@ -1,5 +1,3 @@
-// The script of a ScriptedHeadset: how the head moves, what is wrong with the sensors, and what
-// happens when. Scripts are JSON; docs/headset-script.md describes the format.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -18,18 +16,20 @@
 namespace qltkit
 {
 
-/// A plain record. Times are seconds from the beginning of the script.
+/// The script of a ScriptedHeadset: the motion of the head, the faults of the sensors, and the
+/// events with their times. Scripts are JSON files; scripts/headsets contains examples. A plain
+/// record. Times are in seconds from the beginning of the script.
 struct HeadsetScript
 {
     enum class Motion
     {
         Rest,      // upright, facing forward
         Turns,     // HeadMotion with `motionSeed`, `speed` times as fast
-        Angles,    // through `points`
+        Angles,    // a smooth curve through `points`
         Recording, // the reports of `recording`
     };
 
-    /// Where the head is at a time: turns about y, then x, then z, degrees.
+    /// The orientation of the head at a time, in degrees: turns about y, then x, then z.
     struct Point
     {
         double atS = 0.0;
@@ -38,6 +38,7 @@ struct HeadsetScript
         double rollDeg = 0.0;
     };
 
+    /// The sensors and the units of their faults.
     enum Sensor
     {
         Gyroscope,     // degrees a second
@@ -45,16 +46,18 @@ struct HeadsetScript
         Magnetometer,  // gauss
     };
 
-    /// In the sensor's unit and the tracker's frame: x right, y up, -z forward.
+    /// The faults of a sensor, in the sensor's unit and the tracker's frame: x right, y up, -z
+    /// forward.
     struct Faults
     {
         std::array<double, 3> bias{};
-        std::array<double, 3> biasPerKelvin{}; // away from the temperature of the first report
+        std::array<double, 3> biasPerKelvin{}; // relative to the temperature of the first report
         double noise = 0.0;                    // standard deviation of each axis
         double clip = std::numeric_limits<double>::infinity(); // largest magnitude of an axis
     };
 
-    /// A straight line between two moments, and constant outside.
+    /// A temperature in degrees Celsius. It changes linearly between two moments and is constant
+    /// outside them.
     struct TemperatureRamp
     {
         double fromC = 0.0;
@@ -66,17 +69,17 @@ struct HeadsetScript
     enum class EventKind
     {
         Unplug,
-        Plug,          // sequence and device clock start again
-        Stall,         // nothing arrives for `forS`, then all of it at once
-        ShortRead,     // the next read gives the first `amount` bytes of its report
-        SequenceJump,  // by `amount`
-        Repeat,        // the next report comes `amount` more times
-        Drop,          // the next `amount` reports never come
-        ClockJump,     // the device clock, by `amount` microseconds
+        Plug,          // sequence and device clock restart
+        Stall,         // nothing arrives for `forS`, then everything at once
+        ShortRead,     // the next read gives only the first `amount` bytes of its report
+        SequenceJump,  // the sequence number jumps by `amount`
+        Repeat,        // the next report arrives `amount` more times
+        Drop,          // the next `amount` reports never arrive
+        ClockJump,     // the device clock jumps by `amount` microseconds
         ClockDrift,    // the device clock is `ppm` too fast from now on
         Stick,         // `axis` of `sensor` keeps its value for `forS`
-        ForeignPlug,   // another device with the same driver, found before the headset
-        ForeignUnplug, // it goes again
+        ForeignPlug,   // plugs in another device with the same driver, found before the headset
+        ForeignUnplug, // unplugs that device
     };
 
     struct Event
@@ -92,9 +95,12 @@ struct HeadsetScript
         std::uint16_t productId = 0;
     };
 
-    std::string about;      // for people
+    std::string about;      // a description for people
     std::uint64_t seed = 0; // of all noise
-    double seconds = 0.0;   // then the cable is out for good; 0: no end, or the recording's
+
+    /// The headset is unplugged permanently at this time. 0 means no end, or the end of the
+    /// recording.
+    double seconds = 0.0;
 
     Motion motion = Motion::Rest;
     std::uint64_t motionSeed = 0;
@@ -102,29 +108,34 @@ struct HeadsetScript
     std::vector<Point> points; // at least one, times ascending
     std::vector<qlt::SensorReport> recording;
 
-    std::array<Faults, 3> faults{};             // by Sensor
-    std::optional<TemperatureRamp> temperature; // without: a room that slowly warms up, or recorded
+    std::array<Faults, 3> faults{}; // indexed by Sensor
 
-    std::optional<std::uint32_t> clockStartUs; // without: one second, or recorded
-    double driftPpm = 0.0;                     // of the device clock; above 0 it is too fast
+    /// Without a value the temperature is that of the recording, or of a room that slowly warms up.
+    std::optional<TemperatureRamp> temperature;
 
-    /// A share of the reports finds the host asleep and waits for up to so long; later ones queue.
+    std::optional<std::uint32_t> clockStartUs; // empty: one second, or the recording's
+    double driftPpm = 0.0; // error of the device clock; positive when it is too fast
+
+    /// The host is asleep for a share of the reports. Such a report waits for up to `lateMs`
+    /// milliseconds, and later reports queue behind it.
     double lateMs = 0.0;
     double lateShare = 1.0;
 
     std::vector<Event> events; // times ascending
 };
 
-/// Reads a script. `folder` is where the file of a recording is, which must not lead out of it;
-/// without a folder a recording is refused. `name` stands for the text in errors.
+/// Reads a script from a text. `folder` is the folder of the file of a recording, and that file
+/// must not be outside it. Without a folder a recording is refused. `name` stands for the text in
+/// errors. Any thread.
 ///
-/// Error, with `name`, line and field, for text that is no JSON, breaks the format in any way, or
-/// exceeds its limits: 1 MB, 50,000 values, 8 levels.
+/// Throws Error with `name`, line and field when the text is no JSON, when it violates the format,
+/// and when it exceeds a limit: 1 MB, 50,000 values, 8 levels.
 QLTKIT_API HeadsetScript ParseHeadsetScript(std::string_view text,
                                             const std::filesystem::path& folder = {},
                                             const std::string& name = "script");
 
-/// The same from a file. Error also when the file cannot be read.
+/// Reads a script from a file. The folder of the file is the folder of its recording. Throws Error
+/// also when the file cannot be read. Any thread.
 QLTKIT_API HeadsetScript LoadHeadsetScript(const std::filesystem::path& file);
 
 } // namespace qltkit

@@ -12,31 +12,32 @@
 namespace qltkit
 {
 
-/// Takes the reports that a tap shows. Its functions run on the thread that reads them, between two
-/// reads, so they must not wait.
+/// Takes the reports that a tap has seen. The tap calls these operations on the thread that reads
+/// the reports, between two reads, so they must not wait.
 class QLTKIT_API ReportSink
 {
 public:
     virtual ~ReportSink();
 
-    /// A whole report has arrived. `hostNs` is the time of its arrival by the tap's clock.
+    /// A whole report has arrived. `hostNs` is its arrival time in nanoseconds of the tap's clock.
     virtual void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) = 0;
 
-    /// A read has failed or was too short. The tracker takes this for an unplugged headset: it
+    /// A read has failed or was too short. The tracker treats this as an unplugged headset: it
     /// closes the device and tries to open it again each second.
     virtual void OnLost(std::int64_t hostNs) = 0;
 };
 
-/// A USB host between a tracker and another host. It shows every report that the tracker reads to a
-/// sink, before the tracker gets it.
+/// A USB host between a tracker and another host. It gives every report that the tracker reads to a
+/// sink, before the tracker gets the report.
 ///
-/// A report costs one look at the clock and one virtual call more, and neither a lock nor an
-/// allocation. Endpoints that are not interrupt endpoints pass through untouched. Threads: as
+/// Each report costs one read of the clock and one virtual call, but no lock and no allocation.
+/// Only interrupt endpoints are tapped; all others pass through unchanged. Threads: as for
 /// qlt::UsbHost.
 class QLTKIT_API ReportTap final : public qlt::UsbHost
 {
 public:
-    /// All three must outlive the tap. The tap must outlive the devices that it has opened.
+    /// `host`, `clock` and `sink` must outlive the tap. The tap must outlive the devices that it
+    /// has opened.
     ReportTap(qlt::UsbHost& host, qlt::Clock& clock, ReportSink& sink)
         : mHost(host)
         , mClock(clock)

@@ -1,11 +1,3 @@
-// A headset in software that obeys a script: the USB host that a tracker finds it on, and the clock
-// that the tracker lives by.
-//
-//     qltkit::ScriptedHeadset headset(qltkit::LoadHeadsetScript("bad_cable.json"));
-//     qlt::Hmd hmd(headset, headset);
-//
-// The same script gives the same bytes on every system. Devices that are open at the same time
-// share one stream of reports. Any thread may call anything at any time.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -20,31 +12,41 @@
 namespace qltkit
 {
 
-/// The truth about a report. Times are those of the headset's NowNs.
+/// The true values behind a report. Times are in nanoseconds of the headset's NowNs.
 struct ScriptedTruth
 {
     std::uint32_t sequence = 0;
-    std::int64_t sampleNs = 0;  // when its values were true
-    std::int64_t arrivalNs = 0; // when the host was to have it
-    bool isKnown = false;       // whether the rest is; not for a recording
+    std::int64_t sampleNs = 0;  // the moment of its values
+    std::int64_t arrivalNs = 0; // the moment at which the host should get it
+    bool isKnown = false;       // true when the members below are known; false for a recording
     HeadAngles angles;
     std::array<double, 4> orientation{}; // w, x, y, z, body to world
 };
 
+/// A headset in software that follows a script. It is the USB host on which a tracker finds the
+/// headset, and the clock of that tracker:
+///
+///     qltkit::ScriptedHeadset headset(qltkit::LoadHeadsetScript("bad_cable.json"));
+///     qlt::Hmd hmd(headset, headset);
+///
+/// The same script gives the same bytes on every system. Devices that are open at the same time
+/// share one stream of reports. Any thread may call any operation at any time.
 class QLTKIT_API ScriptedHeadset final : public Source
 {
 public:
+    /// The pace of the script.
     enum class Pace
     {
-        /// The script begins when a device is first sought, and goes on by the machine's clock. A
+        /// The script begins when a device is first looked for, and runs by the machine's clock. A
         /// report that nobody has read after 100 ms is lost.
         RealTime,
-        /// Every read ends at once, no report is lost, and time is what the reads have taken by the
-        /// script. While the headset is unplugged, a sleep takes the script to the next change.
+        /// Every read returns at once, no report is lost, and the script's time advances with the
+        /// reads. While the headset is unplugged, a sleep advances the script to the next change.
         Fastest,
     };
 
-    /// Error when the script's points or events are out of order, or an event cannot happen.
+    /// Throws Error when the points or the events of the script are out of order, and when an event
+    /// cannot happen.
     explicit ScriptedHeadset(HeadsetScript script, Pace pace = Pace::RealTime);
     ~ScriptedHeadset() override;
 
@@ -56,20 +58,21 @@ public:
     std::unique_ptr<qlt::VendorUsbDevice> Open(std::uint32_t index) override;
     std::string Name() const override;
 
-    /// RealTime: the machine's clock. Fastest: the script's time at the end of the last read, and
-    /// -1 ms before the first one.
+    /// The current time in nanoseconds. RealTime: the machine's clock. Fastest: the script's time
+    /// at the end of the last read, or -1 ms before the first read.
     std::int64_t NowNs() override;
 
-    /// Ends early at Close and, with Fastest, when the script's time is up or nobody can read.
+    /// Ends early at Close. With Fastest it also ends when the script's time has come, and when
+    /// nobody can read.
     void SleepNs(std::int64_t durationNs) override;
 
-    /// As Source: ends reads, too.
+    /// As for Source. It also ends reads in progress.
     void Close() override;
 
-    /// Whether the script's last report has been read: every later read will fail.
+    /// True when the last report of the script has been read, so every later read fails.
     bool IsOver() const;
 
-    /// The truth about the last whole report that was read.
+    /// The true values behind the last whole report that was read.
     ScriptedTruth Truth() const;
 
 private:

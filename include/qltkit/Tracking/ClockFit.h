@@ -9,29 +9,35 @@
 namespace qltkit
 {
 
-/// The relation between a device's clock and the host's, learned from reports that arrive late by
-/// unknown amounts. A straight line is fitted under the arrival times of the last four seconds:
-/// reports arrive late, never early, so the earliest arrival of each short block says the most.
+/// Learns the relation between a device's clock and the host's clock from the arrival times of
+/// reports. Every report arrives with an unknown delay.
 ///
-/// One thread at a time. Pure arithmetic: it allocates nothing and asks no clock.
+/// The fit is a straight line below the arrival times of the last four seconds. Reports arrive late
+/// and never early, so only the earliest arrival of each short block counts.
+///
+/// One thread at a time. Operations allocate nothing and read no clock.
 class QLTKIT_API ClockFit
 {
 public:
-    /// Takes a report made at `deviceUs`, microseconds of the device's clock without its wrap, that
-    /// arrived at `hostNs`, nanoseconds of the host's. A step back of the device's clock and a jump
-    /// of either clock by more than JUMP_NS start the fit anew.
+    /// Adds a report that was made at `deviceUs` and arrived at `hostNs`. `deviceUs` is the
+    /// device's clock in microseconds without its wrap, and `hostNs` is the host's clock in
+    /// nanoseconds. The fit restarts when the device's clock steps back, and when either clock
+    /// jumps by more than JUMP_NS.
     void Add(std::int64_t deviceUs, std::int64_t hostNs);
 
-    /// The host time, in nanoseconds, of a moment of the device's clock. 0 before the first Add.
+    /// Converts a time of the device's clock into host time, in nanoseconds. 0 before the first
+    /// Add.
     std::int64_t HostNs(std::int64_t deviceUs) const;
 
-    /// How much faster the host's clock runs than the device's, in parts per million; 0 until two
-    /// blocks are complete.
+    /// The drift between the clocks in parts per million. It is positive when the host's clock is
+    /// faster than the device's clock. It is 0 until eight blocks are complete (about half a
+    /// second), and it stays within -1000 .. 1000.
     double DriftPpm() const { return mSlope * 1e6; }
 
-    /// How often a jump of a clock has started the fit anew.
+    /// The number of restarts since the construction.
     std::uint32_t Restarts() const { return mRestarts; }
 
+    /// The smallest jump of a clock that restarts the fit, in nanoseconds.
     static constexpr std::int64_t JUMP_NS = 100000000;
 
 private:
@@ -39,7 +45,7 @@ private:
     struct Block
     {
         std::int64_t deviceUs = 0;
-        std::int64_t offsetNs = 0; // the host's time less the device's
+        std::int64_t offsetNs = 0; // host time minus device time
     };
 
     static constexpr std::int64_t BLOCK_US = 64000;
@@ -51,11 +57,11 @@ private:
     void FitLine();
 
     std::array<Block, BLOCKS> mBlocks{};
-    std::size_t mCount = 0; // of blocks ever closed since the start
+    std::size_t mCount = 0; // the number of blocks closed since the start
     Block mCurrent;
     std::int64_t mBlockEndUs = 0;
     std::int64_t mLastUs = 0;
-    std::int64_t mOriginUs = 0; // where the line has the value mOffsetNs
+    std::int64_t mOriginUs = 0; // the device time at which the line has the value mOffsetNs
     double mOffsetNs = 0.0;
     double mSlope = 0.0; // host nanoseconds gained per device nanosecond
     std::uint32_t mLate = 0;

@@ -18,94 +18,100 @@
 namespace qltkit
 {
 
-/// The filter that makes orientations of the reports.
+/// The filter that computes orientations from the reports.
 enum class PoseFilter : std::int32_t
 {
     Kit,  // the kit's estimator
     Core, // the core's filter
 };
 
-/// How a HeadTracker is to work.
+/// The options of a HeadTracker.
 struct HeadTrackerOptions
 {
     PoseFilter filter = PoseFilter::Kit;
 
-    /// The user of the headset; see HeadTracker::GetPerson.
+    /// The measures of the user. HeadTracker::GetPerson returns them.
     Person person;
 
-    /// Sees every report and every loss before the tracker does. Null for none; must outlive the
-    /// tracker.
+    /// The sink gets every report and every loss before the tracker does, on the thread that reads
+    /// the reports. It must outlive the tracker. Null means that there is no sink.
     ReportSink* sink = nullptr;
 };
 
-/// The pose of the head at any moment of the last two seconds and of the next 100 ms, for programs
-/// that draw.
+/// Gives the pose of the head at any moment of the last two seconds and of the next 100 ms. It is
+/// made for programs that draw.
 ///
-/// A tracker owns a qlt::Hmd and sees each report before the Hmd does. The orientation comes from a
-/// filter. The time of a pose comes from the headset's clock, which is fitted to the host's clock
-/// all the time, so that late wake-ups do not show.
+/// A tracker owns a qlt::Hmd and sees each report before the Hmd does. A filter computes the
+/// orientation. The time of a pose comes from the headset's clock. The tracker fits this clock to
+/// the host's clock all the time, so a thread that wakes up late does not disturb the times.
 ///
 /// Threads: any thread may call any function at any time, except the destructor. Latest and At
 /// never wait: they take no lock, make no system call and do not depend on a read or a handler.
+///
+/// Every constructor throws std::system_error when the system starts no thread.
 class QLTKIT_API HeadTracker
 {
 public:
     using EventHandler = std::function<void(const TrackerEvent&)>;
 
-    /// Tracks the source of that name; see OpenSource, which throws Error for an unknown name.
+    /// Tracks the source with this name. See OpenSource for the names; an unknown name throws
+    /// Error.
     explicit HeadTracker(const std::string& source, const HeadTrackerOptions& options = {});
 
-    /// Tracks the headset of a host, by the machine's clock or by another one. Both must outlive
-    /// the tracker.
+    /// Tracks the headset of a host. The times come from the machine's clock, or from `clock`. Both
+    /// `host` and `clock` must outlive the tracker.
     explicit HeadTracker(qlt::UsbHost& host, const HeadTrackerOptions& options = {});
     HeadTracker(qlt::UsbHost& host, qlt::Clock& clock, const HeadTrackerOptions& options = {});
 
-    /// Tracks a source. Throws Error when it is null.
+    /// Tracks a source and owns it. Throws Error when it is null.
     explicit HeadTracker(std::unique_ptr<Source> source, const HeadTrackerOptions& options = {});
 
-    /// Waits for a running event handler, and for a read under way that its host cannot end.
-    /// Neither an event handler nor a listener of Core may destroy the tracker.
+    /// Stops the tracking. It waits for a running event handler, and for a read in progress that
+    /// the host cannot end. An event handler or a listener of Core must not destroy the tracker.
     ~HeadTracker();
 
     HeadTracker(const HeadTracker&) = delete;
     HeadTracker& operator=(const HeadTracker&) = delete;
 
-    /// The pose of the last report. NeverSeen, and the identity, before the first.
+    /// The pose of the last report. Before the first report the state is NeverSeen and the
+    /// orientation is the identity.
     Pose Latest() const noexcept;
 
-    /// The pose at a moment of the tracker's clock. It is interpolated for a moment of the last two
-    /// seconds of reports, and predicted for up to 100 ms after the last report. Outside of these
-    /// limits it is the pose at the nearer limit, with `clamped` set.
+    /// The pose at `timeNs`, in nanoseconds of the tracker's clock. A pose of the last two seconds
+    /// of reports is interpolated. A pose up to 100 ms after the last report is predicted. Outside
+    /// these limits it is the pose at the nearer limit, with `clamped` set.
     Pose At(std::int64_t timeNs) const noexcept;
 
-    /// Makes the present heading the forward direction (-z). Pitch and roll stay. Poses of the past
-    /// are turned, too. The head may look in any direction, straight up included. False, and
-    /// nothing changes, before the first report.
+    /// Makes the current heading the forward direction (-z) and keeps pitch and roll. Poses of the
+    /// past turn with it. The head may look in any direction, including straight up. Before the
+    /// first report it changes nothing and returns false.
     bool Recentre() noexcept;
 
-    /// The angle between poses predicted for `seconds` ahead (clamped to 0 .. 0.1) and the poses
-    /// that came then, as the root of the mean square, radians: over all reports so far, or over
-    /// about the last five seconds. 0 while there is nothing to compare.
+    /// The error of predictions in radians, as a root mean square. It is the angle between the
+    /// poses predicted for `seconds` ahead and the poses that were measured later. `seconds` is
+    /// clamped to 0 .. 0.1. PredictionError covers all reports so far, and RecentPredictionError
+    /// covers about the last five seconds. Both are 0 until a prediction can be compared.
     double PredictionError(double seconds) const noexcept;
     double RecentPredictionError(double seconds) const noexcept;
 
-    /// The oldest event that PollEvent has not returned yet; empty when there is none.
+    /// Returns the oldest event that PollEvent has not returned yet. Empty when there is none.
     std::optional<TrackerEvent> PollEvent();
 
-    /// Sets the function that gets each event, on a thread of the tracker's own and a few
-    /// milliseconds later. Null removes it. A handler gets every event that no handler has got yet,
-    /// so the first one misses nothing. When this returns, the previous handler is not running any
-    /// more, unless it made this call itself. A handler must not throw.
+    /// Sets the function that gets each event. A thread of the tracker calls it a few milliseconds
+    /// after the event. Null removes the handler. A handler gets every event that no earlier
+    /// handler has got, so the first handler misses nothing. After this call returns, the previous
+    /// handler does not run any more, unless it made this call itself. A handler must not throw.
     void SetEventHandler(EventHandler handler);
 
-    /// The present time of the tracker's clock, to which all times of poses and events belong.
+    /// The current time of the tracker's clock in nanoseconds. All times of poses and events use
+    /// this clock.
     std::int64_t NowNs() const;
 
-    /// The user, for EyePoseOf.
+    /// The measures of the user, for EyePoseOf.
     const Person& GetPerson() const noexcept;
 
-    /// The core's tracker, for listeners and positions. Do not stop it. Its IsConnected waits for
-    /// the read under way. Its ResetYawOrigin also turns the poses of PoseFilter::Core that follow.
+    /// The core's tracker, for listeners and positions. Do not stop it. Its IsConnected waits for a
+    /// read in progress. Its ResetYawOrigin also turns the later poses of PoseFilter::Core.
     qlt::Hmd& Core() noexcept;
 
 private:

@@ -1,4 +1,3 @@
-// What the estimator takes from a sensor report.
 #pragma once
 
 #include <qlt/Sensors/SensorReport.h>
@@ -10,24 +9,26 @@
 namespace qltkit
 {
 
-/// In the tracker's frame: x right, y up, -z forward. At rest the accelerometer reads +g upwards.
+/// A sample of gyroscope and accelerometer, as the estimator needs it. Vectors are in the tracker's
+/// frame: x right, y up, -z forward. At rest the accelerometer shows +g along the upward direction.
 struct ImuSample
 {
-    /// Bit i of `saturated` says that axis i (x, y, z) of the gyroscope is at its limit, so that
-    /// the true value is at least the one reported; bit i + 3 says so for the accelerometer.
+    /// Bit i of `saturated` is set when axis i (x, y, z) of the gyroscope is at its limit. The true
+    /// magnitude is then at least the reported one. Bit i + 3 has the same meaning for the
+    /// accelerometer.
     static constexpr unsigned GYROSCOPE_BITS = 0;
     static constexpr unsigned ACCELEROMETER_BITS = 3;
 
     std::uint32_t sequence = 0;
-    std::uint32_t timeUs = 0;  // the device's clock, which wraps
+    std::uint32_t timeUs = 0;  // the device's clock, which wraps after 2^32 microseconds
     Vector3 gyroscope;         // rad/s
     Vector3 accelerometer;     // m/s^2
-    double temperature = 25.0; // degrees Celsius; NaN where it is not known
+    double temperature = 25.0; // degrees Celsius; NaN when it is unknown
     std::uint8_t saturated = 0;
 };
 
-/// The sample of a headset's report, decoded and calibrated as the tracker does it. Saturation is
-/// read from the raw counts. Any thread.
+/// Decodes and calibrates a headset's report as the tracker does. The saturation comes from the raw
+/// counts. Any thread.
 QLTKIT_API ImuSample ReadImuSample(const qlt::SensorReport& report);
 
 } // namespace qltkit

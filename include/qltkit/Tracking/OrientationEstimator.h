@@ -1,8 +1,3 @@
-// The orientation of the head from gyroscope and accelerometer. docs/tracking.md explains the
-// method and lists its accuracy.
-//
-// A pure value: samples in, state out. It reads no clock, allocates nothing and has no lock; one
-// thread at a time may use an object. The same samples give the same bits on every system.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -12,37 +7,45 @@
 namespace qltkit
 {
 
+/// Estimates the orientation of the head from gyroscope and accelerometer. docs/tracking.md
+/// explains the method and lists its accuracy.
+///
+/// An estimator is a plain value: it takes samples and holds a state. It reads no clock, allocates
+/// nothing and has no lock. One thread at a time may use an object. The same samples give the same
+/// bits on every system.
 class QLTKIT_API OrientationEstimator
 {
 public:
-    /// Takes the next sample in the order of the reports. False when it was not used: its time did
-    /// not grow, or its gyroscope was not finite or absurd. GetState().counts says which.
+    /// Takes the next sample, in the order of the reports. Returns false when the sample was not
+    /// used: its time did not increase, or its gyroscope value was not finite or was absurd.
+    /// GetState().counts shows the reason.
     bool Add(const ImuSample& sample);
 
-    /// Body to world, y up, at the time of the last sample used. The heading is zero at the start
-    /// and drifts slowly. The identity before the first usable sample.
+    /// The rotation from body to world, y up, at the time of the last used sample. The heading is
+    /// zero at the start and drifts slowly. The identity before the first usable sample.
     const Rotation& GetOrientation() const { return mState.orientation; }
 
-    /// At the last sample, about the body's axes, without the bias, in rad/s.
+    /// The angular velocity at the last sample in rad/s, about the body's axes and without the
+    /// bias.
     Vector3 GetAngularVelocity() const { return mState.gyroscope - mState.bias; }
 
-    /// Of the gyroscope, in rad/s, and its standard deviation per axis.
+    /// The bias of the gyroscope in rad/s, and its standard deviation for each axis.
     const Vector3& GetBias() const { return mState.bias; }
     Vector3 GetBiasDeviation() const;
 
-    /// Standard deviations in radians, at most pi: of the angle to the vertical, and of the heading
-    /// since the start.
+    /// The standard deviation of the angle to the vertical, and of the heading since the start.
+    /// Both are in radians and at most pi.
     double GetInclinationDeviation() const;
     double GetHeadingDeviation() const;
 
-    /// The sensor has been lying still for at least 1.5 s.
+    /// True when the sensor has been still for at least 1.5 s.
     bool IsAtRest() const;
 
-    /// The whole state, to be saved or inspected.
+    /// The whole state. A program may save or inspect it.
     const OrientationState& GetState() const { return mState; }
 
-    /// Continues from a saved state. False, and nothing changes, when it has another version or its
-    /// numbers are not finite.
+    /// Continues from a saved state. A state of another version or with numbers that are not finite
+    /// changes nothing, and the result is false.
     bool Restore(const OrientationState& state);
 
 private:

@@ -10,23 +10,26 @@
 namespace qltkit
 {
 
-/// What a prediction is made of, small enough to be kept for each report: how long the rate lasts,
-/// and how much it changes. Between the horizons of 20, 50 and 100 ms, all of it is linear in time.
-/// The default predicts with a constant rate. A plain value.
+/// The terms of a prediction, small enough to be stored with each report: how long the angular
+/// velocity lasts, and how much it changes. All terms are linear in time between the horizons of
+/// 20, 50 and 100 ms. The default terms predict with a constant angular velocity. A plain value;
+/// any thread may read it.
 struct PredictionTerms
 {
     static constexpr std::size_t HORIZONS = 3;
+    /// The horizons in seconds.
     static constexpr std::array<double, HORIZONS> AHEAD_SECONDS = {0.02, 0.05, 0.1};
 
-    /// Half of the angular acceleration about the body's axes that counts at once and until each
-    /// horizon, rad/s^2.
+    /// Half of the angular acceleration about the body's axes in rad/s^2: the first value applies
+    /// at once, and each other value applies at its horizon.
     std::array<qlt::Vec3, HORIZONS + 1> bend;
 
-    /// The part of the rate that lasts until each horizon; at once it is all of it.
+    /// The part of the angular velocity that lasts until each horizon. At once it is 1.
     std::array<float, HORIZONS> lasting = {1.0f, 1.0f, 1.0f};
 
-    /// How far a body that has the angular velocity `rate` (rad/s, its own axes) turns in
-    /// `seconds`, as a rotation vector in the same axes. `seconds` is clamped to 0 .. 0.1.
+    /// Returns the turn in `seconds` of a body that has the angular velocity `rate`. `rate` is in
+    /// rad/s about the body's axes, and `seconds` is clamped to 0 .. 0.1. The result is a rotation
+    /// vector in radians about the same axes.
     qlt::Vec3 Turn(const qlt::Vec3& rate, double seconds) const
     {
         const float t =
@@ -52,14 +55,15 @@ private:
     }
 };
 
-/// The angles, in radians, between what was predicted for each horizon and what then came, as roots
-/// of mean squares. A plain value.
+/// The errors of predictions for each horizon, as root mean squares in radians. An error is the
+/// angle between the predicted orientation and the orientation that was measured later. A plain
+/// value; any thread may read it.
 struct QLTKIT_API PredictionErrors
 {
     std::array<double, PredictionTerms::HORIZONS> radians{};
 
-    /// For `seconds` ahead, clamped to 0 .. 0.1; between the horizons it grows with the square of
-    /// the time.
+    /// The error for `seconds` ahead, which is clamped to 0 .. 0.1. Between two horizons it grows
+    /// with the square of the time.
     double At(double seconds) const;
 };
 

@@ -1,8 +1,3 @@
-// Where the head will be in some milliseconds. docs/tracking.md explains the method.
-//
-// The turn ahead is a sum of the rate and of two angular accelerations, one of them smoothed more.
-// Their weights are learned from how the head has moved so far, and fall back to cautious ones at
-// rest. A pure value, as the estimator is.
 #pragma once
 
 #include <qltkit/Export.h>
@@ -15,7 +10,7 @@
 namespace qltkit
 {
 
-/// All that the predictor knows, as a plain record.
+/// The whole state of a predictor as a plain record. Copy its bytes to save it.
 struct PredictorState
 {
     static constexpr std::uint32_t VERSION = 1;
@@ -26,7 +21,7 @@ struct PredictorState
 
     using Weights = std::array<double, TERMS>;
 
-    /// A moment and what was predicted then.
+    /// A moment, and the predictions that were made at it.
     struct Moment
     {
         std::uint64_t timeUs = 0;
@@ -36,16 +31,16 @@ struct PredictorState
         std::array<Vector3, HORIZONS> predicted; // rotation vectors
     };
 
-    /// What is learned for one horizon.
+    /// The learned data of one horizon.
     struct Horizon
     {
         Weights weights{};
-        std::array<Weights, TERMS> squares{}; // of the terms
-        Weights products{};                   // of the terms with what came
-        std::uint32_t next = 0; // the moment that is compared next, counted as `moments`
+        std::array<Weights, TERMS> squares{}; // of the terms with each other
+        Weights products{};                   // of the terms with the measured turn
+        std::uint32_t next = 0;               // index of the moment that is compared next
         std::uint64_t compared = 0;
-        double errorSum = 0.0;    // of squares, over all that was compared
-        double recentError = 0.0; // mean of squares over the last seconds
+        double errorSum = 0.0;    // sum of squared errors over all comparisons
+        double recentError = 0.0; // mean of squared errors over the last seconds
     };
 
     std::uint32_t version = VERSION;
@@ -54,58 +49,74 @@ struct PredictorState
     std::uint32_t jumps = 0;
     Rotation orientation;
     Vector3 rate;
-    Vector3 acceleration;      // low-passed slope of the rate
-    Vector3 smooth;            // low-passed again
-    double roughSquare = 0.0;  // recent mean square of their difference
-    double smoothSquare = 0.0; // and of the smooth one
-    std::uint32_t moments = 0; // stored so far; the last ones are in `past`
+    Vector3 acceleration;      // low-passed derivative of the rate
+    Vector3 smooth;            // the acceleration, low-passed again
+    double roughSquare = 0.0;  // recent mean square of `acceleration` minus `smooth`
+    double smoothSquare = 0.0; // recent mean square of `smooth`
+    std::uint32_t moments = 0; // number of moments so far; `past` holds the last ones
     std::array<Moment, PAST> past{};
     std::array<Horizon, HORIZONS> horizons{};
 };
 
-/// A moment of a motion, for a predictor without the kit's estimator.
+/// A moment of a motion, for use without the kit's estimator.
 struct PredictorInput
 {
-    std::uint64_t timeUs = 0; // of the device's clock, without a wrap
-    std::uint32_t jumps = 0;  // changes of the orientation so far that no motion explains
-    bool settled = true;      // the orientation is worth learning from
+    std::uint64_t timeUs = 0; // the device's clock without its wrap
+    std::uint32_t jumps = 0;  // number of corrections that changed the orientation without a motion
+    bool settled = true;      // true when the predictor may learn from the orientation
     Rotation orientation;     // body to world
     Vector3 rate;             // about the body's axes, rad/s
 };
 
+/// Predicts the orientation of the head for the next milliseconds. docs/tracking.md explains the
+/// method.
+///
+/// The predicted turn is a weighted sum of the angular velocity and two angular accelerations. One
+/// of the accelerations is smoothed more than the other. The predictor learns the weights from the
+/// motion so far. At rest the weights return to cautious values.
+///
+/// A predictor is a plain value: it reads no clock, allocates nothing and has no lock. One thread
+/// at a time may use an object.
 class QLTKIT_API Predictor
 {
 public:
-    /// The longest time that is predicted; longer ones are cut to it.
+    /// The longest prediction in seconds. Longer times are clamped to it.
     static constexpr double MAX_AHEAD_SECONDS = PredictionTerms::AHEAD_SECONDS.back();
 
+    /// Starts with the cautious weights.
     Predictor();
 
     /// Takes the estimator's state. Call it after every sample that the estimator has used.
     void Add(const OrientationEstimator& estimator);
 
-    /// Takes the next moment of another motion; one of the same time as the last is left out.
+    /// Takes the next moment of another motion. A moment with the same time as the last one is
+    /// ignored.
     void Add(const PredictorInput& input);
 
-    /// Body to world, `seconds` after the last sample; a time of zero or less gives the estimate.
+    /// The predicted rotation from body to world, `seconds` after the last sample. For a time of
+    /// zero or less it is the last orientation.
     Rotation Predict(double seconds) const;
 
-    /// All that Predict needs besides the orientation and the rate of the last sample.
+    /// The terms that Predict uses together with the orientation and the angular velocity of the
+    /// last sample.
     PredictionTerms GetTerms() const;
 
-    /// The angle between what was predicted for `seconds` ahead and what then came, as the root of
-    /// the mean square in radians: over all samples so far, or over about the last five seconds.
-    /// Between the horizons of 20, 50 and 100 ms it is interpolated. Zero before anything came.
+    /// The error of predictions for `seconds` ahead, as a root mean square in radians. GetError
+    /// covers all samples so far, and GetRecentError covers about the last five seconds. Between
+    /// the horizons of 20, 50 and 100 ms the error is interpolated. It is zero before the first
+    /// comparison.
     double GetError(double seconds) const { return GetErrors().At(seconds); }
     double GetRecentError(double seconds) const { return GetRecentErrors().At(seconds); }
 
-    /// The same for the horizons.
+    /// The same errors at the horizons.
     PredictionErrors GetErrors() const;
     PredictionErrors GetRecentErrors() const;
 
+    /// The whole state. A program may save or inspect it.
     const PredictorState& GetState() const { return mState; }
 
-    /// Continues from a saved state; false, and nothing changes, when it has another version.
+    /// Continues from a saved state. A state of another version changes nothing, and the result is
+    /// false.
     bool Restore(const PredictorState& state);
 
 private:

@@ -1,6 +1,3 @@
-// Vectors and rotations in double precision, for long sums of small steps. A rotation is a unit
-// quaternion that turns body vectors into world vectors; (a * b) rotates by b first. The same input
-// gives the same bits on every system, because only + - * / and the square root are used.
 #pragma once
 
 #include <cmath>
@@ -8,6 +5,8 @@
 namespace qltkit
 {
 
+/// A vector in double precision, for long sums of small steps. The same input gives the same bits
+/// on every system, because this header uses only + - * / and the square root. Any thread.
 struct Vector3
 {
     double x = 0.0;
@@ -50,6 +49,8 @@ constexpr Vector3 Cross(const Vector3& a, const Vector3& b)
 
 inline double Length(const Vector3& v) { return std::sqrt(Dot(v, v)); }
 
+/// A rotation as a unit quaternion in double precision. It turns body vectors into world vectors,
+/// and (a * b) rotates by b first.
 struct Rotation
 {
     double w = 1.0;
@@ -69,14 +70,14 @@ constexpr Rotation operator*(const Rotation& a, const Rotation& b)
             a.w * b.z + a.x * b.y - a.y * b.x + a.z * b.w};
 }
 
-/// Of length 1. `q` must not be zero.
+/// Returns `q` scaled to length 1. `q` must not be zero.
 inline Rotation Normalized(const Rotation& q)
 {
     const double s = 1.0 / std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
     return {q.w * s, q.x * s, q.y * s, q.z * s};
 }
 
-/// `v` turned by `q`.
+/// Returns `v` rotated by `q`.
 constexpr Vector3 Rotate(const Rotation& q, const Vector3& v)
 {
     const Vector3 u{q.x, q.y, q.z};
@@ -93,7 +94,7 @@ inline Rotation RotationBy(const Vector3& r)
         const Rotation half = RotationBy(r * 0.5);
         return half * half;
     }
-    // The series of the cosine and of sin(a) / a: the terms left out are below 1e-15.
+    // These are the series of the cosine and of sin(a) / a. The omitted terms are below 1e-15.
     double c = x * (1.0 / 40320.0);
     double s = x * (1.0 / 362880.0);
     if (x > 0.0025)
@@ -111,7 +112,8 @@ inline Rotation RotationBy(const Vector3& r)
     return {c, r.x * s, r.y * s, r.z * s};
 }
 
-/// The inverse of RotationBy, of a length up to pi. `q` must have length 1.
+/// The inverse of RotationBy: the rotation vector of `q`, with a length of at most pi. `q` must
+/// have length 1.
 inline Vector3 RotationVector(const Rotation& q)
 {
     const Vector3 v = Vector3{q.x, q.y, q.z} * (q.w < 0.0 ? -1.0 : 1.0);
@@ -120,7 +122,8 @@ inline Vector3 RotationVector(const Rotation& q)
     {
         return v * 2.0;
     }
-    // Tangents of a quarter, an eighth and a sixteenth of the angle; then the series.
+    // t is the tangent of a quarter, then of an eighth, then of a sixteenth of the angle. The
+    // series of the arctangent then converges fast.
     double t = sine / (1.0 + std::fabs(q.w));
     t /= 1.0 + std::sqrt(1.0 + t * t);
     t /= 1.0 + std::sqrt(1.0 + t * t);
@@ -133,7 +136,7 @@ inline Vector3 RotationVector(const Rotation& q)
     return v * (16.0 * t * series / sine);
 }
 
-/// The shortest rotation that turns `v`, of any length but zero, up to +y.
+/// The shortest rotation that turns `v` to +y. `v` may have any length except zero.
 inline Rotation RotationToUp(const Vector3& v)
 {
     const Vector3 u = v * (1.0 / Length(v));

@@ -10,22 +10,23 @@ struct TrackerEvent
 {
     enum class Kind : std::int32_t
     {
-        Connected, // the first report has come
+        Connected, // the first report has arrived
         Lost,      // a read has failed: the headset was unplugged or is broken
-        Back,      // the first report after a Lost has come
-        Gap,       // reports are missing before the one that has just come
+        Back,      // the first report after a Lost has arrived
+        Gap,       // reports are missing before the newest one
     };
 
     Kind kind = Kind::Connected;
 
-    /// For a Gap: the number of missing reports, by the headset's own count. 0 for other kinds.
+    /// For a Gap: the number of missing reports according to the headset's own count. 0 for other
+    /// kinds.
     std::uint32_t reports = 0;
 
-    /// The time at which the tracker noticed it, nanoseconds of the tracker's clock.
+    /// The time at which the tracker noticed the change, in nanoseconds of the tracker's clock.
     std::int64_t timeNs = 0;
 
-    /// Counts the tracker's events from 1. A tracker keeps the last 1024 events. A step of more
-    /// than one means that the events between were not fetched in time and are gone.
+    /// The events of a tracker are numbered from 1. A tracker keeps its last 1024 events. A step of
+    /// more than one means that the events between were not fetched in time and are lost.
     std::uint64_t number = 0;
 };
 

@@ -1,4 +1,4 @@
-// Little-endian numbers and counted strings, as MCAP records have them.
+// Little-endian numbers and length-prefixed strings, as in MCAP records.
 #pragma once
 
 #include <cstddef>
@@ -35,8 +35,8 @@ Number NumberAt(const char* bytes)
     return static_cast<Number>(value);
 }
 
-/// Reads the fields of a record one after another. A field that is longer than what is left reads
-/// as zero or empty, and so does every field after it; `Whole` tells.
+/// Reads the fields of a record one after another. A field that is longer than the remaining bytes
+/// reads as zero or empty, and so does every field after it. `Whole` is then false.
 class ByteReader
 {
 public:

@@ -1,4 +1,4 @@
-// The channels of a capture: how viewers are told what is on them.
+// The channels of a capture, with the schemas that viewers need.
 #pragma once
 
 #include <qltkit/Capture/McapWriter.h>
@@ -13,7 +13,7 @@ inline constexpr std::string_view IMAGE_SCHEMA = "foxglove.RawImage";
 
 inline constexpr std::size_t MAX_FRAME_BYTES = 4 << 20;
 
-// The metadata record that opens a capture, and the one that closes it.
+// The metadata record at the beginning of a capture, and the one at its end.
 inline constexpr std::string_view CAPTURE_METADATA = "capture";
 inline constexpr std::string_view END_METADATA = "capture.end";
 inline constexpr std::string_view STEADY_KEY = "clock.steadyNs";

@@ -73,7 +73,7 @@ void CaptureEncoder::Write(const Post& post)
         WriteJson(mImageChannel, ImageChannel(), logTimeNs);
         break;
     default:
-        // A headset that comes back has a new clock.
+        // After a reconnection the headset's clock is a new one.
         mAnchored = mAnchored && post.name != "connected";
         AppendField(mJson, "event", post.name);
         AppendField(mJson, "detail", post.text);
@@ -82,14 +82,14 @@ void CaptureEncoder::Write(const Post& post)
     }
 }
 
-/// Modulo 2^64, so that the host time can always be had back.
+/// The sum is modulo 2^64, so a reader can always restore the host time.
 std::uint64_t CaptureEncoder::LogTime(std::int64_t hostTimeNs) const
 {
     return mClocks.wallNs +
            (static_cast<std::uint64_t>(hostTimeNs) - static_cast<std::uint64_t>(mClocks.steadyNs));
 }
 
-/// The headset's clock, moved so that it agrees with the log time at the first report.
+/// The headset's clock with an offset, so that it agrees with the log time at the first report.
 std::uint64_t CaptureEncoder::PublishTime(std::int64_t deviceTimeUs, std::uint64_t logTimeNs)
 {
     if (!mAnchored)

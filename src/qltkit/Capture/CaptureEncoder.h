@@ -1,4 +1,3 @@
-// Turns what a capture is given into the messages of its file. It knows no threads.
 #pragma once
 
 #include <qltkit/Capture/McapWriter.h>
@@ -10,17 +9,18 @@
 namespace qltkit
 {
 
-/// One moment on two clocks.
+/// One moment by two clocks.
 struct ClockPair
 {
     std::int64_t steadyNs = 0;
     std::uint64_t wallNs = 0;
 };
 
+/// Turns the items of a capture into messages of its file. One thread at a time.
 class CaptureEncoder
 {
 public:
-    /// `mcap` must outlive this.
+    /// `mcap` must outlive this object.
     CaptureEncoder(McapWriter& mcap, const ClockPair& clocks);
 
     void Write(const ReportRing::Entry& report);
@@ -34,11 +34,11 @@ private:
     McapWriter& mMcap;
     const ClockPair mClocks;
     const std::uint16_t mReportChannel;
-    std::uint16_t mEventChannel = 0; // 0 until there is something for it
+    std::uint16_t mEventChannel = 0; // 0 until the first message for it
     std::uint16_t mLogChannel = 0;
     std::uint16_t mImageChannel = 0;
     DeviceTime mDeviceTime;
-    bool mAnchored = false; // whether the two below are known
+    bool mAnchored = false; // true when the two members below are known
     std::int64_t mAnchorUs = 0;
     std::uint64_t mAnchorNs = 0;
     std::string mJson;

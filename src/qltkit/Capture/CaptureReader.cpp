@@ -16,7 +16,7 @@ namespace qltkit
 namespace
 {
 
-// What a forged file may make us keep.
+// Limits on the memory that a forged file can cost.
 constexpr std::size_t MAX_CHANNELS = 4096;
 constexpr std::size_t MAX_TOPIC_SIZE = 256;
 constexpr std::size_t MAX_METADATA_BYTES = 1 << 20;
@@ -29,7 +29,7 @@ struct Channel
     CaptureItem::Kind kind = CaptureItem::Kind::Other;
 };
 
-/// What a message of JSON on a channel with this schema is.
+/// The kind of a JSON message on a channel with this schema.
 CaptureItem::Kind KindOf(std::string_view schema)
 {
     return schema == EVENT_SCHEMA   ? CaptureItem::Kind::Event
@@ -80,13 +80,14 @@ private:
     void ReportRecord(const std::string& text);
 
     McapScanner mScanner;
-    std::map<std::uint16_t, CaptureItem::Kind> mSchemas; // those of ours
+    std::map<std::uint16_t, CaptureItem::Kind>
+        mSchemas; // only the schemas that this reader decodes
     std::map<std::uint16_t, Channel> mChannels;
     std::size_t mMetadataBytes = 0;
-    std::uint64_t mLogToHostNs = 0; // what to add, modulo 2^64
+    std::uint64_t mLogToHostNs = 0; // log time + this = host time, modulo 2^64
     DeviceTime mDeviceTime;
     McapRecord mRecord;
-    bool mFound = false; // whether mRecord is a message that has not been handed out
+    bool mFound = false; // true when mRecord is a message that Next has not returned yet
     std::string mPixels; // of the last frame
 };
 
@@ -109,7 +110,7 @@ bool CaptureReader::Impl::Next(CaptureItem& item)
     return true;
 }
 
-/// Goes to the next message on a channel that is known.
+/// Advances to the next message on a known channel.
 bool CaptureReader::Impl::FindMessage()
 {
     while (mScanner.Next(mRecord))

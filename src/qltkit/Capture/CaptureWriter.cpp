@@ -20,7 +20,8 @@ namespace qltkit
 namespace
 {
 
-constexpr std::chrono::milliseconds POLL(50); // a producer does not wake the thread: that is a call
+constexpr std::chrono::milliseconds
+    POLL(50); // producers do not wake the thread, because that is a system call
 constexpr std::chrono::seconds FLUSH_EVERY(1);
 constexpr std::size_t MAX_PENDING_BYTES = 2 << 20;
 
@@ -53,7 +54,7 @@ std::map<std::string, std::string> MetadataOf(const CaptureOptions& options,
 class CaptureWriter::Impl
 {
 private:
-    ReportRing mRing; // the first, because it begins a cache line
+    ReportRing mRing; // the first member, because it starts a cache line
 
 public:
     Impl(const std::filesystem::path& path, const CaptureOptions& options);
@@ -62,7 +63,7 @@ public:
     std::int64_t NowNs() { return mClock.NowNs(); }
     void AddReport(const std::uint8_t* report, std::int64_t hostTimeNs) noexcept;
 
-    /// With what `post` does not have yet: its strings.
+    /// Adds a post with its strings, which `post` does not contain yet.
     void Add(Post&& post, std::string_view name, std::string_view text) noexcept;
 
     bool Flush();
@@ -91,23 +92,23 @@ private:
     const ClockPair mClocks;
     PostList mPosts;
 
-    // Of the thread while it runs, of the caller before and after.
+    // While the thread runs, only the thread uses these. Before and after, the caller does.
     PartFile mFile;
     McapWriter mMcap;
     CaptureEncoder mEncoder;
-    std::deque<std::unique_ptr<Post>> mDuePosts; // off the list, and not written yet
-    std::uint64_t mTakenReports = 0;             // from the ring
-    std::uint64_t mToldReports = 0;              // dropped ones that the capture tells of
+    std::deque<std::unique_ptr<Post>> mDuePosts; // taken from the list and not written yet
+    std::uint64_t mTakenReports = 0;             // number of reports taken from the ring
+    std::uint64_t mToldReports = 0; // number of dropped reports that the capture records
     std::uint64_t mToldOthers = 0;
-    bool mBroken = false; // an exception has left the file's state behind
+    bool mBroken = false; // an exception has left the file in an unknown state
 
-    mutable std::mutex mMutex; // guards what follows
+    mutable std::mutex mMutex; // guards the members below
     std::condition_variable mWake;
     std::condition_variable mFlushed;
     std::uint64_t mFlushesWanted = 0;
     std::uint64_t mFlushesDone = 0;
     bool mStopping = false;
-    std::string mFailure; // of the last try
+    std::string mFailure; // of the last attempt
 
     std::thread mThread;
     bool mClosed = false;
@@ -236,7 +237,7 @@ void CaptureWriter::Impl::Run()
     }
 }
 
-/// Brings on what there is. False when the system does not take it; nothing is lost by that.
+/// Writes the available data. Returns false when the system does not take it; nothing is lost then.
 bool CaptureWriter::Impl::Work(bool flush, bool stop, std::string& reason)
 {
     try
@@ -268,10 +269,10 @@ bool CaptureWriter::Impl::Work(bool flush, bool stop, std::string& reason)
     }
 }
 
-/// From the ring and the list to the file, in the order in which each thread has added.
+/// Moves data from the ring and the list to the file. The order of each adding thread is kept.
 bool CaptureWriter::Impl::Transfer(std::string& reason)
 {
-    const std::uint64_t end = mRing.End(); // before the list: what is added meanwhile waits
+    const std::uint64_t end = mRing.End(); // read before the list; later reports wait
     mPosts.Take(mDuePosts);
     ReportRing::Entry report;
     while (WriteDuePosts(reason) && MakeRoom(reason))
@@ -303,7 +304,7 @@ bool CaptureWriter::Impl::WriteDuePosts(std::string& reason)
     return true;
 }
 
-/// So that a slow disk finds the ring full, and not the memory.
+/// Keeps the pending bytes limited. So a slow disk fills the ring and not the memory.
 bool CaptureWriter::Impl::MakeRoom(std::string& reason)
 {
     return mFile.PendingBytes() < MAX_PENDING_BYTES || mFile.Write(reason);
@@ -349,7 +350,7 @@ CaptureWriter::~CaptureWriter()
     }
     catch (const std::exception&)
     {
-        return; // Close is there for those who want to know
+        return; // a caller who needs the error calls Close
     }
 }
 

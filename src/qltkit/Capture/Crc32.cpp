@@ -8,7 +8,7 @@ namespace qltkit
 namespace
 {
 
-constexpr std::size_t SLICES = 8; // bytes that one step takes
+constexpr std::size_t SLICES = 8; // bytes per step
 
 using Table = std::array<std::uint32_t, 256>;
 
@@ -37,7 +37,7 @@ constexpr std::array<Table, SLICES> MakeTables()
 
 constexpr std::array<Table, SLICES> TABLES = MakeTables();
 
-/// By the top byte of an entry, which no two entries share, the entry's index.
+/// Maps the top byte of an entry to the entry's index. No two entries share a top byte.
 constexpr std::array<std::uint8_t, 256> MakeIndexOfTop()
 {
     std::array<std::uint8_t, 256> index{};
@@ -89,8 +89,8 @@ std::optional<std::uint64_t> DamagedByte(std::uint32_t found, std::uint32_t expe
             return size + i;
         }
     }
-    // The CRC is linear: the difference of a damaged byte travels through the bytes behind it as
-    // through zeros. So go back byte by byte until one byte is all of it.
+    // The CRC is linear, so the difference of a damaged byte passes through the bytes after it as
+    // through zeros. Go back byte by byte until a single byte explains the whole difference.
     for (std::uint64_t i = size; i-- > 0;)
     {
         const std::uint8_t index = INDEX_OF_TOP[difference >> 24];

@@ -1,4 +1,4 @@
-// The CRC-32 of zlib, PNG and Ethernet, and what it tells about a damaged byte.
+// The CRC-32 of zlib, PNG and Ethernet, and the search for a single damaged byte.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +26,9 @@ inline std::uint32_t Crc32Of(std::string_view bytes)
     return crc.Value();
 }
 
-/// The index of the byte that, were it the only damaged one of `size` bytes, would make the CRC
-/// `found` instead of `expected`; `size` + 0..3 for a byte of the stored CRC itself. Nothing when
-/// no single byte explains it.
+/// Finds the single byte whose damage explains that the CRC of `size` bytes is `found` instead of
+/// `expected`. A result of `size` + 0..3 is a byte of the stored CRC itself. Empty when no single
+/// byte explains it.
 std::optional<std::uint64_t> DamagedByte(std::uint32_t found, std::uint32_t expected,
                                          std::uint64_t size);
 

@@ -1,4 +1,3 @@
-// The headset's clock, which starts again after 2^32 microseconds, as a time that goes on.
 #pragma once
 
 #include "Capture/Bytes.h"
@@ -6,11 +5,12 @@
 namespace qltkit
 {
 
+/// Extends the headset's clock, which wraps after 2^32 microseconds, to 64 bits.
 class DeviceTime
 {
 public:
-    /// The time of the next report, microseconds: forward of the last one, or back by less than
-    /// half of 2^32.
+    /// The time of the next report in microseconds. It is after the time of the last report, or
+    /// before it by less than half of 2^32.
     std::int64_t Of(const std::uint8_t* report)
     {
         const std::uint32_t timeUs = static_cast<std::uint32_t>(report[4]) |

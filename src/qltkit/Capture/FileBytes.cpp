@@ -19,7 +19,7 @@ std::string TextOf(const std::filesystem::path& path) { return path.u8string(); 
 FileBytes::FileBytes(const std::filesystem::path& path)
     : mName(TextOf(path))
 {
-    // Without a buffer of the stream's own, which every seek would throw away.
+    // The stream gets no buffer, because every seek would discard its content.
     mFile.rdbuf()->pubsetbuf(nullptr, 0);
     mFile.open(path, std::ios::binary | std::ios::ate);
     const std::streamoff end = mFile.is_open() ? std::streamoff(mFile.tellg()) : -1;

@@ -1,4 +1,3 @@
-// Bytes of a file by their place, of files larger than memory, too.
 #pragma once
 
 #include "Capture/Crc32.h"
@@ -11,29 +10,31 @@
 namespace qltkit
 {
 
-/// The path in UTF-8, for texts.
+/// The path in UTF-8, for messages.
 std::string TextOf(const std::filesystem::path& path);
 
+/// Reads bytes of a file at any offset. The file may be larger than the memory. One thread at a
+/// time.
 class FileBytes
 {
 public:
-    /// Error when the file cannot be opened.
+    /// Throws Error when the file cannot be opened.
     explicit FileBytes(const std::filesystem::path& path);
 
-    /// When it was opened: what a writer adds meanwhile is not seen.
+    /// The size when the file was opened. Bytes that a writer adds later are not read.
     std::uint64_t Size() const { return mSize; }
 
     const std::string& Name() const { return mName; }
 
-    /// Replaces `bytes` with `count` bytes from `offset`, which must be in the file. Error when
-    /// they cannot be read.
+    /// Replaces `bytes` with `count` bytes from `offset`. They must be inside the file. Throws
+    /// Error when they cannot be read.
     void Read(std::uint64_t offset, std::uint64_t count, std::string& bytes);
 
     /// Adds the bytes from `begin` to `end` to `crc`.
     void AddTo(Crc32& crc, std::uint64_t begin, std::uint64_t end);
 
-    /// The bytes from `offset` to the end of the block that is in memory, at least one; valid until
-    /// the next call.
+    /// The bytes from `offset` to the end of the block in memory. There is at least one. The view
+    /// is valid until the next call.
     std::string_view Block(std::uint64_t offset);
 
 private:

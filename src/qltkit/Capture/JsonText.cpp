@@ -16,7 +16,8 @@ constexpr std::string_view HEX = "0123456789abcdef";
 constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";
 constexpr int MAX_DEPTH = 64;
 
-/// The bytes of the UTF-8 character that `text` begins with; 0 when it is none.
+/// The number of bytes of the UTF-8 character at the beginning of `text`. 0 when the character is
+/// invalid.
 std::size_t CharacterSize(std::string_view text)
 {
     const auto byte = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
@@ -38,7 +39,7 @@ std::size_t CharacterSize(std::string_view text)
             return 0;
         }
     }
-    // Longer than needed, half of a surrogate pair, or above U+10FFFF.
+    // The encoding is overlong, half of a surrogate pair, or above U+10FFFF.
     const bool bad = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
                      (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F);
     return bad ? 0 : size;
@@ -72,8 +73,8 @@ void AppendUtf8(std::string& text, std::uint32_t code)
     }
 }
 
-/// Takes tokens from the front of a text. Everything returns false, and stays so, once the text is
-/// no JSON.
+/// Takes tokens from the beginning of a text. After the text proves to be no JSON, every operation
+/// fails.
 class Cursor
 {
 public:
@@ -101,7 +102,7 @@ public:
         return mJson.empty();
     }
 
-    /// With its quotes.
+    /// Takes a string, including its quotes.
     std::optional<std::string_view> TakeString()
     {
         SkipSpace();
@@ -120,7 +121,7 @@ public:
         return std::nullopt;
     }
 
-    /// A value of any kind. What is nested inside it is skipped by its brackets.
+    /// Takes a value of any kind. A nested value is skipped by counting its brackets.
     std::optional<std::string_view> TakeValue()
     {
         SkipSpace();
@@ -171,7 +172,7 @@ private:
     std::string_view mJson;
 };
 
-/// The four digits that `text` begins with.
+/// The value of the four hexadecimal digits at the beginning of `text`.
 std::optional<std::uint32_t> HexOf(std::string_view text)
 {
     std::uint32_t code = 0;
@@ -182,7 +183,7 @@ std::optional<std::uint32_t> HexOf(std::string_view text)
     return good ? std::optional(code) : std::nullopt;
 }
 
-/// Takes the escape behind a backslash from the front of `rest`.
+/// Takes the escape after a backslash from the beginning of `rest` and appends its character.
 bool AppendEscaped(std::string& text, std::string_view& rest)
 {
     constexpr std::string_view NAMES = "\"\\/bfnrt";
@@ -214,7 +215,7 @@ bool AppendEscaped(std::string& text, std::string_view& rest)
     return true;
 }
 
-/// The text of a string with its quotes.
+/// The text of a string that is given with its quotes.
 std::optional<std::string> Unquoted(std::string_view string)
 {
     std::string text;

@@ -1,5 +1,5 @@
-// The little JSON that captures need: writing strings, and finding the fields of an object without
-// a tree of it in memory, so that a forged text costs nothing.
+// The small part of JSON that captures need: it writes strings, and it finds the fields of an
+// object without building a tree. So a forged text costs no memory.
 #pragma once
 
 #include <cstdint>
@@ -10,36 +10,36 @@
 namespace qltkit
 {
 
-/// In quotes. What is no UTF-8 becomes U+FFFD.
+/// Appends `text` in quotes. Bytes that are not valid UTF-8 become U+FFFD.
 void AppendJsonString(std::string& json, std::string_view text);
 
-/// {"sec":..,"nsec":..}
+/// Appends {"sec":..,"nsec":..}.
 void AppendJsonTime(std::string& json, std::uint64_t timeNs);
 
-/// In quotes, with padding.
+/// Appends the bytes as base64 in quotes, with padding.
 void AppendBase64(std::string& json, std::string_view bytes);
 
-/// Nothing when it is no base64.
+/// Empty when the text is not valid base64.
 std::optional<std::string> FromBase64(std::string_view text);
 
-/// A JSON object that somebody else has written.
+/// A JSON object from a foreign writer.
 class JsonObject
 {
 public:
-    /// `json` must outlive this.
+    /// `json` must outlive this object.
     explicit JsonObject(std::string_view json)
         : mJson(json)
     {
     }
 
-    /// The field's value as it stands there; nothing when there is no such field, when it stands
-    /// there twice, or when the object is malformed.
+    /// The text of the field's value. Empty when the field is missing or appears twice, and when
+    /// the object is malformed.
     std::optional<std::string_view> Field(std::string_view name) const;
 
-    /// Nothing when it is no string either.
+    /// The value of a string. Also empty when the field is no string.
     std::optional<std::string> String(std::string_view name) const;
 
-    /// Nothing when it is no whole number of 32 bits without a sign either.
+    /// The value of an unsigned integer of 32 bits. Also empty when the field is no such number.
     std::optional<std::uint32_t> Number(std::string_view name) const;
 
 private:

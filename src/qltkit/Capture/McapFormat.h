@@ -1,4 +1,4 @@
-// The bytes of MCAP that its writer and its reader share.
+// Constants and helpers of the MCAP format for its writer and its reader.
 #pragma once
 
 #include "Capture/Bytes.h"
@@ -28,15 +28,15 @@ inline constexpr std::uint8_t SUMMARY_OFFSET = 0x0E;
 inline constexpr std::uint8_t DATA_END = 0x0F;
 } // namespace McapOpcode
 
-// An opcode and the length of what follows.
+// The size of a record's prefix: an opcode and the length of the content.
 inline constexpr std::uint64_t MCAP_PREFIX_SIZE = 9;
 
-// A chunk's content before its records, when it is not compressed:
-// 0 start time, 8 end time, 16 size of the records, 24 their CRC, 28 length of the compression's
-// name (0), 32 size of the records again.
+// The size of a chunk's content before its records, when it is not compressed: 0 start time, 8 end
+// time, 16 size of the records, 24 their CRC, 28 length of the compression's name (0), 32 size of
+// the records again.
 inline constexpr std::uint64_t MCAP_CHUNK_HEADER_SIZE = 40;
 
-// The last bytes of a file: the footer's record and the magic.
+// The size of the last bytes of a file: the footer's record and the magic.
 inline constexpr std::uint64_t MCAP_TAIL_SIZE = 37;
 inline constexpr std::uint64_t MCAP_FOOTER_CONTENT_SIZE = 20;
 

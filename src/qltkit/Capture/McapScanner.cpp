@@ -25,8 +25,8 @@ bool IsData(std::uint8_t opcode)
 
 std::string At(std::uint64_t offset) { return " at byte " + std::to_string(offset); }
 
-/// Where the damage of the `size` bytes from `begin` is, as far as the CRC, which is stored at
-/// `crcOffset`, can tell.
+/// The offset of the damage in the `size` bytes from `begin`, as far as the CRC can show it. The
+/// CRC is stored at `crcOffset`.
 std::uint64_t DamageOffset(std::uint32_t found, std::uint32_t expected, std::uint64_t begin,
                            std::uint64_t size, std::uint64_t crcOffset)
 {
@@ -45,8 +45,8 @@ std::string OneByte(std::uint64_t offset)
 
 } // namespace
 
-/// A chunk's prefix and the fixed part of its content, as if it was not compressed. The length of
-/// its records stands there three times.
+/// A chunk's prefix and the fixed part of its content, read as if it was not compressed. It
+/// contains the length of the records three times.
 struct McapScanner::ChunkHeader
 {
     ChunkHeader(FileBytes& file, std::uint64_t recordOffset)
@@ -91,7 +91,7 @@ struct McapScanner::ChunkHeader
     std::uint64_t left;
     std::uint8_t opcode = 0;
     std::uint64_t sizes[3] = {};
-    std::uint32_t crc = 0; // 0 when the writer made none
+    std::uint32_t crc = 0; // 0 when the writer stored none
     std::uint32_t compressionSize = 0;
 };
 
@@ -142,7 +142,7 @@ bool McapScanner::NextOfChunk(McapRecord& record)
         if (!reader.Whole() || record.opcode == 0)
         {
             mRecords = {};
-            if (!mDone) // the last record of a cut chunk is no news
+            if (!mDone) // a truncated last record has been reported already
             {
                 Damaged(offset, "a chunk is malformed" + At(offset));
             }
@@ -204,8 +204,9 @@ bool McapScanner::NextOfFile(McapRecord& record)
     return !IsIndexOfChunk();
 }
 
-/// Whether the record in mContent is an index of the chunk before, whatever its opcode says: a
-/// damaged one must not pass for a message. The CRC of all data tells of it.
+/// True when the record in mContent is an index of the chunk before it. The test ignores the
+/// opcode, because a damaged index must not pass for a message. The CRC of all data detects the
+/// damage.
 bool McapScanner::IsIndexOfChunk()
 {
     ByteReader reader(mContent);
@@ -215,8 +216,8 @@ bool McapScanner::IsIndexOfChunk()
     return mBehindChunk;
 }
 
-/// Whether there is a chunk inside the record at mOffset, whose length is wrong then. Messages,
-/// attachments and what others have added may hold anything.
+/// True when the record at mOffset contains a chunk. The length of such a record is wrong.
+/// Messages, attachments and foreign records may contain any bytes, so they are not tested.
 bool McapScanner::HidesChunk(std::uint8_t opcode, std::uint64_t length)
 {
     const bool isPlain = opcode != McapOpcode::MESSAGE && opcode != McapOpcode::ATTACHMENT &&
@@ -225,14 +226,14 @@ bool McapScanner::HidesChunk(std::uint8_t opcode, std::uint64_t length)
     return isPlain && FindChunk(begin, begin + length) != NOWHERE;
 }
 
-/// A footer that comes without the end of the data before it.
+/// True for a footer that has no end of the data before it.
 bool McapScanner::IsFooter(std::uint8_t opcode, std::uint64_t length) const
 {
     return opcode == McapOpcode::FOOTER && length == MCAP_FOOTER_CONTENT_SIZE &&
            mFile.Size() - mOffset == MCAP_TAIL_SIZE;
 }
 
-/// True when the record is a chunk and has been dealt with.
+/// Returns true when the record is a chunk and has been processed.
 bool McapScanner::TakeChunk(std::uint8_t opcode, std::uint64_t length)
 {
     const bool named = opcode == McapOpcode::CHUNK;
@@ -252,7 +253,7 @@ bool McapScanner::TakeChunk(std::uint8_t opcode, std::uint64_t length)
     }
     if (!named)
     {
-        // Whatever its opcode says, a record that looks like a chunk in every other respect is one.
+        // A record with a wrong opcode is a chunk when everything else in it matches a chunk.
         if (CrcOf(header.Begin(), size) != header.crc)
         {
             return false;
@@ -272,7 +273,7 @@ bool McapScanner::TakeChunk(std::uint8_t opcode, std::uint64_t length)
     return true;
 }
 
-/// A chunk whose header contradicts itself: its records are found by their CRC.
+/// Handles a chunk whose header contradicts itself. The CRC finds its records.
 bool McapScanner::TakeDamagedChunk(const ChunkHeader& header)
 {
     for (const std::uint64_t size : header.sizes)
@@ -312,7 +313,7 @@ void McapScanner::RefuseCompression(const ChunkHeader& header)
     }
 }
 
-/// Goes into the chunk at mOffset, whose records are in mContent.
+/// Enters the chunk at mOffset. Its records are in mContent.
 void McapScanner::Enter(std::uint64_t recordsSize)
 {
     const std::uint64_t end = mOffset + CHUNK_PREFIX_SIZE + recordsSize;
@@ -337,8 +338,8 @@ void McapScanner::ReportChunkCrc(const ChunkHeader& header, std::uint32_t found)
                                                             "; its records are left out");
 }
 
-/// Whether the chunk has `size` bytes of records, by their CRC. A file that was made to have many
-/// candidates does not get more than a few times its size checked.
+/// True when the CRC shows that the chunk has `size` bytes of records. The budget limits the checks
+/// in a file that was forged with many candidates to a few times its size.
 bool McapScanner::IsWhole(const ChunkHeader& header, std::uint64_t size)
 {
     if (header.crc == 0 || !header.Fits(size) || size > mSearchBudget)
@@ -356,8 +357,8 @@ std::uint32_t McapScanner::CrcOf(std::uint64_t begin, std::uint64_t size)
     return crc.Value();
 }
 
-/// What is at mOffset makes no sense. A wrong length may have led here, past chunks that are whole:
-/// so the next one is looked for from the last place that could be trusted.
+/// Continues after malformed bytes at mOffset. A wrong length may have skipped whole chunks, so the
+/// search for the next chunk starts at the last trusted place.
 void McapScanner::GoOnBehindDamage()
 {
     const std::uint64_t damage = mOffset;
@@ -373,7 +374,7 @@ void McapScanner::GoOnBehindDamage()
     mTrusted = chunk;
 }
 
-/// The first whole chunk that begins between `begin` and `end`.
+/// Finds the first whole chunk that begins between `begin` and `end`.
 std::uint64_t McapScanner::FindChunk(std::uint64_t begin, std::uint64_t end)
 {
     for (std::uint64_t offset = begin; offset < end;)
@@ -396,7 +397,7 @@ std::uint64_t McapScanner::FindChunk(std::uint64_t begin, std::uint64_t end)
     return NOWHERE;
 }
 
-/// No chunk is left that is whole: the file is cut off here, or damaged to its end.
+/// Ends the scan when no whole chunk is left: the file is truncated here, or damaged up to its end.
 void McapScanner::EndEarly()
 {
     mDone = true;
@@ -472,7 +473,7 @@ void McapScanner::Damaged(std::uint64_t offset, const std::string& text)
 
 bool McapScanner::EndsWithMagic()
 {
-    if (mFile.Size() < 2 * MCAP_MAGIC.size()) // the one at the beginning is another
+    if (mFile.Size() < 2 * MCAP_MAGIC.size()) // the magic at the beginning does not count
     {
         return false;
     }

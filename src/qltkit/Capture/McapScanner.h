@@ -1,8 +1,3 @@
-// Walks through the records of an MCAP file from its beginning to its end, of a cut or damaged one,
-// too. It trusts no length: a record must fit into what is left of its file or chunk.
-//
-// A chunk whose CRC is right is trusted. Behind a record that makes no sense, the walk goes on at
-// the next chunk that can be trusted.
 #pragma once
 
 #include "Capture/FileBytes.h"
@@ -16,23 +11,28 @@ struct McapRecord
 {
     std::uint8_t opcode = 0;
     std::string_view content; // valid until the next record is asked for
-    std::uint64_t offset = 0; // of its opcode in the file
+    std::uint64_t offset = 0; // the offset of its opcode in the file
 };
 
+/// Reads the records of an MCAP file from its beginning to its end, also when the file is truncated
+/// or damaged. It trusts no length: a record must fit into the rest of its file or chunk.
+///
+/// A chunk with a correct CRC is trusted. After a malformed record the scan continues at the next
+/// trusted chunk.
 class McapScanner
 {
 public:
-    /// Hears of damage: the first byte that is lost or wrong, and a sentence.
+    /// Is called for damage, with the first lost or wrong byte and a sentence.
     using Report = std::function<void(std::uint64_t, const std::string&)>;
 
-    /// Error when the file is none of MCAP. `file` must outlive this.
+    /// Throws Error when the file is no MCAP file. `file` must outlive this object.
     McapScanner(FileBytes& file, Report report);
 
-    /// The next header, schema, channel, message or metadata record, from inside a chunk or not;
-    /// false at the end. Error when it meets a compressed chunk.
+    /// Reads the next header, schema, channel, message or metadata record, inside or outside a
+    /// chunk. Returns false at the end. Throws Error at a compressed chunk.
     bool Next(McapRecord& record);
 
-    /// Everything before it has been looked at.
+    /// The scan has read everything before this offset.
     std::uint64_t Offset() const { return mOffset; }
 
 private:
@@ -60,15 +60,15 @@ private:
 
     FileBytes& mFile;
     const Report mReport;
-    std::uint64_t mSearchBudget; // bytes that may still be checked for chunks out of place
+    std::uint64_t mSearchBudget; // bytes that the search for misplaced chunks may still check
     std::uint64_t mOffset = 0;
-    std::uint64_t mTrusted = 0; // everything before it is read, or known to be damaged
-    std::string mContent;       // of the record, or the records of the chunk
-    std::string_view mRecords;  // of the chunk, those that are left
-    bool mBehindChunk = false;  // nothing but indexes has come since
+    std::uint64_t mTrusted = 0; // everything before it has been read or is known to be damaged
+    std::string mContent;       // the record's content, or all records of the chunk
+    std::string_view mRecords;  // the remaining records of the chunk
+    bool mBehindChunk = false;  // only indexes have followed the last chunk
     bool mDone = false;
     bool mIsDamaged = false;
-    Crc32 mCrc; // of the data section so far
+    Crc32 mCrc; // CRC of the data section so far
 };
 
 } // namespace qltkit

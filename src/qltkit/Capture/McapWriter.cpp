@@ -17,7 +17,7 @@ namespace
 
 constexpr std::size_t CHUNK_SIZE = 1 << 20;
 
-/// The earliest and the latest of times; both 0 of none.
+/// The earliest and the latest of some times. Both are 0 when there are none.
 struct TimeSpan
 {
     void Add(std::uint64_t timeNs)
@@ -66,7 +66,7 @@ struct McapWriter::State
     void Close();
 
     Sink sink;
-    Crc32 crc; // of all so far
+    Crc32 crc; // CRC of all bytes so far
     std::uint64_t offset = 0;
     std::vector<Channel> channels;
     std::string chunk;
@@ -135,7 +135,7 @@ void McapWriter::AddMessage(const McapMessage& message)
     State::Channel& channel = state.channels[message.channel - 1U];
     if (channel.chunkIndex.empty())
     {
-        // Again in every chunk, so that each can be read when the others are lost.
+        // Every chunk repeats these records, so it can be read when other chunks are lost.
         state.chunk += channel.schemaRecord;
         state.chunk += channel.channelRecord;
     }
@@ -219,7 +219,7 @@ void McapWriter::State::WriteChunk()
     Write(chunk);
 }
 
-/// The map of their offsets by channel, for the chunk's index.
+/// Writes the indexes and returns the map from channel to offset for the chunk's index.
 std::string McapWriter::State::WriteMessageIndexes()
 {
     std::string offsets;
@@ -264,7 +264,8 @@ std::string McapWriter::State::Statistics() const
     return record;
 }
 
-/// The records of the summary, and the offsets of their groups; in the order that all readers take.
+/// The records of the summary and the offsets of their groups, in the order that all readers
+/// accept.
 std::string McapWriter::State::Summary() const
 {
     std::string schemaRecords;

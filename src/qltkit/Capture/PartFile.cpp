@@ -20,8 +20,8 @@ std::string LastReason()
     return errno == 0 ? "it failed" : std::generic_category().message(errno);
 }
 
-/// "walk.part.mcap" for "walk.mcap", so that the ending still tells what it is. What a killed
-/// process has left is not overwritten. A pipe or a device has no other name.
+/// Returns "walk.part.mcap" for "walk.mcap", so the extension still shows the type. A file that a
+/// killed process has left is not overwritten. A pipe or a device keeps its name.
 std::filesystem::path PartOf(const std::filesystem::path& target)
 {
     std::error_code ignored;
@@ -54,7 +54,7 @@ PartFile::PartFile(const std::filesystem::path& target)
     {
         throw Error("cannot write " + TextOf(target) + ": it is a folder");
     }
-    // Without a buffer of its own, so that it tells how many bytes the system has taken.
+    // The file has no buffer, so it reports how many bytes the system has taken.
     mFile.pubsetbuf(nullptr, 0);
     errno = 0;
     if (mFile.open(mPart, std::ios::out | std::ios::binary | std::ios::trunc) == nullptr)

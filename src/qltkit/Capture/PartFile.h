@@ -1,5 +1,3 @@
-// A file that has a temporary name until it is finished, and that keeps what the system does not
-// take.
 #pragma once
 
 #include <filesystem>
@@ -10,27 +8,29 @@
 namespace qltkit
 {
 
+/// A file with a temporary name until it is finished. It keeps the bytes that the system has not
+/// taken yet. One thread at a time.
 class PartFile
 {
 public:
-    /// Error when it cannot be created.
+    /// Creates the temporary file. Throws Error when it cannot be created.
     explicit PartFile(const std::filesystem::path& target);
 
     const std::filesystem::path& TemporaryPath() const { return mPart; }
 
-    /// Keeps the bytes for Write.
+    /// Stores the bytes for Write.
     void Append(std::string_view bytes) { mPending += bytes; }
 
     std::size_t PendingBytes() const { return mPending.size(); }
 
-    /// Hands what is pending to the system. False when that does not take all of it, on a full disk
-    /// for one; the rest stays pending, and `reason` says why.
+    /// Gives the pending bytes to the system. Returns false when the system does not take all of
+    /// them, for example on a full disk. The rest stays pending, and `reason` gets the reason.
     bool Write(std::string& reason);
 
     /// Closes and removes the file.
     void Discard();
 
-    /// Closes the file and gives it its name. Error when that fails.
+    /// Closes the file and gives it its final name. Throws Error when that fails.
     void Finish();
 
 private:

@@ -1,4 +1,3 @@
-// Takes events, texts and frames from threads that must not wait to the one that writes them.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>
@@ -13,19 +12,20 @@ namespace qltkit
 
 struct Post
 {
-    /// What it counts as against the limit of what may wait.
+    /// The number of bytes that count against the limit of waiting bytes.
     std::size_t Size() const { return sizeof(Post) + name.size() + text.size(); }
 
     CaptureItem::Kind kind = CaptureItem::Kind::Event;
     std::int64_t hostTimeNs = 0;
-    std::uint64_t after = 0; // how many reports had been added before
+    std::uint64_t after = 0; // the number of reports that were added before it
     CaptureLevel level = CaptureLevel::Unknown;
     std::string name;
-    std::string text;   // of a frame, its pixels
+    std::string text;   // or the pixels of a frame
     CaptureFrame frame; // without its pixels
     Post* next = nullptr;
 };
 
+/// Passes events, texts and frames from threads that must not wait to the thread that writes them.
 class PostList
 {
 public:
@@ -43,7 +43,8 @@ public:
     PostList(const PostList&) = delete;
     PostList& operator=(const PostList&) = delete;
 
-    /// Any thread. Whether a post of `size` bytes has room; if so, it counts until Release.
+    /// Returns true when a post of `size` bytes has room. The bytes then count until Release. Any
+    /// thread.
     bool Reserve(std::size_t size) noexcept
     {
         if (mBytes.fetch_add(size) + size <= mMaxBytes)
@@ -56,7 +57,7 @@ public:
 
     void Release(std::size_t size) noexcept { mBytes.fetch_sub(size); }
 
-    /// Any thread.
+    /// Adds a post. Any thread.
     void Push(std::unique_ptr<Post> post) noexcept
     {
         Post* const added = post.release();
@@ -67,7 +68,7 @@ public:
         }
     }
 
-    /// One thread. Appends all posts, the oldest first.
+    /// Appends all posts to `posts`, the oldest first. One thread.
     void Take(std::deque<std::unique_ptr<Post>>& posts)
     {
         Post* newest = mLast.exchange(nullptr, std::memory_order_acquire);

@@ -1,4 +1,3 @@
-// Takes reports from threads that must not wait to the one that writes them. A full ring refuses.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>
@@ -11,6 +10,8 @@
 namespace qltkit
 {
 
+/// Passes reports from threads that must not wait to the thread that writes them. A full ring
+/// refuses a report.
 class ReportRing
 {
 public:
@@ -20,8 +21,8 @@ public:
         CaptureReport report{};
     };
 
-    /// Makes room for the next power of two, and touches all of it, so that no later page fault
-    /// does.
+    /// Allocates the next power of two slots. It touches all memory now, so no page fault happens
+    /// later.
     explicit ReportRing(std::size_t atLeast)
         : mSlots(PowerOfTwo(atLeast))
     {
@@ -31,7 +32,7 @@ public:
         }
     }
 
-    /// Any thread. False when the ring is full.
+    /// Adds a report. Returns false when the ring is full. Any thread.
     bool Push(const std::uint8_t* report, std::int64_t hostTimeNs) noexcept
     {
         std::uint64_t place = mEnd.load(std::memory_order_relaxed);
@@ -51,7 +52,7 @@ public:
             }
             else if (turn < place)
             {
-                return false; // the report of the round before is still there
+                return false; // the slot still holds the report of the previous round
             }
             else
             {
@@ -60,10 +61,10 @@ public:
         }
     }
 
-    /// How many reports have been pushed since the beginning.
+    /// The number of reports that have been added.
     std::uint64_t End() const noexcept { return mEnd.load(std::memory_order_acquire); }
 
-    /// One thread. False when the next report is not there yet.
+    /// Takes the next report. Returns false when it has not arrived yet. One thread.
     bool Pop(Entry& entry) noexcept
     {
         Slot& slot = mSlots[mBegin & (mSlots.size() - 1)];
@@ -78,7 +79,8 @@ public:
     }
 
 private:
-    /// `turn` is the place whose report may go in, and one more once it is there.
+    /// `turn` is the position of the report that the slot waits for, and this position + 1 when the
+    /// slot holds it.
     struct Slot
     {
         std::atomic<std::uint64_t> turn{0};
@@ -96,7 +98,7 @@ private:
     }
 
     std::vector<Slot> mSlots;
-    alignas(64) std::atomic<std::uint64_t> mEnd{0}; // apart from what the other thread changes
+    alignas(64) std::atomic<std::uint64_t> mEnd{0}; // on another cache line than mBegin
     alignas(64) std::uint64_t mBegin = 0;
 };
 

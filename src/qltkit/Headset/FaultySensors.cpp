@@ -12,7 +12,7 @@ namespace qltkit
 namespace
 {
 
-// The units of a script in those of the sensors' values.
+// The units of a script, expressed in the units of the sensors' values.
 constexpr double UNITS[] = {RAD_PER_DEG, 1.0, 1.0};
 
 } // namespace

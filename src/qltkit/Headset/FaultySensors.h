@@ -1,4 +1,3 @@
-// What is wrong with the sensors of a scripted headset.
 #pragma once
 
 #include <qltkit/Headset/HeadsetScript.h>
@@ -13,16 +12,18 @@
 namespace qltkit
 {
 
+/// Applies the faults of a script to the values of perfect sensors.
 class FaultySensors
 {
 public:
-    /// `script` must outlive this.
+    /// `script` must outlive this object.
     explicit FaultySensors(const HeadsetScript& script);
 
-    /// Turns what perfect sensors show at this moment into what these show. Once for each report.
+    /// Changes the values of perfect sensors at this moment into the values of the faulty sensors.
+    /// Call it once for each report.
     void Spoil(SensorValues& values, std::int64_t ns);
 
-    /// From the next report until `untilNs`, an axis repeats its last value.
+    /// The axis repeats its last value from the next report until `untilNs`.
     void Stick(HeadsetScript::Sensor sensor, std::size_t axis, std::int64_t untilNs);
 
 private:

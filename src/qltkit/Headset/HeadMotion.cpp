@@ -11,7 +11,7 @@ namespace qltkit
 namespace
 {
 
-/// Peak speed of the minimum-jerk step, and of the bump, over amplitude and length 1.
+/// Peak speeds of the minimum-jerk step and of the bump, for amplitude 1 and length 1.
 constexpr double STEP_PEAK_RATE = 1.875;
 constexpr double BUMP_PEAK_RATE = 3.4346;
 
@@ -56,8 +56,8 @@ HeadAngles HeadMotion::At(double timeS)
     }
     const double u = (timeS - mBeginS) / mLengthS;
     const double v = 1.0 - u;
-    // Both with vanishing first and second derivatives at their ends: 10u^3 - 15u^4 + 6u^5 and
-    // 64 u^3 v^3.
+    // Both curves have zero first and second derivatives at their ends: 10u^3 - 15u^4 + 6u^5 and 64
+    // u^3 v^3.
     const double step = u * u * u * (10.0 - 15.0 * u + 6.0 * u * u);
     const double stepRate = 30.0 * u * u * v * v / mLengthS;
     const double bump = 64.0 * u * u * u * v * v * v;

@@ -24,14 +24,14 @@ constexpr Range U16 = {0.0, 65535.0};
 constexpr Range U32 = {0.0, 4294967295.0};
 constexpr Range I32 = {-2147483648.0, 2147483647.0};
 
-/// The foreign device of an event without identifiers: one with the same driver and other firmware.
+/// The foreign device of an event without identifiers: it has the same driver and other firmware.
 constexpr std::uint16_t FOREIGN_VENDOR_ID = 0x04B4;
 constexpr std::uint16_t FOREIGN_PRODUCT_ID = 0x1003;
 
 const std::vector<std::string> SENSORS = {"gyroscope", "accelerometer", "magnetometer"};
 const std::vector<std::string> AXES = {"x", "y", "z"};
 
-// In the order of HeadsetScript::EventKind and HeadsetScript::Motion.
+// The names in the order of HeadsetScript::EventKind and HeadsetScript::Motion.
 const std::vector<std::string> EVENTS = {
     "unplug", "plug",       "stall",       "short_read", "sequence_jump", "repeat",
     "drop",   "clock_jump", "clock_drift", "stick",      "foreign_plug",  "foreign_unplug"};
@@ -194,7 +194,7 @@ HeadsetScript::Event EventOf(JsonFields fields)
 HeadsetScript ScriptOf(JsonFields fields, const std::filesystem::path& folder)
 {
     HeadsetScript script;
-    fields.Find("$schema"); // editors complete and check by it
+    fields.Find("$schema"); // editors use it to complete and to check
     script.about = fields.Has("about") ? fields.Text("about") : "";
     script.seed = fields.Has("seed") ? fields.Count("seed") : 0;
     script.seconds = fields.Number("seconds", {0.001, MAX_SCRIPT_SECONDS}, 0.0);

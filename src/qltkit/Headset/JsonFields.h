@@ -1,5 +1,3 @@
-// The fields of one JSON object, each asked for by its name and checked. Errors have file, line and
-// field.
 #pragma once
 
 #include "Headset/JsonTree.h"
@@ -17,19 +15,21 @@ struct Range
     double most;
 };
 
+/// Reads the fields of one JSON object by name and checks them. Errors contain the file, the line
+/// and the field.
 class JsonFields
 {
 public:
-    /// `path` is the object's place, "events[3]"; empty for the whole text. Both must outlive this.
-    /// Error when `object` is none.
+    /// `path` is the object's place in the text, for example "events[3]"; it is empty for the whole
+    /// text. `object` and `file` must outlive this reader. Throws Error when `object` is no object.
     JsonFields(const JsonValue& object, std::string path, const std::string& file);
 
-    /// Null when the field is not there.
+    /// Returns null when the field is missing.
     const JsonValue* Find(const std::string& field);
 
     bool Has(const std::string& field) { return Find(field) != nullptr; }
 
-    /// These need the field, of this kind and in this range.
+    /// The operations below throw Error when the field is missing, of another kind or out of range.
     double Number(const std::string& field, Range range);
     std::int64_t Whole(const std::string& field, Range range);
     std::string Text(const std::string& field);
@@ -37,19 +37,19 @@ public:
     const std::vector<JsonValue::Member>& List(const std::string& field);
     std::array<double, 3> Vector(const std::string& field, Range range);
 
-    /// The place of the field's text among the choices.
+    /// The index of the field's text in `choices`.
     std::size_t Choice(const std::string& field, const std::vector<std::string>& choices);
 
-    /// Any whole number from 0 to 2^64 - 1.
+    /// Any integer from 0 to 2^64 - 1.
     std::uint64_t Count(const std::string& field);
 
-    /// Without the field: `fallback`.
+    /// Returns `fallback` when the field is missing.
     double Number(const std::string& field, Range range, double fallback);
 
-    /// An object of the list in `field`.
+    /// An object in the list of `field`.
     JsonFields Item(const std::string& field, std::size_t index);
 
-    /// Error for any field that nobody has asked for.
+    /// Throws Error for a field that nobody has asked for.
     void RefuseOthers() const;
 
     [[noreturn]] void Fail(const std::string& field, const std::string& text) const;

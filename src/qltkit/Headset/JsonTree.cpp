@@ -16,15 +16,15 @@ namespace
 
 using Json = nlohmann::json;
 
-/// The line of the last character that was not white space. The parser reads at most one character
-/// past the end of a value, and only to find the end of a number.
+/// Keeps the line of the last character that was not white space. The parser reads at most one
+/// character after the end of a value, and only to find the end of a number.
 struct Place
 {
     int current = 1;
     int ofLast = 1;
 };
 
-/// Hands text to the parser and keeps the place.
+/// Gives the text to the parser and keeps the line.
 class Reader
 {
 public:
@@ -71,7 +71,7 @@ private:
     Place* mPlace;
 };
 
-/// Builds the tree. Each operation returns whether the parser goes on.
+/// Builds the tree. Each operation returns true when the parser should continue.
 class TreeBuilder final : public nlohmann::json_sax<Json>
 {
 public:
@@ -114,8 +114,7 @@ public:
 
     bool number_float(number_float_t, const string_t& text) override
     {
-        // The parser's own value comes from the C library, whose last bit is not the same
-        // everywhere.
+        // The parser's own value comes from the C library. Its last bit differs between systems.
         double& number = Add(JsonValue::Kind::Number).number;
         std::from_chars(text.data(), text.data() + text.size(), number);
         return true;
@@ -150,7 +149,8 @@ public:
 
     bool parse_error(std::size_t, const std::string&, const Json::exception& error) override
     {
-        // "...: syntax error while parsing value - unexpected end of input; last read: ...".
+        // The parser's message is "...: syntax error while parsing value - unexpected end of input;
+        // last read: ...".
         constexpr std::string_view BEFORE_REASON = " - ";
         const std::string what = error.what();
         const std::size_t begin = what.find(BEFORE_REASON);
@@ -207,7 +207,7 @@ private:
     const std::string& mName;
     const Place& mPlace;
     JsonValue mRoot;
-    std::vector<JsonValue*> mOpen; // only the last one grows, so the others stay where they are
+    std::vector<JsonValue*> mOpen; // only the last one grows, so the others do not move
     std::string mKey;
     std::size_t mValues = 0;
 };

@@ -1,4 +1,4 @@
-// JSON text as a tree that knows its lines, with limits that keep its memory small.
+// A tree of JSON values that know their lines. Limits keep its memory small.
 #pragma once
 
 #include <cstddef>
@@ -25,12 +25,12 @@ struct JsonValue
     struct Member;
 
     Kind kind = Kind::Null;
-    bool isCount = false; // a number that is whole and not below zero
+    bool isCount = false; // the number is an integer and not negative
     int line = 1;
     double number = 0.0;
-    std::uint64_t count = 0;     // the number, exactly, when it is a count
+    std::uint64_t count = 0;     // the exact number when isCount
     std::string text;            // of a text
-    std::vector<Member> members; // of a list, without names, or an object
+    std::vector<Member> members; // of an object, or of a list, where they have no names
 };
 
 struct JsonValue::Member
@@ -44,11 +44,11 @@ constexpr std::size_t MAX_JSON_VALUES = 50000;
 constexpr std::size_t MAX_JSON_DEPTH = 8;
 constexpr std::size_t MAX_JSON_FIELDS = 32; // of one object
 
-/// Error, with `name` and the line, for text that is no JSON, exceeds a limit or has two fields of
-/// one name in an object.
+/// Parses a text. Throws Error with `name` and the line when the text is no JSON, exceeds a limit
+/// or has two fields of the same name in one object.
 JsonValue ParseJson(std::string_view text, const std::string& name);
 
-/// At most 40 characters of `text`, for a message.
+/// Returns at most 40 characters of `text` for a message.
 std::string Quoted(const std::string& text);
 
 } // namespace qltkit

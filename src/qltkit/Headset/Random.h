@@ -1,5 +1,5 @@
-// Random numbers with the same values on every system: the standard fixes the engines, but not the
-// distributions.
+// Random numbers with the same values on every system. The standard specifies the engines, but not
+// the distributions.
 #pragma once
 
 #include <random>
@@ -7,14 +7,14 @@
 namespace qltkit
 {
 
-/// In [low, high).
+/// A uniform number in [low, high).
 inline double Uniform(std::mt19937_64& random, double low, double high)
 {
     return low + (high - low) * (static_cast<double>(random() >> 11) * 0x1p-53);
 }
 
-/// Near enough to a normal distribution, and without a logarithm: the sum of twelve uniform
-/// numbers.
+/// Approximates a normal distribution by the sum of twelve uniform numbers. This needs no
+/// logarithm.
 inline double Normal(std::mt19937_64& random, double deviation)
 {
     double sum = -6.0;

@@ -35,7 +35,7 @@ public:
     {
         const bool succeeded = mEndPoint.TransferData(buffer, length);
         const std::int64_t nowNs = mClock.NowNs();
-        if (length == qlt::SENSOR_REPORT_SIZE) // as the tracker judges it
+        if (length == qlt::SENSOR_REPORT_SIZE) // the tracker uses the same test
         {
             qlt::SensorReport report;
             std::copy_n(buffer, report.size(), report.begin());
@@ -83,7 +83,7 @@ public:
 
 private:
     std::unique_ptr<qlt::VendorUsbDevice> mDevice;
-    std::vector<std::unique_ptr<TappedEndPoint>> mTapped; // null for those that pass through
+    std::vector<std::unique_ptr<TappedEndPoint>> mTapped; // null for endpoints that pass through
 };
 
 } // namespace

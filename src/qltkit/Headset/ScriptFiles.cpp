@@ -14,7 +14,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// Whether following the name, links included, ends in `folder` or below.
+/// True when the path is `folder` or below it after all links are followed.
 bool IsInside(const fs::path& folder, const fs::path& path)
 {
     std::error_code error;
@@ -24,7 +24,7 @@ bool IsInside(const fs::path& folder, const fs::path& path)
                          root.end();
 }
 
-/// Whether it is a name on every system, relative, without a way up.
+/// True for a relative name that is valid on every system and does not go up.
 bool IsPlainName(const std::string& name)
 {
     const fs::path path = fs::u8path(name);
@@ -34,7 +34,7 @@ bool IsPlainName(const std::string& name)
            std::find(path.begin(), path.end(), "..") == path.end();
 }
 
-/// The reports of a capture, without whatever else is in it.
+/// Reads the reports of a capture and ignores its other items.
 std::vector<qlt::SensorReport> ReadCapture(const fs::path& path, std::uintmax_t size)
 {
     std::vector<qlt::SensorReport> reports;
@@ -55,7 +55,7 @@ std::vector<qlt::SensorReport> ReadCapture(const fs::path& path, std::uintmax_t 
     return reports;
 }
 
-/// The reports of a file that holds nothing else.
+/// Reads the reports of a file that contains only reports.
 std::vector<qlt::SensorReport> ReadPlain(const fs::path& path, std::uintmax_t size)
 {
     if (size % qlt::SENSOR_REPORT_SIZE != 0)

@@ -1,4 +1,4 @@
-// The files of a script.
+// Reads the files of a script.
 #pragma once
 
 #include <qlt/Sensors/SensorReport.h>
@@ -11,15 +11,18 @@
 namespace qltkit
 {
 
-/// The contents of a regular file. Error when it cannot be read or has more than `limit` bytes.
+/// Returns the content of a regular file. Throws Error when it cannot be read or has more than
+/// `limit` bytes.
 std::string ReadSmallFile(const std::filesystem::path& path, std::size_t limit);
 
-/// The file called `name`, in UTF-8 and with slashes, in `folder` or a folder inside. Error, as the
-/// end of a sentence that begins with the field, when it leads out of `folder` or is no file.
+/// Returns the path of the file `name` in `folder` or in a folder inside it. `name` is in UTF-8
+/// with slashes. Throws Error when the path is outside `folder` or is no file. The text of the
+/// Error is the end of a sentence that begins with the field.
 std::filesystem::path PathInside(const std::filesystem::path& folder, const std::string& name);
 
-/// The reports of a capture (.mcap), or of a file that holds them one after another. Error, as the
-/// end of such a sentence, when it cannot be read, is damaged or cut off, or holds none.
+/// Reads the reports of a capture (.mcap), or of a file that contains reports one after another.
+/// Throws Error with such a text when the file cannot be read, is damaged or truncated, or contains
+/// no report.
 std::vector<qlt::SensorReport> ReadReports(const std::filesystem::path& path);
 
 } // namespace qltkit

@@ -15,8 +15,9 @@ using Point = HeadsetScript::Point;
 
 constexpr double Point::*ANGLES[] = {&Point::yawDeg, &Point::pitchDeg, &Point::rollDeg};
 
-/// The slope of the curve at a point between two segments of these lengths and mean slopes, after
-/// Steffen: zero where the direction turns, and never so steep that the curve would overshoot.
+/// The slope of the curve at a point between two segments with these lengths and mean slopes, by
+/// Steffen's method. It is zero at a change of direction, and never so steep that the curve
+/// overshoots.
 double SlopeBetween(double length0, double slope0, double length1, double slope1)
 {
     if (slope0 * slope1 <= 0.0)
@@ -29,7 +30,7 @@ double SlopeBetween(double length0, double slope0, double length1, double slope1
     return slope0 < 0.0 ? -size : size;
 }
 
-/// At the first and the last point the head is at rest.
+/// The rates at all points. The head is at rest at the first and at the last point.
 std::vector<Point> RatesAt(const std::vector<Point>& points)
 {
     std::vector<Point> rates(points.size());
@@ -56,7 +57,7 @@ struct OnCurve
     double rate;
 };
 
-/// The cubic through `from` and `to` with these rates, at `u` in [0, 1] of its length.
+/// Evaluates the cubic through `from` and `to` with these rates, at `u` in [0, 1] of its length.
 OnCurve Cubic(double from, double rateFrom, double to, double rateTo, double length, double u)
 {
     const double rise = to - from;

@@ -1,4 +1,3 @@
-// The motion of the head that a script describes.
 #pragma once
 
 #include <qltkit/Headset/HeadMotion.h>
@@ -11,6 +10,7 @@
 namespace qltkit
 {
 
+/// Computes the motion of the head that a script describes.
 class ScriptMotion
 {
 public:
@@ -23,12 +23,12 @@ private:
     HeadAngles AlongPoints(double timeS);
 
     const HeadsetScript::Motion mKind;
-    std::mt19937_64 mRandom; // before the turns, which draw from it
+    std::mt19937_64 mRandom; // before the turns, because they draw from it
     HeadMotion mTurns;
     const double mSpeed;
     std::vector<HeadsetScript::Point> mPoints;
-    std::vector<HeadsetScript::Point> mRates; // at the points, degrees a second
-    std::size_t mNext = 0;                    // the first point that is not reached yet
+    std::vector<HeadsetScript::Point> mRates; // at the points, degrees per second
+    std::size_t mNext = 0;                    // the first point that has not been reached yet
 };
 
 } // namespace qltkit

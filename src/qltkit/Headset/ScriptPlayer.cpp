@@ -20,10 +20,11 @@ constexpr std::uint32_t PERIOD_US = 1000;
 constexpr std::uint32_t FIRST_SEQUENCE = 1;
 constexpr std::uint32_t FIRST_TIME_US = 1000000;
 
-/// A longer gap in a recording is no pause but another start of its clock.
+/// A longer gap in a recording is a restart of its clock and no pause.
 constexpr std::uint32_t MAX_GAP_US = 10000000;
 
-/// Keeps the draws of the host apart from those of the sensors, which have the script's seed.
+/// Keeps the random numbers of the host apart from the random numbers of the sensors, which use the
+/// script's seed.
 constexpr std::uint64_t HOST_SEED = 0x9E3779B97F4A7C15;
 
 } // namespace
@@ -86,7 +87,7 @@ const ScriptedRead& ScriptPlayer::Gone(std::int64_t ns)
     return mRead;
 }
 
-/// Goes on to the next plug; false when there is none.
+/// Advances to the next plug event. Returns false when there is none.
 bool ScriptPlayer::PlugIn()
 {
     while (mNextEvent < mScript.events.size() && !mIsPlugged)
@@ -104,7 +105,7 @@ bool ScriptPlayer::PlugIn()
     return mIsPlugged;
 }
 
-/// Everything until then has happened; false when the headset has been unplugged by it.
+/// Performs all events until `ns`. Returns false when one of them has unplugged the headset.
 bool ScriptPlayer::HappenUntil(std::int64_t ns)
 {
     while (mIsPlugged && mNextEvent < mScript.events.size() &&
@@ -155,11 +156,11 @@ void ScriptPlayer::Happen(const HeadsetScript::Event& event)
         break;
     case Kind::ForeignPlug:
     case Kind::ForeignUnplug:
-        break; // nothing to this headset
+        break; // no effect on this headset
     }
 }
 
-/// False for a report that never arrives.
+/// Makes a report. Returns false when the report never arrives.
 bool ScriptPlayer::MakeReport(std::int64_t ns)
 {
     Sense(ns);
@@ -207,7 +208,7 @@ void ScriptPlayer::Sense(std::int64_t ns)
     PutSensors(mRead.report, values);
 }
 
-/// Gives a report its sequence number and its device time, from its own.
+/// Gives a report its sequence number and its device time, from its own numbers and the offsets.
 void ScriptPlayer::Number(qlt::SensorReport& report)
 {
     const std::uint32_t sequence = U32In(report, SEQUENCE_OFFSET);
@@ -225,7 +226,7 @@ void ScriptPlayer::Number(qlt::SensorReport& report)
     mRead.truth.sequence = sequence + mSequenceOffset;
 }
 
-/// To the next sample.
+/// Advances to the next sample.
 void ScriptPlayer::Advance()
 {
     std::uint32_t stepUs = PERIOD_US;
@@ -240,7 +241,8 @@ void ScriptPlayer::Advance()
     ++mSample;
 }
 
-/// To the first sample that is not before `ns`; a headset takes one as soon as it is plugged in.
+/// Advances to the first sample that is not before `ns`. A headset takes a sample as soon as it is
+/// plugged in.
 void ScriptPlayer::AdvanceTo(std::int64_t ns)
 {
     if (!IsRecorded())

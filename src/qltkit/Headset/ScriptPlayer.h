@@ -1,5 +1,3 @@
-// Performs a script: one read of the headset after another, each with the moment at which it ends.
-// It knows no thread and no clock, so the same script gives the same reads everywhere.
 #pragma once
 
 #include <qltkit/Headset/HeadsetScript.h>
@@ -16,25 +14,28 @@
 namespace qltkit
 {
 
-/// How a read ends.
+/// The result of a read.
 struct ScriptedRead
 {
     qlt::SensorReport report{};
-    std::uint32_t length = 0;   // how much of the report; 64 is all
-    bool isGone = false;        // the headset is unplugged, and nothing is read
-    bool isOver = false;        // for good
-    std::size_t plugging = 0;   // as BusState
-    std::int64_t arrivalNs = 0; // never before that of the read before
+    std::uint32_t length = 0;   // bytes of the report; 64 is the whole report
+    bool isGone = false;        // the headset is unplugged, so the read fails
+    bool isOver = false;        // the script has ended
+    std::size_t plugging = 0;   // as in BusState
+    std::int64_t arrivalNs = 0; // never decreases
     ScriptedTruth truth;
 };
 
+/// Plays a script: it makes one read of the headset after another, each with the moment at which it
+/// ends. It uses no thread and no clock, so the same script gives the same reads everywhere.
 class ScriptPlayer
 {
 public:
-    /// `script`, which must outlive this, has no fault.
+    /// `script` must have no fault and must outlive this object.
     explicit ScriptPlayer(const HeadsetScript& script);
 
-    /// The next read; after the last one the same without an end. Valid until the next call.
+    /// Makes the next read. After the last read it returns the last one again, as often as it is
+    /// called. The reference is valid until the next call.
     const ScriptedRead& Next();
 
 private:
@@ -61,23 +62,24 @@ private:
     std::size_t mNextEvent = 0;
     bool mIsPlugged = true;
     bool mIsOver = false;
-    std::int64_t mUnplugNs = 0; // the next one
+    std::int64_t mUnplugNs = 0; // the time of the next unplug
 
-    // The next sample of the head: its number, its time, and what is added to its own numbers.
+    // The next sample of the head: its number, its time, and the offsets of its sequence number and
+    // its clock.
     std::size_t mSample = 0;
     double mTimeNs = 0.0;
     double mDriftPpm;
-    bool mIsFresh = true; // the numbers begin again with it
+    bool mIsFresh = true; // the numbers restart with it
     std::uint32_t mSequenceOffset = 0;
     std::uint32_t mClockOffset = 0;
 
-    // What waits for the next report.
+    // Effects of events on the next reports.
     std::int64_t mStallEndNs = 0;
     std::int64_t mDrops = 0;
     std::int64_t mRepeats = 0;
     std::optional<std::uint32_t> mShortLength;
 
-    std::int64_t mRepeatsNow = 0; // of mRead
+    std::int64_t mRepeatsNow = 0; // repetitions of mRead that are left
     ScriptedRead mRead;
 };
 

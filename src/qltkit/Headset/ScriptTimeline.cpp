@@ -29,7 +29,8 @@ std::optional<ScriptFault> FindFaultInPoints(const HeadsetScript& script)
     return std::nullopt;
 }
 
-/// Why the event cannot happen to this bus; changes the bus when it can.
+/// Returns the reason why the event cannot happen on this bus, or changes the bus and returns an
+/// empty text.
 std::string Happen(const HeadsetScript::Event& event, BusState& bus)
 {
     switch (event.kind)

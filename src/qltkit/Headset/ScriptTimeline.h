@@ -1,4 +1,4 @@
-// What is plugged in when, by a script, and the rules that its lists keep.
+// The state of the bus over the time of a script, and the rules for the script's lists.
 #pragma once
 
 #include <qltkit/Headset/HeadsetScript.h>
@@ -15,7 +15,7 @@ constexpr double MAX_SCRIPT_SECONDS = 1e6;
 constexpr double MAX_DRIFT_PPM = 100000.0;
 constexpr double MAX_LATE_MS = 10000.0;
 
-/// The first place of a script's lists where a rule is broken.
+/// The first entry of a script's lists that breaks a rule.
 struct ScriptFault
 {
     std::string list; // "points" or "events"
@@ -24,25 +24,26 @@ struct ScriptFault
     std::string text; // the end of a sentence that begins with the field
 };
 
-/// Checks what no single number tells: order, and what is plugged in when it is to be unplugged.
+/// Checks the rules between entries: the order, and that an unplug event finds its device plugged
+/// in.
 std::optional<ScriptFault> FindFault(const HeadsetScript& script);
 
-/// Nanoseconds from the beginning of the script.
+/// Converts seconds into nanoseconds from the beginning of the script.
 std::int64_t ToNs(double seconds);
 
 /// The state of the bus between two moments.
 struct BusState
 {
     std::int64_t fromNs = 0;
-    std::size_t plugging = 0; // counts how often the headset was plugged in; 0: the first time
+    std::size_t plugging = 0; // counts the plug events of the headset; 0 at the beginning
     bool isPlugged = true;
-    const HeadsetScript::Event* foreign = nullptr; // the device that is ahead of the headset
+    const HeadsetScript::Event* foreign = nullptr; // the device that is found before the headset
 };
 
 class ScriptTimeline
 {
 public:
-    /// `script`, which must outlive this, has no fault. `endNs` is where it ends.
+    /// `script` must have no fault and must outlive this object. `endNs` is its end.
     ScriptTimeline(const HeadsetScript& script, std::int64_t endNs);
 
     const BusState& At(std::int64_t ns) const;

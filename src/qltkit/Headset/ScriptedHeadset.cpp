@@ -27,13 +27,13 @@ constexpr std::int64_t NEVER = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t KEPT_NS = 100000000;
 constexpr std::int64_t BEFORE_BEGIN_NS = -1000000;
 
-/// So that those who poll do not spin.
+/// Sleeps last this long after Close, so that polling loops do not spin.
 constexpr std::int64_t CLOSED_SLEEP_NS = 1000000;
 
-/// The longest wait at a time, because longer ones overflow in some libraries.
+/// The longest single wait. Longer waits overflow in some libraries.
 constexpr std::int64_t MAX_WAIT_NS = 3600000000000;
 
-/// Whether there is nothing to read any more.
+/// True when there is nothing more to read.
 bool IsLast(const ScriptedRead& read) { return read.isGone && read.isOver; }
 
 HeadsetScript Checked(HeadsetScript script)
@@ -61,7 +61,7 @@ public:
     bool IsOver() const;
     ScriptedTruth Truth() const;
 
-    /// The end of a read by a device that was opened after so many pluggings.
+    /// Performs a read of a device that was opened after `plugging` plug events.
     bool Read(std::size_t plugging, std::uint8_t* buffer, std::uint32_t& length);
 
 private:
@@ -82,24 +82,24 @@ private:
     const Pace mPace;
     const ScriptTimeline mTimeline;
 
-    mutable std::mutex mMutex; // guards what follows
+    mutable std::mutex mMutex; // guards the members below
     std::condition_variable mChanged;
     ScriptPlayer mPlayer;
-    ScriptedRead mNext;   // what the next read gives
+    ScriptedRead mNext;   // the result of the next read
     ScriptedTruth mTruth; // of the last whole report
     bool mIsClosed = false;
-    bool mIsOver = false;                  // the script, by its last read
-    std::int64_t mBeginNs = NEVER;         // by the machine's clock, in real time
-    std::int64_t mNowNs = BEFORE_BEGIN_NS; // fastest: at the end of the last read
-    std::int64_t mBusNs = 0;               // fastest: how far the script is on the bus
-    std::int64_t mWakeNs = NEVER;          // fastest: when the first sleeper wakes up
-    std::size_t mOpen = 0;                 // headsets that are open
+    bool mIsOver = false;                  // the last read of the script has been made
+    std::int64_t mBeginNs = NEVER;         // RealTime: by the machine's clock
+    std::int64_t mNowNs = BEFORE_BEGIN_NS; // Fastest: at the end of the last read
+    std::int64_t mBusNs = 0;               // Fastest: the script's time on the bus
+    std::int64_t mWakeNs = NEVER;          // Fastest: when the first sleeper wakes up
+    std::size_t mOpen = 0;                 // number of open headsets
 };
 
 class ScriptedHeadset::Impl::EndPoint final : public qlt::UsbEndPoint
 {
 public:
-    /// Without an `owner`: of a device that sends nothing.
+    /// A null `owner` makes an endpoint of a device that sends nothing.
     EndPoint(Impl* owner, std::size_t plugging)
         : mOwner(owner)
         , mPlugging(plugging)
@@ -183,7 +183,7 @@ std::int64_t ScriptedHeadset::Impl::ScriptNs()
 
 const BusState& ScriptedHeadset::Impl::Bus() { return mTimeline.At(ScriptNs()); }
 
-/// Whether who looks for a headset now finds this one.
+/// True when a search for a headset finds this one now.
 bool ScriptedHeadset::Impl::IsFound()
 {
     const BusState& bus = Bus();
@@ -248,7 +248,7 @@ bool ScriptedHeadset::Impl::Read(std::size_t plugging, std::uint8_t* buffer, std
     return length != 0;
 }
 
-/// A read has ended.
+/// Stores the results of a finished read.
 void ScriptedHeadset::Impl::Publish(const ScriptedRead& read)
 {
     mIsOver = mIsOver || IsLast(mNext);
@@ -267,7 +267,7 @@ void ScriptedHeadset::Impl::Publish(const ScriptedRead& read)
     }
 }
 
-/// False when it was closed meanwhile.
+/// Waits for a moment of the script. Returns false when the headset was closed during the wait.
 bool ScriptedHeadset::Impl::WaitUntil(Lock& lock, std::int64_t scriptNs)
 {
     for (std::int64_t leftNs = scriptNs - ScriptNs(); leftNs > 0 && !mIsClosed;
@@ -315,7 +315,7 @@ void ScriptedHeadset::Impl::SleepFast(Lock& lock, std::int64_t durationNs)
         mWakeNs = std::min(mWakeNs, wakeNs);
         return mIsClosed || mOpen == 0 || mNowNs >= wakeNs;
     };
-    // A reader may be slower than the script, or not read at all.
+    // A reader may be slower than the script, or it may not read at all.
     mChanged.wait_for(lock, longest, isAwake);
     if (mOpen > 0 || mIsClosed || IsFound())
     {

@@ -25,23 +25,24 @@ constexpr double QUATERNION_COUNTS = 16384.0;
 constexpr std::size_t QUATERNION_OFFSET = 8;
 constexpr std::size_t TEMPERATURE_OFFSET = 34;
 
-// The place: the earth's field towards north (-z) and down, gauss, and a room that warms up.
+// The environment: the earth's magnetic field towards north (-z) and down in gauss, and a room that
+// warms up.
 constexpr double FIELD_NORTH = 0.2;
 constexpr double FIELD_DOWN = 0.45;
 constexpr double TEMPERATURE_C = 31.0;
 constexpr double WARMING_C_PER_MS = 2.0 / 60000.0;
 
-/// In single precision. Volatile, because GCC 12 would leave the rounding out where it computes two
-/// at a time.
+/// Rounds to single precision. The variable is volatile, because GCC 12 would omit the rounding
+/// when it computes two values at a time.
 double Rounded(double value)
 {
     const volatile auto rounded = static_cast<float>(value);
     return static_cast<double>(rounded);
 }
 
-/// Sines and cosines of the three turns. deliberate: the rounding is uneven, here and in FieldOf.
-/// The compiler of the first version left a part of it out, and the bytes of a seed stay what they
-/// were.
+/// Sines and cosines of the three turns. deliberate: only some values are rounded, here and in
+/// FieldOf. The compiler of the first version omitted the others, and the bytes of a seed must not
+/// change.
 struct Turns
 {
     Turns(double yaw, double pitch, double roll)
@@ -65,7 +66,7 @@ SensorVector AngularVelocityOf(const HeadAngles& rate, const Turns& t)
             rate.rollRate - rate.yawRate * t.sp};
 }
 
-/// World up in the body's axes, which an accelerometer at rest reads in g.
+/// The world's up direction in the body's axes. An accelerometer at rest shows it in g.
 SensorVector UpOf(const Turns& t) { return {t.cp * t.sr, t.cp * t.cr, -t.sp}; }
 
 /// The earth's magnetic field in the body's axes.
@@ -87,21 +88,21 @@ SensorVector InDouble(const qlt::Vec3& v)
     return {static_cast<double>(v.x()), static_cast<double>(v.y()), static_cast<double>(v.z())};
 }
 
-/// How a sensor's counts become a calibrated value: (counts / perUnit - position) * magnitude.
+/// The calibration of a sensor: value = (counts / perUnit - position) * magnitude.
 struct Calibration
 {
     std::size_t offset; // in the report
-    double perUnit;     // counts
+    double perUnit;     // counts per unit
     SensorVector position;
     SensorVector magnitude;
 };
 
-/// In the order of SensorValues::vectors.
+/// The calibrations in the order of SensorValues::vectors.
 const std::array<Calibration, 3>& Calibrations()
 {
     static const std::array<Calibration, 3> calibrations = []
     {
-        // The gyroscope is scaled by both magnitude offsets, its own and the magnetometer's.
+        // Two magnitude offsets scale the gyroscope: its own and the magnetometer's.
         SensorVector gyroscope = InDouble(Params::GYROSCOPE_MAGNITUDE_OFFSET);
         const SensorVector magnetometer = InDouble(Params::MAGNETOMETER_MAGNITUDE_OFFSET);
         for (std::size_t i = 0; i < gyroscope.size(); ++i)
@@ -121,7 +122,7 @@ const std::array<Calibration, 3>& Calibrations()
     return calibrations;
 }
 
-/// The nearest count that the sensor can express.
+/// Stores the nearest count that the sensor can express.
 void PutCount(std::uint8_t* bytes, double count)
 {
     const auto nearest = std::lround(std::clamp(count, -32768.0, 32767.0));
@@ -134,7 +135,8 @@ double CountIn(const std::uint8_t* bytes)
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8));
 }
 
-/// A vector of the tracker's frame in the sensor's axes: x there is our y, y there our -x.
+/// Stores a vector of the tracker's frame in the sensor's axes. The sensor's x is our y, and its y
+/// is our -x.
 void PutVector(std::uint8_t* bytes, const SensorVector& v, const Calibration& calibration)
 {
     SensorVector raw{};
@@ -168,7 +170,7 @@ SensorValues SensorsOn(const HeadAngles& head, double milliseconds)
 
 std::array<double, 4> OrientationOf(const HeadAngles& head)
 {
-    // Ry(yaw) * Rx(pitch) * Rz(roll) from the half turns.
+    // The quaternion of Ry(yaw) * Rx(pitch) * Rz(roll), from the half angles.
     const Turns half(head.yaw / 2.0, head.pitch / 2.0, head.roll / 2.0);
     const double sy = Rounded(half.sy);
     const auto [unused0, cy, sp, cp, unused1, unused2] = half;
@@ -202,7 +204,7 @@ SensorValues SensorsIn(const qlt::SensorReport& report)
 
 void PutOrientation(qlt::SensorReport& report, const std::array<double, 4>& q)
 {
-    // In the device's axes, a quarter turned about x, z reversed.
+    // The device's axes are turned about x by a quarter, and z is reversed.
     const double scale = std::sqrt(0.5) * QUATERNION_COUNTS;
     std::uint8_t* bytes = report.data() + QUATERNION_OFFSET;
     PutCount(bytes, -(q[3] + q[2]) * scale);

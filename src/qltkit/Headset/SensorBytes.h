@@ -1,4 +1,4 @@
-// The bytes of a sensor report from the values that the sensors show, and back.
+// Encodes the values of the sensors into the bytes of a sensor report, and decodes them.
 #pragma once
 
 #include <qltkit/Headset/HeadMotion.h>
@@ -13,7 +13,8 @@ namespace qltkit
 
 using SensorVector = std::array<double, 3>;
 
-/// In the tracker's frame (x right, y up, -z forward), as the tracker has them after calibration.
+/// The values of the sensors in the tracker's frame (x right, y up, -z forward), as the tracker has
+/// them after its calibration.
 struct SensorValues
 {
     /// Gyroscope, rad/s; accelerometer, g; magnetometer, gauss.
@@ -21,19 +22,20 @@ struct SensorValues
     double temperatureC = 0.0;
 };
 
-/// What perfect sensors show on a head that moves like this, in a room that slowly warms up.
+/// The values of perfect sensors on a head that moves like this, in a room that slowly warms up.
 SensorValues SensorsOn(const HeadAngles& head, double milliseconds);
 
 /// The orientation of the head, body to world: w, x, y, z.
 std::array<double, 4> OrientationOf(const HeadAngles& head);
 
-/// Rounds to the sensors' counts and limits to their range.
+/// Stores the values in a report. They are rounded to the sensors' counts and limited to their
+/// range.
 void PutSensors(qlt::SensorReport& report, const SensorValues& values);
 
-/// The exact inverse of PutSensors: putting the values back gives the same bytes.
+/// The exact inverse of PutSensors: storing the values again gives the same bytes.
 SensorValues SensorsIn(const qlt::SensorReport& report);
 
-/// The device's own estimate of its orientation.
+/// Stores the device's own estimate of its orientation.
 void PutOrientation(qlt::SensorReport& report, const std::array<double, 4>& orientation);
 
 constexpr std::size_t SEQUENCE_OFFSET = 0;

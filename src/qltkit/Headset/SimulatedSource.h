@@ -1,4 +1,3 @@
-// The software headset on a USB port of its own, in real time.
 #pragma once
 
 #include <qltkit/Headset/SoftwareHeadset.h>
@@ -9,6 +8,7 @@
 namespace qltkit
 {
 
+/// The software headset on a USB port of its own, in real time.
 class SimulatedSource final : public Source
 {
 public:
@@ -18,12 +18,13 @@ public:
     void SleepNs(std::int64_t durationNs) override { mSleeper.SleepNs(durationNs); }
     void Close() override { mSleeper.WakeAll(); }
 
-    /// The next report, when its time has come; false once the source is closed. For the endpoint.
+    /// Waits until the next report is due and gives it. Returns false when the source is closed.
+    /// The endpoint calls it.
     bool ReadReport(std::uint8_t* buffer, std::uint32_t& length);
 
 private:
     Sleeper mSleeper;
-    SoftwareHeadset mHeadset{1, false}; // only the reading thread touches what follows
+    SoftwareHeadset mHeadset{1, false}; // only the reading thread uses this and mDue
     std::chrono::steady_clock::time_point mDue{};
 };
 

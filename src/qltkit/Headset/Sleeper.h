@@ -1,4 +1,3 @@
-// A sleep that another thread can end.
 #pragma once
 
 #include <atomic>
@@ -11,10 +10,12 @@
 namespace qltkit
 {
 
+/// A sleep that another thread can end. Any thread may call any operation.
 class Sleeper
 {
 public:
-    /// Lasts a millisecond once WakeAll has been called, so that a loop of sleeps does not spin.
+    /// Sleeps. After WakeAll each sleep lasts one millisecond, so that a loop of sleeps does not
+    /// spin.
     void SleepNs(std::int64_t durationNs)
     {
         SleepUntil(std::chrono::steady_clock::now() + std::chrono::nanoseconds(durationNs));
@@ -30,7 +31,7 @@ public:
         mChanged.wait_until(lock, end, [this] { return IsAwake(); });
     }
 
-    /// For good.
+    /// Ends all sleeps, now and in the future.
     void WakeAll()
     {
         const std::lock_guard<std::mutex> lock(mMutex);
@@ -41,7 +42,7 @@ public:
     bool IsAwake() const { return mAwake; }
 
 private:
-    std::mutex mMutex; // held to change mAwake, so that no sleeper misses it
+    std::mutex mMutex; // held while mAwake changes, so that no sleeper misses the change
     std::condition_variable mChanged;
     std::atomic<bool> mAwake{false};
 };

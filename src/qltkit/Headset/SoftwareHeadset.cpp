@@ -9,7 +9,7 @@ namespace qltkit
 namespace
 {
 
-// The imperfections of a middling sensor: bias at most so much, noise of such deviations.
+// The faults of an average sensor: the largest bias, and standard deviations of the noise.
 constexpr double MAX_GYROSCOPE_BIAS = 0.005; // rad/s
 constexpr double GYROSCOPE_NOISE = 0.002;    // rad/s
 constexpr double ACCELEROMETER_NOISE = 0.003;

@@ -9,7 +9,7 @@ namespace qltkit
 namespace
 {
 
-/// A host and a clock of somebody else's. The machine's clock gets sleeps that can be ended.
+/// A source from a given host and clock. If the clock is the machine's, its sleeps can be ended.
 class HostSource final : public Source
 {
 public:

@@ -8,22 +8,23 @@ namespace qltkit
 namespace
 {
 
-/// Arrivals later than the line by JUMP_NS are a stall until so many follow without a break.
+/// A stall makes arrivals late by more than JUMP_NS. A longer row of late arrivals than this is a
+/// jump of a clock.
 constexpr std::uint32_t LATE_REPORTS_OF_A_JUMP = 100;
 
-/// No crystal is off by more, so a fit of few blocks must not say so.
+/// No crystal has a larger error, so clamp a slope that few blocks have given.
 constexpr double MAX_SLOPE = 1e-3;
 
 constexpr std::size_t BLOCKS_OF_A_SLOPE = 8;
 
-/// A block on the plane of device time, microseconds, and offset, nanoseconds.
+/// A block as a point: x is device time in microseconds, y is offset in nanoseconds.
 struct Point
 {
     double x = 0.0;
     double y = 0.0;
 };
 
-/// Whether `b` lies on or above the straight line from `a` to `c`.
+/// True when `b` lies on or above the straight line from `a` to `c`.
 bool IsAbove(const Point& a, const Point& b, const Point& c)
 {
     return (b.y - a.y) * (c.x - a.x) >= (c.y - a.y) * (b.x - a.x);
@@ -56,7 +57,7 @@ void ClockFit::Add(std::int64_t deviceUs, std::int64_t hostNs)
     {
         mCurrent = {deviceUs, offsetNs};
     }
-    // An arrival before the line corrects the line at once.
+    // Until two blocks are closed, an earlier arrival lowers the offset at once.
     if (mCount < 2 && static_cast<double>(offsetNs) < mOffsetNs)
     {
         mOffsetNs = static_cast<double>(offsetNs);
@@ -87,8 +88,8 @@ void ClockFit::Restart(std::int64_t deviceUs, std::int64_t offsetNs)
     mSlope = 0.0;
 }
 
-/// A report cannot arrive before it was made, so an early one shows a jump at once. A late one may
-/// be a stall, so only a long row of them shows a jump.
+/// A report cannot arrive before it was made, so an early one shows a jump at once. A late report
+/// may be a stall, so only a long row of late reports shows a jump.
 bool ClockFit::HasJumped(std::int64_t offsetNs, std::int64_t expectedNs)
 {
     mLate = offsetNs > expectedNs + JUMP_NS ? mLate + 1 : 0;
@@ -102,8 +103,8 @@ void ClockFit::CloseBlock()
     FitLine();
 }
 
-/// The line under all blocks that comes nearest to them: it is the edge of their lower convex hull
-/// below the mean of their times (a linear programme with two unknowns).
+/// Finds the line below all blocks with the smallest mean distance to them. This line is the edge
+/// of the blocks' lower convex hull below their mean time (a linear programme with two unknowns).
 void ClockFit::FitLine()
 {
     const std::size_t blocks = std::min(mCount, BLOCKS);

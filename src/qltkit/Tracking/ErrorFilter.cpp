@@ -17,46 +17,46 @@ using Errors = std::array<double, COUNT>;
 
 constexpr double Square(double x) { return x * x; }
 
-// Noise of the angle: always, in rad^2/s, and with the rate, because scale and axes of a gyroscope
-// are wrong by some tenths of a percent.
+// Noise of the angle: a constant part in rad^2/s, and a part that grows with the rate, because
+// scale and axes of a gyroscope have errors of some tenths of a percent.
 constexpr double ANGLE_NOISE = Square(0.05 * RADIANS_PER_DEGREE);
 constexpr double ANGLE_NOISE_PER_RATE = Square(0.001);
 
-// Growth of the bias variance per second: at rest, in motion, and in motion while the bias has
-// never been seen at rest.
+// Growth of the bias variance per second: at rest, in motion after the bias has been learned at
+// rest, and in motion before that.
 constexpr double BIAS_GROWTH_AT_REST = Square(0.003 * RADIANS_PER_DEGREE);
 constexpr double BIAS_GROWTH = Square(0.005 * RADIANS_PER_DEGREE);
 constexpr double BIAS_GROWTH_UNKNOWN = Square(0.01 * RADIANS_PER_DEGREE);
 constexpr double MAX_BIAS_VARIANCE = Square(2.0 * FIRST_BIAS_DEVIATION);
 
-// Noise of the velocity: always, in (m/s)^2/s, and with the acceleration, because scale, axes and
-// timing of an accelerometer are wrong by some percent.
+// Noise of the velocity: a constant part in (m/s)^2/s, and a part that grows with the acceleration,
+// because scale, axes and timing of an accelerometer have errors of some percent.
 constexpr double VELOCITY_NOISE = Square(0.01);
 constexpr double VELOCITY_NOISE_PER_ACCELERATION = Square(0.03);
 
-// How far a head goes from where it is and how fast, at a correlation time of half a second:
-// always, and per m/s^2 of shaking.
+// Spread of the head's position and velocity with a correlation time of half a second: a constant
+// part, and a part per m/s^2 of shaking.
 constexpr double POSITION_DENSITY = Square(0.06);
 constexpr double POSITION_DENSITY_PER_SHAKING = Square(0.02);
 constexpr double VELOCITY_DENSITY = Square(0.4);
 constexpr double VELOCITY_DENSITY_PER_SHAKING = Square(0.03);
-constexpr double EXCURSION_SECONDS = 2.0; // a walk shows within this time
+constexpr double EXCURSION_SECONDS = 2.0; // time constant that detects a walk
 constexpr double VELOCITY_DENSITY_AT_REST = Square(0.02);
 
 constexpr double FIRST_VELOCITY_VARIANCE = Square(0.7);
 constexpr double FIRST_POSITION_VARIANCE = Square(0.2);
 
-// Rest: noise of the bias seen in it, in (rad/s)^2 s; how long until it counts as known; by how
-// many deviations the rate must be off the known bias to be taken for a turn, and for how long it
-// may be.
+// Rest: REST_DENSITY is the noise of the bias seen at rest, in (rad/s)^2 s. The bias counts as
+// known after KNOWN_AFTER_SECONDS. A rate that is more than MAX_DEVIATIONS from the known bias is a
+// turn, but for at most MAX_TURN_SECONDS.
 constexpr double REST_DENSITY = Square(0.01 * RADIANS_PER_DEGREE);
 constexpr double WANDER_SECONDS = 2.0;
 constexpr double KNOWN_AFTER_SECONDS = 10.0;
 constexpr double MAX_DEVIATIONS = 4.0;
-constexpr double MAX_TURN_SECONDS = 120.0; // no head turns as evenly for longer
+constexpr double MAX_TURN_SECONDS = 120.0; // no head turns evenly for longer
 
-/// M = F * M, where F moves the errors over one step: the bias turns the angle, the angle tilts
-/// gravity into the velocity, and the velocity moves the position.
+/// M = F * M, where F propagates the errors over one step. The bias changes the angle. The angle
+/// tilts gravity into the velocity. The velocity changes the position.
 void MoveRows(ErrorCovariance& m, const StepSums& step)
 {
     const double t = step.seconds;
@@ -92,7 +92,8 @@ void Transpose(ErrorCovariance& m)
     }
 }
 
-/// Rounding makes the two halves differ, and that difference would grow without limit.
+/// Rounding makes the two halves differ, and the difference would grow without limit. So average
+/// them.
 void MakeSymmetric(ErrorCovariance& m)
 {
     for (int i = 0; i < COUNT; ++i)
@@ -127,7 +128,7 @@ void AddNoise(OrientationState& state, bool atRest)
     state.rest.variance += BIAS_GROWTH_AT_REST * step.seconds;
 }
 
-/// Takes in that the error `index` was seen to be `seen`, with this variance.
+/// Processes an observation of the error `index` with the value `seen` and this variance.
 void Observe(ErrorCovariance& p, Errors& errors, int index, double seen, double variance)
 {
     const std::array<double, COUNT> column = p[index]; // symmetric
@@ -165,7 +166,7 @@ void ObserveMotion(OrientationState& state, Errors& errors)
     }
 }
 
-/// A slow turn that begins at rest is no bias: a known bias does not change as fast.
+/// A slow turn that begins at rest is no bias, because a known bias does not change so fast.
 bool LooksLikeATurn(const RestState& rest)
 {
     const double limit = Square(MAX_DEVIATIONS) * (rest.variance + REST_DENSITY);
@@ -173,7 +174,7 @@ bool LooksLikeATurn(const RestState& rest)
     return rest.known && Dot(off, off) > limit;
 }
 
-/// What was taken for a turn lasts too long: the bias has changed.
+/// Handles a supposed turn that lasts too long: the bias has changed.
 void ForgetBias(OrientationState& state)
 {
     for (int i = BIAS; i < VELOCITY; ++i)
@@ -189,8 +190,8 @@ Vector3 BiasVariance(const ErrorCovariance& p)
     return {p[BIAS][BIAS], p[BIAS + 1][BIAS + 1], p[BIAS + 2][BIAS + 2]};
 }
 
-/// The slope moves with the bias, as far as the two hang together. What is seen of the bias in
-/// motion is too rough to learn it from.
+/// Corrects the slope as far as it correlates with the bias. Observations of the bias in motion are
+/// too rough to learn the slope from.
 void FollowSlope(OrientationState& state, const Errors& errors, const Vector3& before, bool learn)
 {
     TemperatureState& t = state.temperature;
@@ -207,7 +208,7 @@ void FollowSlope(OrientationState& state, const Errors& errors, const Vector3& b
     }
 }
 
-/// True when the bias was learned.
+/// Returns true when the bias was learned.
 bool ObserveRest(OrientationState& state, Errors& errors)
 {
     ErrorCovariance& p = state.covariance;
@@ -259,7 +260,7 @@ void Correct(OrientationState& state, const Errors& errors)
 void FilterStep(OrientationState& state, bool atRest)
 {
     MoveRows(state.covariance, state.step);
-    Transpose(state.covariance); // F * P * F', as P is symmetric
+    Transpose(state.covariance); // gives F * P * F', because P is symmetric
     MoveRows(state.covariance, state.step);
     MakeSymmetric(state.covariance);
     AddNoise(state, atRest);

@@ -1,5 +1,5 @@
-// The Kalman filter over the errors of the estimate: one step for every ten milliseconds of
-// samples.
+// The Kalman filter over the errors of the estimate. It takes one step for every ten milliseconds
+// of samples.
 #pragma once
 
 #include <qltkit/Tracking/OrientationState.h>
@@ -12,29 +12,29 @@ constexpr double GRAVITY = 9.80665;
 
 constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
 
-/// First standard deviation of the bias, rad/s.
+/// Initial standard deviation of the bias in rad/s.
 constexpr double FIRST_BIAS_DEVIATION = 0.5 * RADIANS_PER_DEGREE;
 
-/// First standard deviation of the bias per kelvin, rad/s/K.
+/// Initial standard deviation of the bias per kelvin in rad/s/K.
 constexpr double FIRST_SLOPE_DEVIATION = 0.02 * RADIANS_PER_DEGREE;
 
-/// Propagates the covariance over the samples in `state.step`, takes in what is known about
-/// velocity, position and bias, corrects the state and clears the sums.
+/// Propagates the covariance over the samples in `state.step`, observes velocity, position and (at
+/// rest) the bias, corrects the state and clears the sums.
 void FilterStep(OrientationState& state, bool atRest);
 
-/// Adds `deviation`^2 to the variance of the angle about `axis`, a world vector of length 1 or
-/// less.
+/// Adds `deviation`^2 (rad^2) to the variance of the angle about `axis`, a world vector with a
+/// length of at most 1.
 void WidenAngle(OrientationState& state, const Vector3& axis, double deviation);
 
-/// The same about every axis.
+/// Does the same about every axis.
 void WidenAngle(OrientationState& state, double deviation);
 
-/// Adds to the variance of the horizontal velocity along `axis`, in m/s.
+/// Adds `deviation`^2 ((m/s)^2) to the variance of the horizontal velocity along `axis`.
 void WidenVelocity(OrientationState& state, const Vector3& axis, double deviation);
 
-/// Forgets velocity, position and inclination, whose deviations become those given. What is known
-/// of the bias and the heading stays; `turn` is the vertical seen from the body, summed over
-/// seconds in which the heading turned with the unknown bias.
+/// Forgets velocity, position and inclination. The inclination gets `angleDeviation` as its
+/// standard deviation. The knowledge about bias and heading stays. `turn` is the vertical in the
+/// body's axes, integrated over the seconds in which the unknown bias turned the heading.
 void RestartFilter(OrientationState& state, double angleDeviation, const Vector3& turn);
 
 } // namespace qltkit

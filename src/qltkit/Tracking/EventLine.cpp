@@ -5,7 +5,8 @@ namespace qltkit
 namespace
 {
 
-/// The writer wakes nobody, because that may take a lock; so the dispatcher looks so often.
+/// The period in which the dispatcher looks for events. The writer does not wake it, because waking
+/// a thread may take a lock.
 constexpr std::chrono::milliseconds LOOK_PERIOD(5);
 
 } // namespace
@@ -82,11 +83,12 @@ void EventLine::Dispatch()
     }
 }
 
-/// With the next event; false when there is none, or nobody to take it.
+/// Calls the handler with the next event. Returns false when there is no event or no handler.
 bool EventLine::CallHandler()
 {
     const std::lock_guard<std::recursive_mutex> lock(mHandlerMutex);
-    const std::shared_ptr<const Handler> handler = mHandler; // which may replace itself
+    const std::shared_ptr<const Handler> handler =
+        mHandler; // a copy, because the handler may replace itself
     TrackerEvent event;
     if (handler == nullptr || !Take(mHandled, event))
     {

@@ -1,5 +1,3 @@
-// The events of a tracker on their way from the thread that reads reports, which never waits, to
-// those who ask for them and to a handler, which may take its time.
 #pragma once
 
 #include <qltkit/Tracking/TrackerEvent.h>
@@ -16,31 +14,35 @@
 namespace qltkit
 {
 
+/// Carries a tracker's events from the thread that reads reports to the threads that poll them and
+/// to a handler. The reading thread never waits, even when a handler is slow.
 class EventLine
 {
 public:
     using Handler = std::function<void(const TrackerEvent&)>;
 
-    /// Calls the handler no more.
+    /// Stops the handler's thread.
     ~EventLine() { Stop(); }
 
-    /// On the one thread that reads reports.
+    /// Adds an event. Only the thread that reads reports calls it.
     void Add(TrackerEvent::Kind kind, std::int64_t timeNs, std::uint32_t reports = 0) noexcept;
 
-    /// The oldest event that this has not given yet. Any thread.
+    /// Returns the oldest event that Poll has not returned yet. Any thread.
     std::optional<TrackerEvent> Poll();
 
-    /// The handler gets every event that no handler has got yet, on a thread for it. Waits for a
-    /// call of the last handler, unless it comes from there. Any thread.
+    /// Sets the handler. It gets every event that no earlier handler has got, on a thread of its
+    /// own. The call waits until the previous handler has returned, unless that handler made this
+    /// call. Any thread.
     void SetHandler(Handler handler);
 
-    /// Ends the handler's thread, for good.
+    /// Ends the handler's thread permanently.
     void Stop();
 
 private:
     static constexpr std::size_t SIZE = 1024;
 
-    /// The event at `next`, or the oldest that is still there; goes past it.
+    /// Reads the event at `next`, or the oldest event after it that still exists, and moves `next`
+    /// behind it.
     bool Take(std::uint64_t& next, TrackerEvent& event) const;
 
     void Dispatch();

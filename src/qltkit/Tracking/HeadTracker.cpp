@@ -15,7 +15,7 @@ namespace qltkit
 namespace
 {
 
-/// How often somebody looks whether reports are overdue.
+/// The period in which the watcher checks whether reports are overdue.
 constexpr std::chrono::milliseconds WATCH_PERIOD(10);
 
 } // namespace
@@ -37,10 +37,10 @@ public:
 
     ~Impl()
     {
-        mEvents.Stop(); // first, because a handler may use all of this
+        mEvents.Stop(); // first, because a handler may use every member
         StopWatcher();
         mWriter.Close();
-        mSource->Close(); // or the Hmd would wait for a read and for a sleep
+        mSource->Close(); // otherwise the Hmd would wait for a read and for a sleep
         StopHmd();
     }
 
@@ -55,7 +55,7 @@ public:
     qlt::Hmd& Core() { return mHmd; }
 
 private:
-    /// Readers ask no clock, so that this thread does it for them.
+    /// Readers of poses read no clock, so this thread checks the time for them.
     void Watch()
     {
         std::unique_lock<std::mutex> lock(mMutex);
@@ -83,7 +83,7 @@ private:
         }
         catch (const VRException&)
         {
-            // The host service refuses to disconnect; the tracker has stopped all the same.
+            // The host service refuses to disconnect. The tracker has stopped anyway.
         }
         mHmd.RemoveListener(mWriter);
     }

@@ -21,7 +21,7 @@ std::uint32_t TimeUs(const qlt::SensorReport& report)
     return time;
 }
 
-/// One bit per axis of the tracker's frame, whose x and y are the sensor's -y and x.
+/// Returns one bit for each axis of the tracker's frame. Its x and y are the sensor's -y and x.
 unsigned SaturatedAxes(const qlt::SensorReport& report, std::size_t offset)
 {
     constexpr std::size_t SENSOR_AXIS[] = {1, 0, 2};
@@ -41,7 +41,8 @@ Vector3 Widened(const qlt::Vec3& v, double scale) { return Vector3{v.x(), v.y(),
 
 ImuSample ReadImuSample(const qlt::SensorReport& report)
 {
-    // The device's own orientation is not used. An unset one would only report an assertion.
+    // The device's own orientation is not used, and an unset one would report an assertion. So put
+    // any valid orientation there.
     qlt::SensorReport bytes = report;
     bytes[QUATERNION_W] = 1;
     const qlt::SensorSample decoded = qlt::DecodeSensorReport(bytes, qlt::HEADSET_SCALES);

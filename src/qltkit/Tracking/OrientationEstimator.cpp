@@ -16,37 +16,38 @@ using Phase = OrientationState::Phase;
 
 constexpr double PI = 3.14159265358979323846;
 
-constexpr double STEP_SECONDS = 0.0099; // ten samples, with some jitter
+constexpr double STEP_SECONDS = 0.0099; // ten samples with some jitter
 
-// While leveling, the mean of the acceleration is off by how much the velocity has changed.
+// While leveling, the mean of the acceleration has an error: the change of the velocity divided by
+// the time.
 constexpr double LEVEL_SECONDS = 1.0;
 constexpr double FIRST_VELOCITY_CHANGE = 0.7 * 1.4142135623730951; // m/s
 constexpr double MAX_LEVEL_DEVIATION = 0.5;                        // radians
 
-// Samples beyond these are faults of the transfer or of the sensor.
+// Samples outside these limits are faults of the transfer or of the sensor.
 constexpr double MAX_RATE = 70.0;          // rad/s on an axis
 constexpr double MAX_ACCELERATION = 400.0; // m/s^2 on an axis
-constexpr double MIN_ACCELERATION = 1e-3;  // exactly zero comes from a sensor that is off
+constexpr double MIN_ACCELERATION = 1e-3;  // a sensor that is off gives exactly zero
 
-// Time: a step back of less than half of the clock's range; how many of them in a row mean that the
-// device has started its clock anew; the longest time that is bridged.
+// Time: a step of at least HALF_RANGE_US is a step back. After more than MAX_LATE steps back in a
+// row, the device has restarted its clock. A gap of more than MAX_BRIDGED_SECONDS is not bridged.
 constexpr std::uint32_t HALF_RANGE_US = 0x80000000u;
 constexpr std::uint32_t MAX_LATE = 32;
 constexpr double MAX_BRIDGED_SECONDS = 1.0;
-constexpr double LONG_STEP_SECONDS = 0.02; // missing even if the sequence does not say so
-constexpr std::uint32_t MAX_LOST = 10000;  // more is a new count
+constexpr double LONG_STEP_SECONDS = 0.02; // samples are missing in a longer step
+constexpr std::uint32_t MAX_LOST = 10000;  // a larger step restarts the count
 
-// What may have happened in the time of a lost report: in rad/s^2 and m/s^2.
+// The possible change of the rate (rad/s^2) and of the acceleration during lost reports.
 constexpr double UNSEEN_TURN = 1.0;
 constexpr double UNSEEN_ACCELERATION = 1.0;
-constexpr double UNSEEN_SHARE = 0.3; // of the change from before to after
+constexpr double UNSEEN_SHARE = 0.3; // of the difference between both sides of the gap
 
 constexpr double SHAKING_MEAN_SECONDS = 0.5;
 constexpr double SHAKING_SECONDS = 1.0;
 
 bool Within(const Vector3& v, double limit)
 {
-    // Written so that NaN is outside.
+    // NaN fails these comparisons, so it is outside.
     return std::fabs(v.x) <= limit && std::fabs(v.y) <= limit && std::fabs(v.z) <= limit;
 }
 
@@ -55,6 +56,7 @@ bool UsableAccelerometer(const Vector3& v)
     return Within(v, MAX_ACCELERATION) && Dot(v, v) > MIN_ACCELERATION * MIN_ACCELERATION;
 }
 
+/// Adds a sample to the sums of the filter's step.
 void SumUp(StepSums& sums, const Rotation& q, const Vector3& gyroscope, const Vector3& rate,
            double seconds)
 {
@@ -126,7 +128,7 @@ void OrientationEstimator::Begin(const ImuSample& sample)
     StartAnew(sample);
 }
 
-/// Levels again from this sample on, with the heading and the bias that are known.
+/// Restarts the leveling at this sample. The heading and the bias stay.
 void OrientationEstimator::StartAnew(const ImuSample& sample)
 {
     mState.phase = Phase::Leveling;
@@ -178,8 +180,8 @@ void OrientationEstimator::Advance(const ImuSample& sample, double seconds, std:
         StartAnew(sample);
         return;
     }
-    // A gyroscope's sample stands for the time since the one before. In the time of lost reports
-    // the rate is the mean of both sides.
+    // A gyroscope's sample stands for the time since the previous one. During lost reports the rate
+    // is the mean of both sides.
     double missing = seconds - seconds / steps;
     missing = std::max(missing, seconds - LONG_STEP_SECONDS);
     const Vector3 rate = sample.gyroscope - mState.bias;

@@ -11,18 +11,17 @@ namespace
 using qlt::Quaternion;
 using qlt::Vec3;
 
-/// The usual time between two reports, from which the search for a moment begins.
+/// The usual time between two reports. The search for a moment starts with a guess from it.
 constexpr std::int64_t REPORT_PERIOD_NS = 1000000;
 
-/// The part of the forward axis that is horizontal, below which the axis tells no heading: about
-/// one degree from the vertical.
+/// When the horizontal part of the forward axis is shorter than this, the axis defines no heading.
+/// The axis is then within about one degree of the vertical.
 constexpr float LEAST_HORIZONTAL = 0.02f;
 
-/// The cosine of half the angle between two orientations below which the arc between them is
-/// computed: 3.6 degrees.
+/// Slerp computes the arc when the cosine of half the angle is below this (3.6 degrees).
 constexpr float NEARLY_PARALLEL = 0.9995f;
 
-/// The turn about the vertical by twice the angle whose cosine and sine these are.
+/// A turn about the vertical, as the cosine and the sine of half its angle.
 struct Heading
 {
     float cosine = 1.0f;
@@ -44,16 +43,16 @@ Heading Unpacked(std::uint64_t word)
     return {parts[0], parts[1]};
 }
 
-/// The product with the turn on the left.
+/// Returns the product turn * q.
 Quaternion Turned(const Heading& h, const Quaternion& q)
 {
     return {h.cosine * q.w() - h.sine * q.y(), h.cosine * q.x() + h.sine * q.z(),
             h.cosine * q.y() + h.sine * q.w(), h.cosine * q.z() - h.sine * q.x()};
 }
 
-/// The turn about the vertical that makes a head with this orientation face forward. A head that
-/// looks straight up has its heading where its top points away from, one that looks straight down
-/// where its top points to.
+/// Computes the turn about the vertical that makes a head with this orientation face forward. When
+/// the head looks straight up, its heading is the opposite direction of its top. When it looks
+/// straight down, its heading is the direction of its top.
 Heading TurnToForward(const Quaternion& q)
 {
     Vec3 forward = Quaternion::Rotate(q, Vec3(0.0f, 0.0f, -1.0f));
@@ -67,7 +66,7 @@ Heading TurnToForward(const Quaternion& q)
     return {static_cast<float>(std::cos(0.5 * yaw)), static_cast<float>(-std::sin(0.5 * yaw))};
 }
 
-/// On the shorter way from `a` (share 0) to `b` (share 1).
+/// Interpolates on the shorter way from `a` (share 0) to `b` (share 1).
 Quaternion Slerp(const Quaternion& a, const Quaternion& b, float share)
 {
     const float dot = a.w() * b.w() + a.v().Dot(b.v());
@@ -75,7 +74,8 @@ Quaternion Slerp(const Quaternion& a, const Quaternion& b, float share)
     const float sign = dot < 0.0f ? -1.0f : 1.0f;
     if (cosine > NEARLY_PARALLEL)
     {
-        // The chord is as good as the arc. Its length is sqrt(1 - 2e), and 1 + e the inverse of it.
+        // The chord is accurate enough here. Its length is sqrt(1 - 2e), and 1 + e is the inverse
+        // of that length.
         const float e = share * (1.0f - share) * (1.0f - cosine);
         return a * ((1.0f - share) * (1.0f + e)) + b * (sign * share * (1.0f + e));
     }
@@ -85,7 +85,7 @@ Quaternion Slerp(const Quaternion& a, const Quaternion& b, float share)
     return q;
 }
 
-/// Goes on to a moment before the next pose.
+/// Moves the pose to a moment between it and the next pose.
 void MoveTo(PastPose& pose, const PastPose& next, std::int64_t timeNs)
 {
     const auto share =
@@ -97,7 +97,7 @@ void MoveTo(PastPose& pose, const PastPose& next, std::int64_t timeNs)
     pose.timeNs = timeNs;
 }
 
-/// The rotation by |turn| radians about `turn`.
+/// Returns the rotation by |turn| radians about `turn`.
 Quaternion RotationOf(const Vec3& turn)
 {
     const Vec3 half = turn * 0.5f;
@@ -107,8 +107,8 @@ Quaternion RotationOf(const Vec3& turn)
         const float angle = std::sqrt(x);
         return {std::cos(angle), half * (std::sin(angle) / angle)};
     }
-    // The series of the cosine and of sin(a) / a: the terms left out are below 3e-7. In double
-    // precision this would take most of the time of a prediction.
+    // These are the series of the cosine and of sin(a) / a. The omitted terms are below 3e-7.
+    // Double precision would take most of the time of a prediction.
     const float xx = x * x;
     const float cosine =
         1.0f - x * (1.0f / 2) + xx * (1.0f / 24 - x * (1.0f / 720) + xx * (1.0f / 40320));
@@ -117,7 +117,7 @@ Quaternion RotationOf(const Vec3& turn)
     return {cosine, half * sinc};
 }
 
-/// Goes on to a moment after the last pose.
+/// Moves the pose to a moment after the last pose.
 void MoveAhead(PastPose& pose, const PredictionTerms& terms, std::int64_t aheadNs)
 {
     const Vec3 turn = terms.Turn(pose.angularVelocity, static_cast<double>(aheadNs) * 1e-9);
@@ -202,7 +202,7 @@ bool PoseHistory::Recentre() noexcept
     return true;
 }
 
-/// False while there is none.
+/// Reads the newest record. Returns false while there is none.
 template <typename Part>
 bool PoseHistory::ReadNewest(Part& part, std::int64_t& index) const noexcept
 {
@@ -215,8 +215,8 @@ bool PoseHistory::ReadNewest(Part& part, std::int64_t& index) const noexcept
     return count != 0;
 }
 
-/// The pose at a moment before the newest one; `clamped` when even the oldest one is later. False
-/// when the writer has overtaken the reading.
+/// Reads the pose at a moment before the newest pose. Sets `clamped` when even the oldest pose is
+/// later. Returns false when the writer has overwritten a record during the read.
 bool PoseHistory::ReadPast(std::int64_t timeNs, std::int64_t newest, std::int64_t newestNs,
                            PastPose& pose, bool& clamped) const noexcept
 {
@@ -227,7 +227,7 @@ bool PoseHistory::ReadPast(std::int64_t timeNs, std::int64_t newest, std::int64_
         guess = std::max(oldest, newest - 1 - (newestNs - timeNs) / REPORT_PERIOD_NS);
     }
     PastPose next;
-    // Reports come regularly, so that the guess is nearly always right.
+    // Reports arrive regularly, so the guess is nearly always right.
     if (!ReadPair(guess, pose, next) || timeNs < pose.timeNs || timeNs >= next.timeNs)
     {
         const std::int64_t after = FindAfter(timeNs, guess, oldest, newest);
@@ -251,12 +251,12 @@ bool PoseHistory::ReadPair(std::int64_t index, PastPose& pose, PastPose& next) c
            mRing.Read(static_cast<std::uint64_t>(index + 1), next);
 }
 
-/// The first pose in `oldest` .. `newest` that is later than the moment, as the newest one is.
-/// Searches with growing steps from the guess on, and then by halves.
+/// Finds the first pose in `oldest` .. `newest` that is later than the moment. The newest pose is
+/// always later. The search starts at the guess with growing steps and ends with halving steps.
 std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t guess, std::int64_t oldest,
                                     std::int64_t newest) const noexcept
 {
-    std::int64_t low = oldest - 1; // not later than the moment, or not there
+    std::int64_t low = oldest - 1; // not later than the moment, or overwritten
     std::int64_t high = newest;    // later
     std::int64_t step = 1;
     std::int64_t probe = guess;
@@ -271,7 +271,7 @@ std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t guess, std
     return high;
 }
 
-/// A pose that has been overwritten counts as one of long ago.
+/// An overwritten pose counts as not later.
 bool PoseHistory::IsLater(std::int64_t index, std::int64_t timeNs) const noexcept
 {
     std::int64_t poseNs = 0;
@@ -292,7 +292,8 @@ Pose PoseHistory::PoseOf(const PastPose& record, bool clamped) const noexcept
     pose.state = StateOf(state);
     pose.sinceNs = SinceOf(state);
     pose.clamped = clamped;
-    if (pose.state == PoseState::NeverSeen) // the first record's state is about to be told
+    if (pose.state ==
+        PoseState::NeverSeen) // the writer has not stored the first record's state yet
     {
         pose.state = PoseState::Tracking;
         pose.sinceNs = record.timeNs;

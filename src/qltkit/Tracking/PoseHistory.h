@@ -1,7 +1,3 @@
-// The poses of the last two seconds, how the tracker fares, and where forward is: all that readers
-// need, so that none of them waits or asks a clock.
-//
-// Threads: one writes poses and reports losses; any may do the rest.
 #pragma once
 
 #include <qltkit/Tracking/Pose.h>
@@ -12,8 +8,8 @@
 namespace qltkit
 {
 
-/// A pose as the reports gave it, before any recentring. The time stands first, because the search
-/// reads nothing else.
+/// A pose before any recentring. The time is the first member, because the search reads nothing
+/// else.
 struct PastPose
 {
     std::int64_t timeNs = 0;
@@ -24,15 +20,19 @@ struct PastPose
     std::uint32_t sequence = 0;
 };
 
-/// The same, and what predicts from it. One line of the cache has the first part, a second one the
-/// rest.
+/// A pose and the terms of a prediction from it. The first cache line holds the pose, and the
+/// second one holds the rest.
 struct PoseRecord
 {
     PastPose pose;
     PredictionTerms terms;
-    std::uint32_t unused = 0; // makes the record a whole number of words
+    std::uint32_t unused = 0; // fills the record to a whole number of words
 };
 
+/// Holds the poses of the last two seconds, the state of the tracker and the forward direction.
+/// Readers need nothing else, so they never wait and read no clock.
+///
+/// Threads: one thread calls Publish and Lose; any thread may call the rest.
 class PoseHistory
 {
 public:
@@ -41,24 +41,26 @@ public:
 
     PoseHistory();
 
-    /// The times of successive records must grow.
+    /// Adds a record. The times of successive records must increase.
     void Publish(const PoseRecord& record) noexcept;
 
+    /// Sets the state Lost.
     void Lose(std::int64_t nowNs) noexcept { SetState(PoseState::Lost, nowNs); }
 
-    /// Holds the last pose if the next one is overdue.
+    /// Sets the state Held when the next pose is overdue.
     void HoldIfOverdue(std::int64_t nowNs) noexcept;
 
     Pose Latest() const noexcept;
     Pose At(std::int64_t timeNs) const noexcept;
 
-    /// False while there is no pose.
+    /// Makes the newest heading the forward direction. Returns false while there is no pose.
     bool Recentre() noexcept;
 
 private:
     static constexpr std::int64_t SIZE = 2048;
 
-    /// The oldest records are about to be overwritten, so readers leave so many alone.
+    /// Readers do not use this number of oldest records, because the writer may overwrite them
+    /// soon.
     static constexpr std::int64_t RESERVE = 16;
 
     static std::int64_t WordOf(PoseState state, std::int64_t sinceNs)
@@ -81,8 +83,8 @@ private:
     void SetState(PoseState state, std::int64_t sinceNs) noexcept;
 
     SeqlockRing<PoseRecord, SIZE> mRing;
-    std::atomic<std::int64_t> mState{0}; // PoseState and since when, in one word
-    std::atomic<std::uint64_t> mHeading; // the turn of the recentring, two floats
+    std::atomic<std::int64_t> mState{0}; // PoseState and its beginning in one word
+    std::atomic<std::uint64_t> mHeading; // the turn of the recentring as two floats
 };
 
 } // namespace qltkit

@@ -5,10 +5,11 @@ namespace qltkit
 namespace
 {
 
-/// A step of the sequence by more than this is one back.
+/// A step of the sequence number from this value on is a step back.
 constexpr std::uint32_t HALF_RANGE = 0x80000000u;
 
-/// The errors of predictions are told once in so many reports, which is soon enough for people.
+/// The writer publishes the errors of predictions once in this number of reports. People need them
+/// no more often.
 constexpr std::uint64_t REPORTS_OF_ERRORS = 8;
 
 std::uint32_t U32(const qlt::SensorReport& report, std::size_t offset)
@@ -111,8 +112,8 @@ PoseWriter::Errors PoseWriter::ReadErrors() const
     }
 }
 
-/// Tells what the report's number and arrival say about the connection. False for a report that
-/// repeats the last one.
+/// Derives events of the connection from the report's number and arrival. Returns false when the
+/// report repeats the last one.
 bool PoseWriter::Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int64_t hostNs)
 {
     const std::uint32_t step = sequence - mRecord.pose.sequence;

@@ -1,6 +1,3 @@
-// Makes poses and events of what the headset sends.
-//
-// Threads: one thread, the one that reads reports, unless an operation says otherwise.
 #pragma once
 
 #include <qlt/Sensors/TrackerListener.h>
@@ -18,10 +15,13 @@
 namespace qltkit
 {
 
+/// Makes poses and events from the reports of the headset.
+///
+/// Threads: one thread, which reads the reports, unless an operation says otherwise.
 class PoseWriter final : public ReportSink, public qlt::TrackerListener
 {
 public:
-    /// History and events must outlive this.
+    /// `history` and `events` must outlive this object.
     PoseWriter(const HeadTrackerOptions& options, PoseHistory& history, EventLine& events)
         : mFilter(options.filter)
         , mSink(options.sink)
@@ -33,15 +33,15 @@ public:
     void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) override;
     void OnLost(std::int64_t hostNs) override;
 
-    /// Of the core, for each report after OnReport has returned.
+    /// The core raises these events for each report after OnReport has returned.
     void OnGyroscopeEvent(const qlt::Vec3& angularVelocity, float time) override;
     void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override;
 
-    /// Of predictions: over all reports, or over the last seconds. Any thread.
+    /// The errors of predictions over all reports, and over the last seconds. Any thread.
     PredictionErrors GetErrors() const { return ReadErrors().all; }
     PredictionErrors GetRecentErrors() const { return ReadErrors().recent; }
 
-    /// From now on a failing read is of our own making, and nobody is told. Any thread.
+    /// After this call a failing read is our own doing, so OnLost ignores it. Any thread.
     void Close() { mClosed = true; }
 
 private:
@@ -70,7 +70,7 @@ private:
     ReportTimer mTimer;
     Link mLink = Link::New;
     std::uint32_t mDeviceUs = 0; // of the last report
-    bool mFresh = false;         // the last report was no repetition
+    bool mFresh = false;         // the last report did not repeat the one before
     qlt::Vec3 mCoreRate;         // of the last report
     PoseRecord mRecord;          // of the last report
     OrientationEstimator mEstimator;

@@ -11,14 +11,13 @@ constexpr auto& AHEAD = PredictionTerms::AHEAD_SECONDS;
 
 double Clamped(double seconds) { return seconds > 0.0 ? std::min(seconds, AHEAD.back()) : 0.0; }
 
-/// The first horizon that is not before `seconds`, which are clamped.
+/// The first horizon that is not before `seconds`. `seconds` is clamped.
 std::size_t HorizonOf(double seconds)
 {
     return seconds <= AHEAD[0] ? 0 : seconds <= AHEAD[1] ? 1 : 2;
 }
 
-/// For each horizon the one before it, or now, and the inverse of the time between. A division
-/// would take longer than all the rest.
+/// The horizon before each horizon, or zero.
 constexpr std::array<double, 3> BEFORE = {0.0, AHEAD[0], AHEAD[1]};
 double Mix(double a, double b, double share) { return a + (b - a) * share; }
 

@@ -16,22 +16,22 @@ static_assert(std::is_trivially_copyable_v<PredictorState>, "its bytes are saved
 
 constexpr std::size_t TERMS = PredictorState::TERMS;
 
-constexpr std::uint64_t MOMENT_US = 4900; // one in five samples, with some jitter
+constexpr std::uint64_t MOMENT_US = 4900; // one in five samples with some jitter
 constexpr std::uint64_t AHEAD_US[] = {20000, 50000, 100000};
-constexpr std::uint64_t LATE_US = 5000; // what comes later than this is not compared
-constexpr double GAP_SECONDS = 0.05;    // slopes do not reach over it
+constexpr std::uint64_t LATE_US = 5000; // a later sample is not compared
+constexpr double GAP_SECONDS = 0.05;    // slopes are not computed over a longer step
 
 constexpr double ACCELERATION_SECONDS = 0.003;
 constexpr double SMOOTH_SECONDS = 0.010;
 
-// Where fast changes outweigh the smooth acceleration (knocks, vibration, the noise at rest), the
-// accelerations tell little about the time ahead.
+// When fast changes exceed the smooth acceleration (knocks, vibration, noise at rest), the
+// accelerations predict little.
 constexpr double ROUGH_SECONDS = 0.05;
 constexpr double ROUGH_SHARE = 0.5;
 constexpr double LEAST_SQUARE = 0.01; // (rad/s^2)^2
 
-// Learning: how long it remembers, and how many squares of a typical rate and acceleration the
-// cautious weights count for. At rest they win.
+// Learning: the duration of the memory, and the weight of the cautious weights as a number of
+// squares of a typical rate and acceleration. At rest the cautious weights win.
 constexpr double MEMORY_SECONDS = 10.0;
 constexpr double CAUTION = 200.0;
 constexpr double TYPICAL_RATE = 0.2;         // rad/s
@@ -42,7 +42,7 @@ constexpr double RECENT_SECONDS = 5.0;
 
 double Seconds(std::uint64_t us) { return static_cast<double>(us) * 1e-6; }
 
-/// What a turn ahead is made of: the rate and both accelerations.
+/// The terms of a predicted turn: the rate and both accelerations.
 std::array<Vector3, TERMS> TermsOf(const PredictorState& state)
 {
     const double roughness = state.roughSquare / (state.smoothSquare + LEAST_SQUARE);
@@ -50,7 +50,7 @@ std::array<Vector3, TERMS> TermsOf(const PredictorState& state)
     return {state.rate, state.acceleration * trust, state.smooth * trust};
 }
 
-/// The turn in `seconds`.
+/// The predicted turn in `seconds`.
 Vector3 Turn(const std::array<Vector3, TERMS>& terms, const Weights& weights, double seconds)
 {
     const double half = 0.5 * seconds;
@@ -65,7 +65,7 @@ double Determinant(const std::array<Weights, TERMS>& m)
            m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
 }
 
-/// Least squares, drawn to the cautious weights.
+/// Solves the least squares with a pull towards the cautious weights.
 void Solve(Horizon& horizon, const Weights& cautious, double ahead)
 {
     std::array<Weights, TERMS> squares = horizon.squares;
@@ -91,7 +91,7 @@ void Solve(Horizon& horizon, const Weights& cautious, double ahead)
     }
 }
 
-/// `came` is the mean rate of the turn that came.
+/// Learns from a comparison. `came` is the mean rate of the measured turn.
 void Learn(Horizon& horizon, const Moment& moment, const Vector3& came, double seconds)
 {
     const double half = 0.5 * seconds;
@@ -173,7 +173,7 @@ void Predictor::FollowMotion(const PredictorInput& input, double seconds)
     mState.orientation = input.orientation;
 }
 
-/// Compares all moments whose horizon has come.
+/// Compares all moments for which the horizon has passed.
 void Predictor::Compare(std::size_t index)
 {
     Horizon& horizon = mState.horizons[index];
@@ -182,7 +182,7 @@ void Predictor::Compare(std::size_t index)
     {
         const Moment& moment = mState.past[horizon.next % PredictorState::PAST];
         const std::uint64_t passed = mState.timeUs - moment.timeUs;
-        if (passed + 500 < AHEAD_US[index]) // to the nearest sample
+        if (passed + 500 < AHEAD_US[index]) // rounds to the nearest sample
         {
             break;
         }

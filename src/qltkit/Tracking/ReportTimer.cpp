@@ -7,7 +7,7 @@ namespace qltkit
 
 ReportTime ReportTimer::Take(std::uint32_t deviceUs, std::int64_t arrivalNs)
 {
-    // Half of the clock's range forward, half of it back.
+    // A step of less than half of the clock's range is a step forward. A larger one is a step back.
     const std::uint32_t step = deviceUs - static_cast<std::uint32_t>(mDeviceUs);
     mDeviceUs = mStarted ? mDeviceUs + static_cast<std::int32_t>(step) : deviceUs;
     mStarted = true;

@@ -1,4 +1,3 @@
-// When a report was made, by both clocks.
 #pragma once
 
 #include <qltkit/Tracking/ClockFit.h>
@@ -8,20 +7,23 @@
 namespace qltkit
 {
 
+/// The time at which a report was made, by both clocks.
 struct ReportTime
 {
     std::int64_t deviceUs = 0; // without the wrap
     std::int64_t hostNs = 0;
 };
 
+/// Computes when each report was made.
 class ReportTimer
 {
 public:
-    /// The times of a report that carries `deviceUs` and arrived at `arrivalNs`. The host time is
-    /// never later than the arrival, and grows with every report.
+    /// Computes the times of a report that carries `deviceUs` and arrived at `arrivalNs`. The host
+    /// time increases with every report. It is at most the arrival time, as long as the arrival
+    /// times increase.
     ReportTime Take(std::uint32_t deviceUs, std::int64_t arrivalNs);
 
-    /// Knows nothing of the device's clock any more: after an unplug it may count from anywhere.
+    /// Forgets the device's clock: after an unplug it may count from any value.
     void StartAnew();
 
 private:

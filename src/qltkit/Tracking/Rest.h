@@ -1,5 +1,4 @@
-// What is seen of the gyroscope's bias beside the filter: whether the sensor lies still, and the
-// temperature.
+// Rest detection and temperature: the knowledge about the gyroscope's bias outside the filter.
 #pragma once
 
 #include <qltkit/Tracking/OrientationState.h>
@@ -9,20 +8,21 @@
 namespace qltkit
 {
 
-/// The part of a step that a low-pass with this time constant takes.
+/// The share of the input that a low-pass with this time constant takes in one step.
 inline double Share(double seconds, double timeConstant)
 {
     return std::min(1.0, seconds / timeConstant);
 }
 
-/// Follows the samples, of which this one came `seconds` after the last.
+/// Takes a sample that came `seconds` after the previous one.
 void FollowRest(RestState& rest, const Vector3& gyroscope, const Vector3& accelerometer,
                 double seconds);
 
-/// The sensor has been lying still for long enough to learn from it.
+/// True when the sensor has been still long enough to learn from it.
 bool LiesStill(const RestState& rest);
 
-/// Lets the temperature move the bias by what has been learned. Absurd temperatures change nothing.
+/// Corrects the bias for a change of the temperature by the learned slope. Absurd temperatures
+/// change nothing.
 void FollowTemperature(OrientationState& state, double celsius);
 
 } // namespace qltkit

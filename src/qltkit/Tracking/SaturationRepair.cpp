@@ -12,10 +12,11 @@ namespace
 constexpr int GYROSCOPE_AXES = 3;
 
 constexpr double SLOPE_SECONDS = 0.003;
-constexpr double AFTER_SECONDS = 0.0039; // four samples, with some jitter
+constexpr double AFTER_SECONDS = 0.0039; // four samples with some jitter
 
-// The part of the triangle that the peak fills, and the deviation of that as a part of it. A rate
-// rounds off like a parabola, whose part is two thirds. A shaken accelerometer has pointed peaks.
+// The part of the triangle that the peak fills, and the standard deviation of the restored amount
+// as a part of it. The peak of a rate is round like a parabola, which fills two thirds. The peaks
+// of a shaken accelerometer are pointed.
 constexpr double GYROSCOPE_PART = 0.6;
 constexpr double GYROSCOPE_DEVIATION = 1.0;
 constexpr double ACCELEROMETER_PART = 1.0;
@@ -23,14 +24,14 @@ constexpr double ACCELEROMETER_DEVIATION = 0.5;
 
 Vector3 UnitAxis(int i) { return {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0}; }
 
-/// The area beyond the limit: two slopes that meet above a base of `seconds`.
+/// The area of the triangle beyond the limit: two slopes meet above a base of `seconds`.
 double Triangle(double slopeBefore, double slopeAfter, double seconds)
 {
     const double sum = slopeBefore + slopeAfter;
     return sum > 0.0 ? 0.5 * seconds * seconds * slopeBefore * slopeAfter / sum : 0.0;
 }
 
-/// Brings what has been put back to the area of this triangle, along a world direction.
+/// Updates the restored amount to the area of this triangle, along a world direction.
 void PutBack(OrientationState& state, SaturatedStretch& stretch, int axis, double slopeAfter,
              const Vector3& direction)
 {
@@ -55,7 +56,8 @@ void PutBack(OrientationState& state, SaturatedStretch& stretch, int axis, doubl
     WidenVelocity(state, direction, wider);
 }
 
-/// The slope behind the stretch is known, or taken to be the one before it.
+/// Ends a stretch. `slopeAfter` is the slope after it, or the slope before it when none was
+/// measured.
 void EndStretch(OrientationState& state, SaturatedStretch& stretch, int axis, double slopeAfter)
 {
     stretch.ending = false;
@@ -80,7 +82,7 @@ void FollowAxis(OrientationState& state, int axis, bool saturated, double value,
     {
         if (stretch.ending)
         {
-            EndStretch(state, stretch, axis, stretch.slope); // the next one begins at once
+            EndStretch(state, stretch, axis, stretch.slope); // the next stretch begins at once
         }
         if (!stretch.active)
         {
@@ -90,7 +92,8 @@ void FollowAxis(OrientationState& state, int axis, bool saturated, double value,
         stretch.seconds += seconds;
         const Vector3 direction = Rotate(state.orientation, UnitAxis(axis % GYROSCOPE_AXES));
         stretch.direction += direction * seconds;
-        PutBack(state, stretch, axis, stretch.slope, direction); // as if it ended now
+        PutBack(state, stretch, axis, stretch.slope,
+                direction); // treats the stretch as if it ended now
         return;
     }
     stretch.ending = stretch.ending || stretch.active;

@@ -1,9 +1,4 @@
-// Puts back what a saturated axis has cut off.
-//
-//        /\      the true value; the slopes on both sides of the limit make a triangle,
-//       /..\     and a smooth peak fills a part of it
-//    --+----+-- limit
-//     /      \                                                                            .
+// Restores the angle or the velocity that is lost while an axis is saturated:
 #pragma once
 
 #include <qltkit/Tracking/ImuSample.h>
@@ -12,12 +7,13 @@
 namespace qltkit
 {
 
-/// Follows the six axes over a sample that came `seconds` after the last one. When a stretch has
-/// ended, adds the missing angle or velocity and widens its uncertainty. Call it after the rotation
-/// of the sample and before FollowSlopes.
+/// Processes the six axes for a sample that came `seconds` after the previous one. It adds the
+/// missing angle or velocity of a saturated stretch, and widens its uncertainty, both while the
+/// stretch lasts and after its end. Call it after the rotation by the sample and before
+/// FollowSlopes.
 void RepairSaturation(OrientationState& state, const ImuSample& sample, double seconds);
 
-/// Low-passes the slopes of both sensors up to this sample.
+/// Updates the low-passed slopes of both sensors with this sample.
 void FollowSlopes(OrientationState& state, const ImuSample& sample, double seconds);
 
 } // namespace qltkit

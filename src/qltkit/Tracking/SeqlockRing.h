@@ -1,9 +1,3 @@
-// The last records of one writer, for any number of readers. Nobody waits: the writer overwrites
-// the oldest record whether or not somebody reads it, and a reader notices.
-//
-// Each slot has a ticket that names the record in it, and is odd while the record is being written.
-// All words are atomic. A reader that has seen a word of a newer record has thereby (release and
-// acquire) also to see the newer ticket, when it looks at the ticket again.
 #pragma once
 
 #include <array>
@@ -17,6 +11,13 @@
 namespace qltkit
 {
 
+/// Holds the last SIZE records of one writer for any number of readers. Nobody waits: the writer
+/// overwrites the oldest record even while it is being read, and the reader detects this.
+///
+/// Each slot has a ticket that identifies its record. The ticket is odd while the writer stores the
+/// record. All words are atomic. The writer stores words with release order, and readers load them
+/// with acquire order. So a reader that has seen a word of a newer record also sees the newer
+/// ticket when it checks the ticket again.
 template <typename Record, std::size_t SIZE>
 class SeqlockRing
 {
@@ -25,7 +26,7 @@ class SeqlockRing
     static_assert((SIZE & (SIZE - 1)) == 0);
 
 public:
-    /// On the one writing thread.
+    /// Adds a record. Only the writing thread calls it.
     void Publish(const Record& record) noexcept
     {
         std::array<std::uint64_t, WORDS> words;
@@ -41,11 +42,11 @@ public:
         mCount.store(index + 1, std::memory_order_release);
     }
 
-    /// How many records there have been; the last one has the index Count() - 1.
+    /// The number of records so far. The last one has the index Count() - 1.
     std::uint64_t Count() const noexcept { return mCount.load(std::memory_order_acquire); }
 
-    /// Copies the first bytes of a record, or all of it. False when it has been overwritten; then
-    /// `part` holds nothing of use.
+    /// Copies the first bytes of a record, or the whole record. Returns false when the record has
+    /// been overwritten; the content of `part` is then useless.
     template <typename Part>
     bool Read(std::uint64_t index, Part& part) const noexcept
     {
@@ -70,8 +71,8 @@ private:
         std::array<std::atomic<std::uint64_t>, WORDS> words{};
     };
 
-    /// Without a loop, and each word straight to its place: a processor stalls when it reads in one
-    /// piece what it has just written in several.
+    /// Copies each word directly to its place, without a loop: a processor stalls when it reads as
+    /// one piece data that it has just written in several pieces.
     template <std::size_t... I>
     static void CopyWords(const Slot& slot, unsigned char* bytes, std::index_sequence<I...>)
     {

@@ -5,8 +5,9 @@
 namespace qltkit
 {
 
-/// Whether a saved record can be continued: its version is known, its orientation is a rotation and
-/// its numbers are finite. One broken number would spread to all others.
+/// True when the estimator can continue from a saved record: its version is known, its orientation
+/// is a rotation and its numbers are finite. One number that is not finite would spread to all
+/// others.
 bool IsSound(const OrientationState& state);
 
 } // namespace qltkit

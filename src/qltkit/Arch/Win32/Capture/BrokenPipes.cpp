@@ -3,6 +3,6 @@
 namespace qltkit
 {
 
-void LetWritesToBrokenPipesFail() {} // they always do on Windows
+void LetWritesToBrokenPipesFail() {} // they always fail on Windows
 
 } // namespace qltkit

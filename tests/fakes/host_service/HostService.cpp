@@ -117,9 +117,10 @@ public:
 
     Status LendSignal(const char* function, Kind kind, Handle handle, Handle* event)
     {
-        *event = GivesZero(function)               ? 0
-                 : mFailures[function] == NO_EVENT ? 0x7FFFFFF0
-                                                   : mSignals[kind];
+        if (!GivesZero(function)) // which leaves the caller's value
+        {
+            *event = mFailures[function] == NO_EVENT ? 0x7FFFFFF0 : mSignals[kind];
+        }
         for (std::size_t i = 0; mAutomatic && i < mFirstNews[kind].size(); ++i)
         {
             Queue(kind, mFirstNews[kind][i], false);
@@ -229,7 +230,6 @@ private:
 
     Status Add(const char* function, Status status, Kind kind, Handle* created)
     {
-        *created = 0;
         if (status == OK && !GivesZero(function))
         {
             *created = ++mLastHandle;

@@ -17,8 +17,8 @@ TEST(MathUtilTest, ClampTakesTheValueFirstAndTheOthersTheEnds)
     EXPECT_EQ(MathUtil::clamp(-1, 0, 1), 0.0f);
     EXPECT_EQ(MathUtil::clamp(0.5f, 0, 1), 0.5f);
     EXPECT_TRUE(std::isnan(MathUtil::clamp(NAN, 0, 1)));
-    // (1 - t) a + b t and not a + t (b - a), which gives 0 here: 1 + 1e8 is 1e8 in single
-    // precision.
+    // The formula is (1 - t) a + b t. The formula a + t (b - a) would give 0 here, because 1 + 1e8
+    // is 1e8 in single precision.
     EXPECT_EQ(MathUtil::lerp(-1e8f, 1, 1.0f), 1.0f);
 }
 
@@ -36,13 +36,13 @@ TEST(MathUtilTest, BrokenPreconditionsAreReportedAndComputed)
                      "a < b|Math/MathUtil", "p.size() == 9|Math/MathUtil"}));
 }
 
-// Summed x^7 first, 1e8 and -1e8 cancel before the others come; x^8 first and then down it is the
-// same, but with any lower power in between the ones are lost.
+// When x^7 and x^8 are added first, 1e8 and -1e8 cancel before the other terms are added. When a
+// lower power is added between them, the ones are lost.
 TEST(MathUtilTest, ThePolynomialSumsFromTheSeventhPower)
 {
     EXPECT_EQ(MathUtil::Polynom({-1e8f, 1e8f, 1, 1, 1, 1, 1, 1, 1}, 1.0f), 7.0f);
     EXPECT_EQ(MathUtil::Polynom({1, 1e8f, -1e8f, 0, 0, 0, 0, 0, 0}, 1.0f), 0.0f);
-    // The highest power comes first: in the base of ten the coefficients are the digits.
+    // The highest power comes first. With x = 10 the coefficients are the digits of the result.
     EXPECT_EQ(MathUtil::Polynom({0, 1, 2, 3, 4, 5, 6, 7, 8}, 10.0f), 12345678.0f);
     EXPECT_EQ(MathUtil::Polynom({2, 0, 0, 0, 0, 0, 0, 0, 0}, 3.0f), 13122.0f);
 }

@@ -68,7 +68,8 @@ TEST(MatrixTest, AProductCombinesRowsWithColumnsAndIsSummedUpwards)
     // By hand: row 1 of COUNTING is 4, 5, 6, 7, column 2 is 2, 6, 10, 14.
     EXPECT_EQ(Entries(COUNTING * COUNTING)[6], 4.0f * 2 + 5 * 6 + 6 * 10 + 7 * 14);
     EXPECT_EQ(Entries(COUNTING * Matrix::Identity()), Entries(COUNTING));
-    // 10^8 swallows every 1 that is added while it is there: only what comes later survives.
+    // A 1 that is added to 10^8 is lost. Only the terms that are added after 10^8 has cancelled
+    // remain.
     Matrix ones;
     ones.SetColumn(0, 1, 1, 1, 1);
     const Matrix rows =
@@ -78,14 +79,16 @@ TEST(MatrixTest, AProductCombinesRowsWithColumnsAndIsSummedUpwards)
 
 TEST(MatrixTest, ARotationTakesTheQuaternionAsItIsAndAViewItsInverse)
 {
-    // By hand from w, x, y, z = 1, 2, 3, 4: a rotation only for unit quaternions.
+    // Calculated by hand from w, x, y, z = 1, 2, 3, 4. The result is a rotation only for unit
+    // quaternions.
     EXPECT_EQ(Entries(Matrix::RotationMatrix(Quaternion(1, 2, 3, 4))),
               (Sixteen{-49, 4, 22, 0, 20, -39, 20, 0, 10, 28, -25, 0, 0, 0, 0, 1}));
-    // Calculated with each step rounded to a float; the squares doubled one by one end in ...B7.
+    // Calculated with each step rounded to a float. With squares that are doubled one by one, the
+    // last digits would be B7.
     const Matrix rough = Matrix::RotationMatrix(Quaternion(0.6f, 0.1f, 0.1f, 0.6f));
     EXPECT_EQ(Bits(rough.array()), 0x3E851EB8U);
-    // By hand: the inverse of (1, 1, 1, 1) is (1, -1, -1, -1) / 4, of which the rotation matrix has
-    // the rows (0.75, 0.25, 0), (0, 0.75, 0.25) and (0.25, 0, 0.75).
+    // Calculated by hand: the inverse of (1, 1, 1, 1) is (1, -1, -1, -1) / 4. Its rotation matrix
+    // has the rows (0.75, 0.25, 0), (0, 0.75, 0.25) and (0.25, 0, 0.75).
     EXPECT_EQ(
         Entries(Matrix::FirstPersonView(Vec3(1, 2, 3), Vec3(4, 8, 12), {1, 1, 1, 1})),
         (Sixteen{0.75f, 0.25f, 0, -6, 0, 0.75f, 0.25f, -11, 0.25f, 0, 0.75f, -13, 0, 0, 0, 1}));
@@ -93,11 +96,12 @@ TEST(MatrixTest, ARotationTakesTheQuaternionAsItIsAndAViewItsInverse)
 
 TEST(MatrixTest, LookAtViewHasTheAxesInItsColumnsAndTheTranslationOfItsRows)
 {
-    // By hand: from (2, 0, 0) to the origin f = (1, 0, 0), s = up x f = (0, 0, -1), u = (0, 1, 0);
-    // as columns they turn -eye = (-2, 0, 0) into (0, 0, 2).
+    // Calculated by hand: from (2, 0, 0) to the origin the axes are f = (1, 0, 0), s = up x f = (0,
+    // 0, -1) and u = (0, 1, 0). As columns they turn -eye = (-2, 0, 0) into (0, 0, 2).
     EXPECT_EQ(Entries(Matrix::LookAtView(Vec3(2, 0, 0), Vec3(), Vec3(0, 3, 0))),
               (Sixteen{0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 2, 0, 0, 0, 1}));
-    // The up axis, step by step; that of a side axis already normalised ends in ...49 and ...4A.
+    // The up axis, calculated step by step. From a side axis that is already normalised, the last
+    // digits would be 49 and 4A.
     const Sixteen e =
         Entries(Matrix::LookAtView(Vec3(1, 2, 3), Vec3(0.3f, -0.4f, 0.2f), Vec3(0.1f, 1, 0.2f)));
     EXPECT_EQ(Bits(Vec3(e[1], e[5], e[9])),
@@ -132,7 +136,8 @@ TEST(MatrixTest, PerspectiveProjectionHasAHorizontalFieldOfViewAndChecksNothing)
     EXPECT_TRUE(std::isinf(Entries(Matrix::PerspectiveProjection(90, 1, 1, 1))[10]));
     EXPECT_TRUE(std::isnan(Matrix::PerspectiveProjection(90, 1, 0, 1).array()));
     EXPECT_EQ(recorder.Take(), Texts{});
-    // By the double tangents of 29 and 37 degrees; tanf of some systems is one bit off.
+    // Calculated with the double tangents of 29 and 37 degrees, because tanf of some systems is one
+    // bit off.
     const Sixteen narrow = Entries(Matrix::PerspectiveProjection(58, 1.6f, 0.1f, 50));
     EXPECT_EQ(Bits(narrow[0]), 0x3FE6EB09U);
     EXPECT_EQ(Bits(narrow[5]), 0x4038BC07U);

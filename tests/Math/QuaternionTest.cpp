@@ -16,7 +16,7 @@ using Texts = std::vector<std::string>;
 TEST(QuaternionTest, TheDefaultIsZeroAndNotTheIdentity)
 {
     static_assert(sizeof(Quaternion) == 16 && std::is_trivially_copyable_v<Quaternion>);
-    // Into memory that is not zero, so that a member left alone would show.
+    // Construct it in memory that is not zero, so that an uninitialised member shows.
     Four memory;
     memory.fill(NAN);
     Quaternion& q = *new (memory.data()) Quaternion();
@@ -30,7 +30,7 @@ TEST(QuaternionTest, TheDefaultIsZeroAndNotTheIdentity)
 
 TEST(QuaternionTest, OperatorsWorkComponentByComponent)
 {
-    // How the arguments are passed is part of the interface.
+    // The types of the arguments are part of the interface.
     using Free = Quaternion (*)(const Quaternion&, const Quaternion&);
     constexpr Quaternion (*SCALED)(const Quaternion&, const float&) = &qlt::operator*;
     constexpr Quaternion (*SCALED_FROM_LEFT)(const float&, const Quaternion&) = &qlt::operator*;
@@ -57,7 +57,7 @@ TEST(QuaternionTest, FreeDivisionByZeroGivesInfinitiesWithoutAnAssertion)
     Quaternion q(1, -1, 2, -2);
     EXPECT_EQ(Values(q / 0), (Four{INFINITY, -INFINITY, INFINITY, -INFINITY}));
     EXPECT_EQ(recorder.Take(), Texts{});
-    q /= 0; // not the free one
+    q /= 0; // the member, not the free operator
     q /= -FLT_EPSILON;
     EXPECT_EQ(recorder.TakeTexts(), Texts(2, "std::abs(rhs) > FLT_EPSILON|Math/Quaternion"));
     q /= -1.2e-7f;
@@ -66,20 +66,20 @@ TEST(QuaternionTest, FreeDivisionByZeroGivesInfinitiesWithoutAnAssertion)
 
 TEST(QuaternionTest, ProductsWithVectorsAndRotationsComposeFromTheLeft)
 {
-    // By hand, i j = k: (1 + 2i + 3j + 4k)(5i + 6j + 7k) = -56 + 2i + 12j + 4k
-    // and (5i + 6j + 7k)(1 + 2i + 3j + 4k) = -56 + 8i + 0j + 10k.
+    // Calculated by hand with i j = k: (1 + 2i + 3j + 4k)(5i + 6j + 7k) = -56 + 2i + 12j + 4k and
+    // (5i + 6j + 7k)(1 + 2i + 3j + 4k) = -56 + 8i + 0j + 10k.
     const Quaternion q(1, 2, 3, 4);
     const Vec3 p(5, 6, 7);
     EXPECT_EQ(Values(q * p), (std::array<float, 3>{2, 12, 4}));
     EXPECT_EQ(Values(p * q), (std::array<float, 3>{8, 0, 10}));
-    // About z the x axis becomes the y axis, which about x becomes the z axis.
+    // A turn about z moves the x axis to the y axis. A turn about x then moves it to the z axis.
     const Quaternion aboutX = Quaternion::RotationQuaternion(std::acos(0.0f), Vec3::X_AXIS);
     const Quaternion aboutZ = Quaternion::RotationQuaternion(std::acos(0.0f), Vec3::Z_AXIS);
     const Vec3 turned = Quaternion::Rotate(aboutX * aboutZ * 2, Vec3::X_AXIS);
     EXPECT_LT((turned - Vec3::Z_AXIS).Length(), 1e-6f);
 }
 
-// What else these do, SensorFusionTest.EqualsThePlainFilterToTheLastBit compares.
+// SensorFusionTest.EqualsThePlainFilterToTheLastBit compares their other results.
 TEST(QuaternionTest, NormalizeLeavesWhatIsTooShort)
 {
     Quaternion q;
@@ -106,7 +106,7 @@ TEST(QuaternionTest, ConjugateIsTheInverse)
 TEST(QuaternionTest, ConjugateOfADegenerateQuaternionIsAnUnchangedCopy)
 {
     AssertionRecorder recorder;
-    // The second one has a norm far above FLT_EPSILON; what counts is its square.
+    // The second one has a norm far above FLT_EPSILON, but its squared norm is too small.
     for (const Quaternion& q : {Quaternion(), Quaternion(1e-4f, 2e-4f, -1e-4f, 1e-4f)})
     {
         EXPECT_EQ(Bits(q.Conjugate()), Bits(q));
@@ -119,7 +119,8 @@ TEST(QuaternionTest, ARotationAboutNoAxisIsReported)
     AssertionRecorder recorder;
     EXPECT_EQ(Values(Quaternion::RotationQuaternion(1, Vec3())), (Four{1, 0, 0, 0}));
     EXPECT_EQ(recorder.TakeTexts(), Texts{"length > FLT_EPSILON|Math/Vector"});
-    // Half a turn about no axis leaves cos(pi / 2): the float's distance from pi, halved.
+    // Half a turn about a zero axis leaves cos(pi / 2), which is half the distance of the float
+    // from pi.
     EXPECT_EQ(Bits(Quaternion::RotationQuaternion(3.14159265f, Vec3())),
               (FourBits{0xB33BBD2E, 0, 0, 0}));
     EXPECT_EQ(recorder.TakeTexts(),

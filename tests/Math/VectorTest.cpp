@@ -16,7 +16,7 @@ TEST(VectorTest, VectorsArePackedFloatsAndZeroByDefault)
 {
     static_assert(sizeof(Vec2) == 8 && sizeof(Vec3) == 12);
     static_assert(std::is_trivially_copyable_v<Vec2> && std::is_trivially_copyable_v<Vec3>);
-    // Into memory that is not zero, so that a member left alone would show.
+    // Construct it in memory that is not zero, so that an uninitialised member shows.
     std::array<float, 5> memory;
     memory.fill(NAN);
     Vec3& v = *new (memory.data()) Vec3();
@@ -30,7 +30,7 @@ TEST(VectorTest, VectorsArePackedFloatsAndZeroByDefault)
 
 TEST(VectorTest, OperatorsWorkComponentByComponent)
 {
-    // Which of them are members and how their arguments are passed is part of the interface.
+    // The interface fixes the members and the types of their arguments.
     using Member = Vec3 (Vec3::*)() const;
     using Free = Vec3 (*)(const Vec3&, const Vec3&);
     const Vec3 a(1, -2, 3);
@@ -68,7 +68,7 @@ TEST(VectorTest, FreeDivisionByZeroGivesInfinitiesWithoutAnAssertion)
 
 TEST(VectorTest, SumsAndProductsAreRoundedInOrder)
 {
-    // 10^8 + 1 rounds to 10^8; with z added to x first the 1 would survive.
+    // 10^8 + 1 rounds to 10^8. If z were added to x first, the 1 would remain.
     EXPECT_EQ(Vec3(1e4f, 1, 1e4f).Dot({1e4f, 1, -1e4f}), 0.0f);
     EXPECT_EQ(Vec3(1, 1e4f, 1e4f).Dot({1, 1e4f, -1e4f}), 0.0f);
     EXPECT_EQ(Vec3(1e4f, 1e4f, 1).Dot({1e4f, -1e4f, 1}), 1.0f);
@@ -76,10 +76,10 @@ TEST(VectorTest, SumsAndProductsAreRoundedInOrder)
     EXPECT_EQ(Vec3(1, 1, 4096).Length2(), 16777218.0f);
     EXPECT_EQ(Vec3(4096, 1, 1).Length2(), 16777216.0f);
     EXPECT_EQ(Vec3(2, -3, 6).Length(), 7.0f);
-    // By hand: (2*6 - 3*5, 3*4 - 1*6, 1*5 - 2*4).
+    // Calculated by hand: (2*6 - 3*5, 3*4 - 1*6, 1*5 - 2*4).
     EXPECT_EQ(Values(Vec3(1, 2, 3).Cross({4, 5, 6})), (Three{-3, 6, -3}));
     EXPECT_EQ(Values(Vec3::X_AXIS.Cross(Vec3::Y_AXIS)), Values(Vec3::Z_AXIS));
-    // A fused multiply and add would leave the rounding error of one product.
+    // A fused multiply-add would leave the rounding error of one product.
     const float a = 1 + FLT_EPSILON;
     EXPECT_EQ(Bits(Vec3(a, a, a).Cross({a, a, a})), Bits(Vec3()));
 }
@@ -108,10 +108,11 @@ TEST(VectorTest, NormalizeMultipliesByTheReciprocalOrLeavesWhatIsTooShort)
 TEST(VectorTest, AnglesAndProjectionsAreRoundedOnce)
 {
     EXPECT_EQ(Bits(Vec3(0, 0, 2).Angle({0, 0, -0.5f})), 0x40490FDBU); // pi
-    // The last bits by atan2 of a 64-bit mathematics; atan2f of some systems ends in ...BB, ...41.
+    // The last bits are those of atan2 in double precision. With atan2f of some systems the last
+    // digits are BB and 41.
     EXPECT_EQ(Bits(Vec3::X_AXIS.Angle({0.6f, 0.1f, 0})), 0x3E291CBCU);
     EXPECT_EQ(Bits(Vec3::X_AXIS.Angle({0.90000004f, 0, -0.1f})), 0x3DE2A040U);
-    // An arccosine would give 0 here: the cosine rounds to 1.
+    // An arccosine would give 0 here, because the cosine rounds to 1.
     EXPECT_EQ(Vec3::X_AXIS.Angle({1, 1e-5f, 0}), 1e-5f);
     EXPECT_EQ(Values(Vec3(3, 4, 0).Project({0, -2, 0})), (Three{0, 4, 0}));
     EXPECT_EQ(Values(Vec3(3, 4, 0).ProjectOnPlane(Vec3::X_AXIS)), (Three{0, 4, 0}));
@@ -128,7 +129,7 @@ TEST(VectorTest, OperationsGoOnAfterAFailedAssertion)
     EXPECT_EQ(Values(v), (Three{INFINITY, -INFINITY, INFINITY}));
     v /= -FLT_EPSILON;
     EXPECT_EQ(recorder.TakeTexts(), Texts(2, "std::abs(rhs) > FLT_EPSILON|Math/Vector"));
-    v /= -1.2e-7f; // enough
+    v /= -1.2e-7f; // this is long enough
     EXPECT_EQ(Bits(Vec3().Angle(Vec3())), 0U);
     EXPECT_TRUE(std::isnan(Vec3::X_AXIS.Project(Vec3()).x()));
     EXPECT_TRUE(std::isnan(Vec3::X_AXIS.ProjectOnPlane(Vec3()).y()));

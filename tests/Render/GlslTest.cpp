@@ -1,4 +1,5 @@
-// The GLSL sources really compiled and drawn, the distortion with the command's lens pass.
+// These tests compile the GLSL sources and draw with them. The lens pass of the command draws the
+// distortion.
 #include "view/GlContext.h"
 #include "view/GlProgram.h"
 #include "view/LensPass.h"
@@ -27,13 +28,13 @@ protected:
     GlContext context;
 };
 
-/// The middle of pixel `index` of so many, from 0 to 1.
+/// The middle of a pixel in a row of `count` pixels, from 0 to 1.
 float Middle(int index, int count)
 {
     return (static_cast<float>(index) + 0.5f) / static_cast<float>(count);
 }
 
-/// An image smooth enough for interpolation, another one in each channel; 0 to 255.
+/// An image from 0 to 255, different in each channel and smooth enough for interpolation.
 double Image(std::size_t channel, float u, float v)
 {
     const float waves[][2] = {{2.0f, 2.0f}, {-2.0f, 3.0f}, {3.0f, -2.0f}};
@@ -69,9 +70,9 @@ TEST_F(GlslTest, ADesktopTakesThemWithEitherFirstLine)
     }
 }
 
-// Compared at every pixel with the plain lens and the formula of the image. The errors of eight
-// bits, twice, and of the mesh's interpolation are less than 2 of 255 together. At the edge of the
-// lens the mesh decides, cell by cell, what is seen; outside it nothing is drawn.
+// Compare every pixel with the plain lens and the formula of the image. Two roundings to eight bits
+// and the interpolation of the mesh make errors below 2 of 255. At the edge of the lens the cells
+// of the mesh decide which pixels are seen. Nothing is drawn outside the lens.
 TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
 {
     const RenderTarget image(512, 576);
@@ -93,7 +94,7 @@ TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
             const auto pixel = static_cast<int>(i / 4);
             const float x = 2.0f * Middle(pixel % 320, 320) - 1.0f;
             const float y = 2.0f * Middle(pixel / 320, 360) - 1.0f;
-            const float radius = std::hypot(x, y * 1.125f); // about the viewport's centre
+            const float radius = std::hypot(x, y * 1.125f); // about the centre of the viewport
             double expected = channel == 3 ? 255.0 : 0.0;
             if (radius < 0.9f)
             {
@@ -109,7 +110,7 @@ TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
     }
 }
 
-// One value in all four channels, and a matrix that leaves the right half of the picture alone.
+// All four channels have one value. The matrix leaves the right half of the picture unchanged.
 TEST_F(GlslTest, TheBoardIsSetWhereOneAxisIsPastTheHalfOfItsCell)
 {
     const struct

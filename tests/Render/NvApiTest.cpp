@@ -14,12 +14,13 @@ using qlt::NvApi;
 constexpr std::uint32_t IDENTIFIERS[] = {0x602F60D8, 0x79C3FE22, 0xC4E4EFDA, 0x86BDB518,
                                          0x56DF9D51, 0xF64D320F, 0x8C84A92A, 0x2523CAB6};
 
-/// What the driver has and does, and how it was called; the entry points are bare functions.
+/// The script and the log of the driver. They are global, because the entry points are plain
+/// functions.
 struct
 {
     std::uint32_t missing = 0;
-    NvApi::Status statuses[2] = {}; // of the calls, in their order
-    std::uint32_t counts[2] = {};   // that they return
+    NvApi::Status statuses[2] = {}; // the arguments of the calls, in their order
+    std::uint32_t counts[2] = {};   // the status that the calls return
     std::string calls;
     int initializations = 0;
 } driver;
@@ -30,7 +31,7 @@ NvApi::Status Initialize()
     return -1;
 }
 
-/// "Entry points" that tell their identifiers; they are looked at only, but for the first.
+/// Entry points whose addresses are their identifiers. Only the first one is called.
 void* Query(std::uint32_t identifier)
 {
     if (identifier == 0x0150E828 && driver.missing != identifier)
@@ -41,7 +42,7 @@ void* Query(std::uint32_t identifier)
                                         : reinterpret_cast<void*>(std::uintptr_t{identifier});
 }
 
-/// Notes one of a row's two calls, the `call`-th, which it returns.
+/// Notes a call and returns its index. Each row makes two calls.
 std::size_t Record(const char* name, std::uint32_t first, std::uint32_t* count, const void* array,
                    std::uint32_t last)
 {

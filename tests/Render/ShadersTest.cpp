@@ -10,10 +10,10 @@ namespace
 
 using qlt::Shaders;
 
-/// Asked before any test and, perhaps, before the library's own initialisers.
+/// Read before any test and perhaps before the library's own static objects exist.
 const std::string gWhileLoading = Shaders::TextureShaderV();
 
-/// FNV-1a.
+/// The FNV-1a hash.
 std::uint64_t Hash(const std::string& text)
 {
     std::uint64_t value = 0xCBF29CE484222325;
@@ -26,7 +26,7 @@ std::uint64_t Hash(const std::string& text)
 
 } // namespace
 
-// The lengths and hashes are those of the published texts, lines ending in a single line feed.
+// The lengths and hashes are those of the published texts. Each line ends with a single line feed.
 TEST(ShadersTest, TheTextsAreExactToTheCharacter)
 {
     const struct
@@ -44,7 +44,7 @@ TEST(ShadersTest, TheTextsAreExactToTheCharacter)
     {
         EXPECT_EQ(row.text().size(), row.length) << row.text();
         EXPECT_EQ(Hash(row.text()), row.hash) << row.text();
-        EXPECT_EQ(&row.text(), &row.text()); // one string for all callers
+        EXPECT_EQ(&row.text(), &row.text()); // all callers get the same string
     }
     EXPECT_EQ(gWhileLoading, Shaders::TextureShaderV());
     static_assert(!std::is_default_constructible_v<Shaders> && !std::is_aggregate_v<Shaders>);

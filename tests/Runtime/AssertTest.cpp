@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Four threads that report a hundred times each while `meanwhile` runs.
+/// Starts four threads that report a hundred times each while `meanwhile` runs.
 template <typename Meanwhile>
 void ReportFromThreads(Meanwhile meanwhile)
 {
@@ -77,7 +77,7 @@ TEST(AssertTest, AConditionIsEvaluatedOnceAndReportedAsWrittenWhenItFails)
     int value = 10;
     QLT_CHECK(++value == 11);
     const int line = __LINE__;
-    QLT_CHECK(value <= LARGEST); // a macro in the condition keeps its name
+    QLT_CHECK(value <= LARGEST); // the report shows the name of a macro
     QLT_CHECK_TEXT(value == 0, L"by another name");
     QLT_CHECK_LINE(value < LARGEST, 269);
     const std::string file = "|Runtime/AssertTest|";

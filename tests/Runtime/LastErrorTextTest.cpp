@@ -20,14 +20,14 @@ TEST(LastErrorTextTest, IsTheFirstHalfOfTheTextByteByByte)
     constexpr std::uint32_t FILE_NOT_FOUND = 2; // on every system
     const std::u16string text = qlt::SystemErrorText(FILE_NOT_FOUND);
     ASSERT_GT(text.size(), 4U);
-    // As many bytes as the text has characters, out of its memory, with their signs.
+    // The text consists of as many bytes of its memory as it has characters. Each byte is signed.
     const auto* bytes = reinterpret_cast<const signed char*>(text.data());
     const std::wstring expected(bytes, bytes + text.size());
     qlt::SetLastSystemError(FILE_NOT_FOUND);
     const std::wstring result = GetLastErrorText();
     EXPECT_EQ(result, expected);
     EXPECT_EQ(result[1], L'\0');
-    // So an exception shows its first character only.
+    // An exception therefore shows only the first character.
     EXPECT_EQ(VRException(VR_STATUS_ERROR_EVENT, L"Cannot set event (" + result + L")").what(),
               std::string("Cannot set event (") + static_cast<char>(text[0]));
 }

@@ -34,7 +34,7 @@ TEST(LogTest, TheDefaultPrintsEachLineOnTheStreamOfItsLevel)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "two\n");
 }
 
-// The lines of a connection, of a read that is too short, and of a broken precondition.
+// The tracker prints lines for a connection, for a short read and for a broken precondition.
 TEST(LogTest, AHandlerReceivesEveryLineAndNothingIsPrinted)
 {
     gLines.clear();

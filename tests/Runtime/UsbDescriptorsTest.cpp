@@ -1,5 +1,5 @@
-// Descriptors as devices send them: whole, cut, and lying about their lengths. The bytes follow the
-// records of the USB standard.
+// Tests with descriptors that are whole, that are cut, and that have wrong lengths. The bytes
+// follow the records of the USB standard.
 #include "Runtime/UsbDescriptors.h"
 
 #include <qlt/Runtime/Usb.h>
@@ -24,7 +24,7 @@ Bytes Interface(std::uint8_t number, std::uint8_t alternate, std::uint8_t endPoi
     return {9, 4, number, alternate, endPoints, 0xFF, 0, 0, 0};
 }
 
-/// One behind another, with the true length of the whole in the first.
+/// Joins the records and writes the length of the result into the first one.
 Bytes Join(const std::vector<Bytes>& records)
 {
     Bytes all;
@@ -39,8 +39,8 @@ Bytes Join(const std::vector<Bytes>& records)
 
 Bytes Headset() { return Join({CONFIGURATION, Interface(0, 0, 2), INTERRUPT, BULK}); }
 
-/// The addresses of the endpoints found. The bytes are moved to memory of exactly their size, where
-/// a sanitizer sees a step past the end.
+/// The addresses of the endpoints that are found. The bytes are copied into memory of exactly their
+/// size, where a sanitizer sees a read past the end.
 Bytes Addresses(const Bytes& bytes)
 {
     Bytes addresses;
@@ -106,7 +106,7 @@ TEST(UsbDescriptorsTest, ADeviceDescriptorHasTheIds)
 TEST(UsbDescriptorsTest, AConfigurationHasTheEndpointsInTheirOrder)
 {
     Bytes twice = BULK;
-    twice[5] = 0x0C; // 1024, and one more
+    twice[5] = 0x0C; // 1024 bytes, and one packet more
     const std::vector<UsbEndPointRecord> found =
         ParseConfiguration(Join({CONFIGURATION, Interface(0, 0, 3), INTERRUPT, BULK, twice}));
     ASSERT_EQ(found.size(), 3U);
@@ -129,8 +129,8 @@ TEST(UsbDescriptorsTest, TheEndpointsAreThoseOfTheFirstSettingOfTheFirstInterfac
         {{Interface(1, 0, 1), BULK, Interface(0, 1, 1), BULK, one, INTERRUPT, Interface(0, 2, 1),
           BULK},
          {0x81}},
-        {{one, INTERRUPT, one, BULK}, {0x81}}, // told twice
-        {{one, INTERRUPT, BULK}, {0x81}},      // the announced number is a limit
+        {{one, INTERRUPT, one, BULK}, {0x81}}, // the endpoint is listed twice
+        {{one, INTERRUPT, BULK}, {0x81}},      // the announced number limits the result
         {{Interface(0, 0, 9), INTERRUPT}, {0x81}},
     };
     for (const auto& [records, addresses] : rows)
@@ -172,7 +172,7 @@ TEST(UsbDescriptorsTest, AWrongLengthEndsTheWalk)
         }
     }
     Bytes bytes = Headset();
-    bytes[18] = 6; // too short for an endpoint, and the next record starts amiss
+    bytes[18] = 6; // it is too short for an endpoint, and the next record starts too early
     EXPECT_TRUE(Addresses(bytes).empty());
     bytes = Headset();
     bytes[1] = 1;

@@ -9,7 +9,7 @@
 namespace
 {
 
-/// The status and the text that `call` throws as exactly this kind of exception.
+/// The status and the text of the exception that `call` throws. Its type must be exactly this one.
 template <typename Kind, typename Call>
 std::string Thrown(Call call)
 {
@@ -43,8 +43,8 @@ TEST(VREventTest, AWaitThatRunsOutNamesTheEventAndAnAttachedOneHasNoName)
 
 TEST(VREventTest, WithoutAnEventSetAndWaitFail)
 {
-    // The first character of the system's text is all that a text shows of it. Asked for
-    // beforehand, because throwing may change the last error.
+    // An exception shows only the first character of the system's text. Get it before the call,
+    // because a throw may change the last error.
     qlt::SetNativeEvent(nullptr);
     const std::u16string text = qlt::SystemErrorText(qlt::LastSystemError()).substr(0, 1);
     const std::string initial(text.begin(), text.end());
@@ -77,7 +77,7 @@ TEST(VREventTest, ItsNameAndModeAreTheSystemsAndTheLastCopyClosesIt)
     event = VREvent();
     copy.Set();
     second.Wait(0);
-    second.Wait(0); // manual, as the first one was
+    second.Wait(0); // it keeps the manual mode of the first one
     copy = VREvent();
     EXPECT_FALSE(qlt::SetNativeEvent(handle));
 }

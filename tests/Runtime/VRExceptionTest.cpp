@@ -18,12 +18,12 @@ TEST(VRExceptionTest, AWideTextLosesItsLastCharacterAndEndsAtAZeroOrAbove255)
 {
     EXPECT_EQ(What(L"abc"), "ab");
     EXPECT_EQ(What(std::wstring(L"abcde\0fgh", 9)), "abcde");
-    EXPECT_EQ(What(std::wstring(L"abc\0", 4)), "abc"); // the zero was the last character
+    EXPECT_EQ(What(std::wstring(L"abc\0", 4)), "abc"); // the dropped last character is the zero
     EXPECT_EQ(What(L"a\x7f\x80\xff!"), "a\x7f\x80\xff");
     EXPECT_EQ(What(L"ab\x100 cd"), "ab");
-    EXPECT_EQ(What(L"abc\x100"), "abc"); // it was the last character
+    EXPECT_EQ(What(L"abc\x100"), "abc"); // the only character is dropped
     EXPECT_EQ(What({L'a', static_cast<wchar_t>(-61), L'b'}), "a");
-    for (const std::size_t length : {1024U, 1025U, 2000U}) // 1023 at most
+    for (const std::size_t length : {1024U, 1025U, 2000U}) // at most 1023 characters remain
     {
         EXPECT_EQ(What(std::wstring(length, L'a')), std::string(1023, 'a'));
     }
@@ -47,7 +47,7 @@ TEST(VRExceptionTest, TheFieldsFollowTheBase)
     EXPECT_STREQ(exception.what(), "Error VR_STATUS (35)");
 }
 
-// Which exception is caught as what, ExceptionBoundaryTest tells, of the shipped library.
+// ExceptionBoundaryTest catches the exceptions of the shipped library by their types.
 TEST(VRExceptionTest, ACopyIsIndependentAndTheTextIsThatOfTheField)
 {
     VRExceptionTimeout original(VR_STATUS_ERROR_TIMEOUT, L"Timeout!");

@@ -9,7 +9,7 @@ TEST(VRStatusTest, EachCodeHasItsNumberAndItsText)
 #define LIST(...)                                                                                  \
     const VR_STATUS codes[] = {__VA_ARGS__};                                                       \
     std::istringstream names(#__VA_ARGS__)
-    // The list is part of the interface: the place of a name is its code.
+    // The list is part of the interface. The index of a name is its code.
     LIST(VR_STATUS_OK, VR_STATUS_ERROR_ARG, VR_STATUS_ERROR_NULL_PTR, VR_STATUS_ERROR_FILE_OPEN,
          VR_STATUS_ERROR_FILE_READ, VR_STATUS_ERROR_FILE_WRITE, VR_STATUS_ERROR_FILE_CLOSE,
          VR_STATUS_ERROR_FILE_STAT, VR_STATUS_ERROR_ASSERTION, VR_STATUS_ERROR_MEMORY,

@@ -41,7 +41,7 @@ private:
 TEST(VRThreadTest, StartReturnsWhenTheWorkerIsReadyAndStopWhenItHasEnded)
 {
     Worker worker;
-    worker.Stop(true); // nothing to stop yet
+    worker.Stop(true); // there is nothing to stop yet
     EXPECT_FALSE(worker.StopIsSignalled());
     worker.Start(true, qlt::WAIT_FOREVER);
     EXPECT_EQ(worker.ready, 1);
@@ -83,7 +83,7 @@ TEST(VRThreadTest, AWorkerRunsOnAfterAStartThatRanOutOfTimeAndCannotJoinItself)
     };
     EXPECT_THROW(worker.Start(true, 1), VRExceptionTimeout);
     worker.Stop(false);
-    worker.Stop(true); // asked for already: does not even wait
+    worker.Stop(true); // the worker was already asked, so this call does not wait
     released = true;
     worker.Join();
     EXPECT_EQ(worker.ended, 1);

@@ -21,7 +21,7 @@ constexpr std::uint32_t FRAME = 8192;
 
 Bytes Frame(std::uint32_t number) { return ScriptedUsbHost::Frame(FRAME, number); }
 
-/// The end of a frame and the beginning of the next: a header at `offset`.
+/// The end of a frame and the beginning of the next one, whose header is at `offset`.
 Bytes CutFrame(std::uint32_t offset)
 {
     Bytes bytes(offset, 0x5A);
@@ -42,8 +42,8 @@ int Occurrences(const std::string& text, const std::string& part)
 
 std::uint32_t gHourMs = 0;
 
-/// Stands in for the buffer of standard output: keeps the text, and at the end of the first line
-/// counts the reads in flight.
+/// Replaces the buffer of standard output. It keeps the text and counts the reads in flight at the
+/// end of the first line.
 class Printout final : public std::stringbuf
 {
 public:
@@ -59,7 +59,7 @@ public:
 private:
     int sync() override
     {
-        // Only the first time, because standard error flushes this, too.
+        // Count only the first time, because standard error flushes this stream, too.
         inFlight = inFlight < 0 ? mHost.inFlight.load() : inFlight;
         return 0;
     }
@@ -73,7 +73,7 @@ class VRUsbStreamAsyncTest : public testing::Test
 protected:
     void Start(bool trash, qlt::UsbHost* other = nullptr, bool hasEvent = true)
     {
-        std::cerr << std::dec; // which the stream may have left otherwise
+        std::cerr << std::dec; // the stream may have changed the format
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         stream = std::make_unique<VRUsbStreamAsync>(
@@ -87,7 +87,7 @@ protected:
         stream->Start(true, qlt::WAIT_FOREVER);
     }
 
-    /// Whether the next frame that is delivered is this one.
+    /// Whether this frame is the next one that the stream delivers.
     bool Delivers(std::uint32_t number)
     {
         frameEvent.Wait(qlt::WAIT_FOREVER);
@@ -135,14 +135,15 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
         {CutFrame(4), FRAME, {Beginning::NoSignature, 0, true, 4}},
         {CutFrame(FRAME - 4), FRAME, {Beginning::NoSignature, 0, true, FRAME - 4}},
         {CutFrame(FRAME - 4), FRAME - 4, {Beginning::NoSignature, 0, false, 0}},
-        {CutFrame(4098), FRAME, {Beginning::NoSignature, 0, false, 0}}, // not on a word
+        // The header is not at a whole word.
+        {CutFrame(4098), FRAME, {Beginning::NoSignature, 0, false, 0}},
         {Bytes(24, 0x5A), 3, {Beginning::NoSignature, 0, false, 0}},
         {badSum, FRAME, {Beginning::WrongSum, 1, false, 0}},
         {badThenGood, FRAME, {Beginning::NoSignature, 1, true, 4096}},
     };
     for (const auto& [bytes, length, expected] : rows)
     {
-        // The last words of a cut header lie behind the length.
+        // The last words of a header may lie past the length.
         std::vector<std::uint32_t> words(bytes.size() / 4 + 6);
         std::memcpy(words.data(), bytes.data(), bytes.size());
         if (expected.offset > FRAME - 24)
@@ -156,8 +157,8 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
     }
 }
 
-// The texts of every result: a signature with a wrong sum at the beginning and again in the scan, a
-// frame without a header, and a header with a wrong sum before it.
+// The rows cover every result: a signature with a wrong sum at the beginning and again in the scan,
+// a frame without a header, and a header after a wrong sum.
 TEST_F(VRUsbStreamAsyncTest, SaysWhatItMetBeforeTheFirstHeader)
 {
     Bytes badSum = Frame(1);
@@ -180,7 +181,7 @@ TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
     Stop();
     EXPECT_EQ(out, "validating 8192\ntrashing 4096\nvalidating 8192\n");
     EXPECT_EQ(host.transferSizes, (std::vector<std::uint32_t>{FRAME, 4096, FRAME, FRAME}));
-    // Hexadecimal from the first header that was found on.
+    // Numbers are hexadecimal after the first header that was found.
     EXPECT_EQ(err.substr(0, err.find("error wait")),
               "error head_sig is not valid\nfound header offset (0xdeadbeef) at 0x1000\n"
               "error incomplete transfer of size 10 expected 2000\n");
@@ -192,7 +193,7 @@ TEST_F(VRUsbStreamAsyncTest, SynchronisesOverWhateverTheDeviceDoes)
                 {Bytes(100), false, true}, // late
                 {CutFrame(512)},
                 {{}, true, false}, // failed
-                {{}},              // nothing came, and the buffer still holds the header at 512
+                {{}},              // no bytes arrived, and the buffer still holds the header at 512
                 {Bytes(512)},
                 {Frame(1)}});
     Start(true);
@@ -229,7 +230,7 @@ TEST_F(VRUsbStreamAsyncTest, DeliversWholeFramesOnlyAndGoesOn)
                        "error while async transfer\n"
                        "error wait timeout\nerror while async transfer\n"),
               0u);
-    EXPECT_EQ(host.aborts - Occurrences(err, "error wait timeout\n"), 10); // the drain's
+    EXPECT_EQ(host.aborts - Occurrences(err, "error wait timeout\n"), 10); // the event of the drain
 }
 
 // The wait for a stop paces the stream. The best of several attempts counts on a busy machine.
@@ -268,7 +269,7 @@ TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
     EXPECT_EQ(printout.inFlight, 10) << "the device does not wait for the printer";
 }
 
-// The name of a named event may belong to an object of another kind; there is no event then.
+// When another kind of object has the name of the event, there is no event.
 TEST_F(VRUsbStreamAsyncTest, GoesOnWithoutAnEventToSignal)
 {
     Start(false, nullptr, false);
@@ -303,7 +304,7 @@ TEST_F(VRUsbStreamAsyncTest, IsDestroyedWhenItsReadsHaveEndedAlsoAfterAStopThatD
     EXPECT_EQ(host.opened, host.closed);
 }
 
-// Ten for the reads and one for the search; nothing else, and none after a stop.
+// Ten events of the reads and one of the search stay open. A stop opens no more.
 TEST_F(VRUsbStreamAsyncTest, LeavesTheEventsOfItsReadsOpenAndNothingElse)
 {
     const auto run = []
@@ -328,7 +329,7 @@ TEST_F(VRUsbStreamAsyncTest, LeavesTheEventsOfItsReadsOpenAndNothingElse)
     EXPECT_LE(left, 20 * 11 + RUNTIME_HANDLES);
 }
 
-// The first device's vendor is compared, and then products only.
+// The stream compares the vendor of the first device, and then only products.
 TEST_F(VRUsbStreamAsyncDeathTest, WithoutItsDeviceTheProcessEnds)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

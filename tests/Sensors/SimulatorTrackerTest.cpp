@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-// Five hundred float steps come to t = 0.499997. Accelerometer: sin t, cos t, cos^2 t; gyroscope:
-// sin 3t, cos t/2, sin t cos t; magnetometer: sin^2 t, cos 2t, cos t; temperature: 60 + 10 cos t;
-// the device turns by t about y and the orientation about x.
+// Five hundred steps in single precision give t = 0.499997. Accelerometer: sin t, cos t, cos^2 t;
+// gyroscope: sin 3t, cos t/2, sin t cos t; magnetometer: sin^2 t, cos 2t, cos t; temperature: 60 +
+// 10 cos t; the device turns by t about y and the orientation about x.
 TEST(SimulatorTrackerTest, TheMotionGoesOnWhereItStopped)
 {
     ManualClock clock;
@@ -34,7 +34,7 @@ TEST(SimulatorTrackerTest, TheMotionGoesOnWhereItStopped)
                   "magnetometer 0.229846 0.540307 0.877584 @ 0.499997",
                   "quaternion 0.968913 0 0.247403 0 @ 0.499997", "temperature 68.7758 @ 0.499997",
                   "position 0 0 0 @ 0.499997", "orientation 0.968913 0.247403 0 0 @ 0.499997"}));
-    // The time is the float sum of as many thousandths as there were cycles.
+    // The time is the sum of 0.001 for each cycle, in single precision.
     float t = 0.0f;
     for (std::size_t cycle = 0; cycle < count / 7; ++cycle)
     {

@@ -1,4 +1,4 @@
-// A running tracker among many threads, for the thread sanitizer above all.
+// Many threads use a running tracker. The test is mainly for the thread sanitizer.
 #include <qlt/qlt_c_api.h>
 
 #include "fakes/AssertionRecorder.h"
@@ -9,8 +9,8 @@
 
 #include <future>
 
-// By interface these references follow the tracker without a lock. The readers use them in this
-// place only, because the suppression of the sanitizer names it.
+// These references follow the tracker without a lock, as the interface says. The readers use them
+// only here, because the suppression of the sanitizer names this function.
 __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& tracker)
 {
     return tracker.GetOrientation().x() + tracker.GetPosition().y();
@@ -19,10 +19,11 @@ __attribute__((noinline)) float ReadUnlockedReferences(const qlt::Tracker& track
 // The device is lost and found while its tracker stops and starts and its user recentres.
 TEST(ThreadingTest, SixteenThreadsReadWhileTheHeadsetAndAListenerComeAndGo)
 {
-    AssertionRecorder assertions; // a yaw reset that meets the identity reports its zero axis
+    AssertionRecorder assertions; // a yaw reset at the identity reports a zero axis
     ScriptedHeadset headset;
     qlt::Tracker& tracker = *headset.hmd;
-    auto* const flat = reinterpret_cast<qlt_Tracker*>(&tracker); // its handles are addresses
+    // A flat handle is the address of the object.
+    auto* const flat = reinterpret_cast<qlt_Tracker*>(&tracker);
     headset.clock.KeepAwake();
     headset.Start(headset.log);
     const auto read = [&]

@@ -44,7 +44,7 @@ class Consumer:
     def find_package(self):
         build = self.folder / "find_package"
         shutil.rmtree(build, ignore_errors=True)
-        # A toolchain file for cross-compiling may hide every place but the package's own variable.
+        # A toolchain file may hide every folder except the one in the package's own variable.
         place = (f"-DQueltaSDK_DIR={self.prefix}/lib/cmake/QueltaSDK" if self.windows
                  else f"-DCMAKE_PREFIX_PATH={self.prefix}")
         run([self.arguments.cmake, "-G", "Ninja", "-S", PROGRAM, "-B", build,
@@ -79,7 +79,7 @@ class Consumer:
 
     def compile(self, name, flags):
         program = self.folder / name
-        # After the import library, which is none: the compiler's own libraries become static.
+        # Put this after the import library; it makes only the compiler's own libraries static.
         system = (["-static-libgcc", "-Wl,-Bstatic"] if self.windows
                   else ["-pthread", f"-Wl,-rpath,{self.prefix}/lib"])
         run([self.arguments.compiler, "-std=c++17", PROGRAM / "main.cpp", "-o", program, *flags,

@@ -1,4 +1,4 @@
-// What DynamicLibrary.h promises, of every wing. The fake host service lies beside this program.
+// Every wing must do what DynamicLibrary.h says. The fake host service lies beside this program.
 #include "Runtime/DynamicLibrary.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What NativeEvent.h promises, of every wing.
+// Every wing must do what NativeEvent.h says.
 #include "Runtime/NativeEvent.h"
 
 #include "Runtime/SystemError.h"
@@ -64,7 +64,7 @@ TEST_F(NativeEventTest, AnAutomaticEventReleasesOneWaiterPerSetAndAManualOneEver
 {
     const NativeEventHandle automatic = Make(false);
     const NativeEventHandle manual = Make(true);
-    int written = 0; // no atomic: the event orders it
+    int written = 0; // it needs no atomic, because the event orders the accesses
     std::atomic<int> released{0};
     std::vector<std::future<void>> waiters;
     for (int i = 0; i < 8; ++i)
@@ -113,10 +113,11 @@ TEST_F(NativeEventTest, ANameMeansOneEventUntilItsLastHandleIsClosed)
     SetNativeEvent(first);
     EXPECT_TRUE(CloseNativeEvent(first));
     EXPECT_EQ(WaitNativeEvent(second, 0), WAIT_SIGNALLED);
-    EXPECT_EQ(WaitNativeEvent(second, 0), WAIT_TIMED_OUT); // automatic, as the first one was
+    // It keeps the automatic mode of the first one.
+    EXPECT_EQ(WaitNativeEvent(second, 0), WAIT_TIMED_OUT);
     SetNativeEvent(second);
     EXPECT_TRUE(CloseNativeEvent(second));
-    EXPECT_EQ(WaitNativeEvent(Make(true, name), 0), WAIT_TIMED_OUT); // a new one
+    EXPECT_EQ(WaitNativeEvent(Make(true, name), 0), WAIT_TIMED_OUT); // it is a new event
 }
 
 TEST_F(NativeEventTest, AWaitForSeveralTakesTheFirstThatIsSignalled)
@@ -140,7 +141,7 @@ TEST_F(NativeEventTest, AWaitForSeveralIsWokenByAnyAndFailsForWhatIsNone)
     {
         auto result = std::async(std::launch::async,
                                  [&] { return WaitNativeEvents(events, 2, WAIT_FOREVER); });
-        std::this_thread::sleep_for(milliseconds(5)); // probably waits by now
+        std::this_thread::sleep_for(milliseconds(5)); // by now the thread probably waits
         SetNativeEvent(events[i]);
         EXPECT_EQ(result.get(), WAIT_SIGNALLED + i);
     }

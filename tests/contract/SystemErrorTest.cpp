@@ -1,4 +1,4 @@
-// What SystemError.h promises, of every wing.
+// Every wing must do what SystemError.h says.
 #include "Runtime/SystemError.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ TEST(SystemErrorTest, TheLastErrorBelongsToTheThread)
         });
     qlt::SetLastSystemError(5);
     step = 1;
-    while (step != 2) // no call of the system, which might change it
+    while (step != 2) // a call of the system could change the error
     {
     }
     EXPECT_EQ(qlt::LastSystemError(), 5u);

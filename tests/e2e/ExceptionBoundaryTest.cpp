@@ -1,4 +1,4 @@
-// Exceptions between a program and the shipped library, which each may have a runtime of its own.
+// Exceptions pass between a program and the shipped library, which may have different runtimes.
 #include <qlt/qlt.h>
 
 #include <gtest/gtest.h>
@@ -6,7 +6,8 @@
 namespace
 {
 
-/// Through a frame of the library: normalising a zero vector reports to the handler, which throws.
+/// The exception passes through the library: Normalize reports a zero vector to the handler, which
+/// throws.
 void ThrowThroughTheLibrary()
 {
     qlt::SetAssertionHandler([](const wchar_t*, const wchar_t*, unsigned)

@@ -1,4 +1,4 @@
-// The checks that the flat interface adds to the classes. The classes' own tests drive its
+// These tests cover the checks that the flat interface adds. The tests of the classes cover its
 // operations.
 #include <qlt/Runtime/VRException.h>
 #include <qlt/qlt_c_api.h>

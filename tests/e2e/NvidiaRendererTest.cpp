@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// On every system, with a driver or without one. Engines count on the size.
+// This holds on every system, with a driver and without one. Engines rely on the size.
 TEST(NvidiaRendererTest, WithoutADeviceNothingHappens)
 {
     EXPECT_EQ(sizeof(NvidiaRenderer), sizeof(void*));

@@ -26,7 +26,7 @@ def lines_of(program, arguments):
 def hello_tracker(arguments):
     """A line each tenth of a second of the simulator, which turns about x by a radian per second."""
     lines = lines_of("hello_tracker", arguments)
-    assert 2 <= len(lines) <= 11, lines  # fewer where a sleep of a millisecond takes longer
+    assert 2 <= len(lines) <= 11, lines  # a sleep of a millisecond may take longer
     for tenth, line in enumerate(lines):
         half = tenth / 20.0
         expected = f"{tenth / 10:.3f} s: {math.cos(half):.4f} {math.sin(half):.4f} 0.0000 0.0000"

@@ -26,7 +26,8 @@ import xml.etree.ElementTree
 
 ARGUMENTS = None
 IDENTITY = (0, 16384, 0, 0)  # z, w, x, y
-LENS_EDGE_RADIUS = 0.99553567  # half widths of an eye's viewport, from the lens's centre
+# Distance from the centre of the lens, in half widths of an eye's viewport.
+LENS_EDGE_RADIUS = 0.99553567
 
 
 def lens_center(eye):
@@ -217,7 +218,7 @@ class QltTest(unittest.TestCase):
                                           "device time by -5.399000 s"]),
                 (whole[:5] * 2 + whole[5:], 0, ["5 (0.004 s): the sequence steps by -4 and the "
                                                 "device time by -0.004000 s"]),
-                # A hundredth of the steps, and a little more.
+                # Slightly more than a hundredth of the steps is bad.
                 (whole[:10] + twice(whole[10:15]) + whole[15:496], 0, repeats),
                 (whole[:10] + twice(whole[10:15]) + whole[15:495], 1,
                  repeats + ["is not a recording: 5 of its 499 steps are implausible, the first at "
@@ -272,7 +273,8 @@ class QltTest(unittest.TestCase):
     def test_a_file_that_cannot_be_written_fails(self):
         path = self.recording("a.bin")
         for name in (self.path("no/such/folder"), str(self.folder)):
-            # Before the source is opened: there are no missing.bin and no headset.
+            # The error comes before the source is opened, because there is no missing.bin and no
+            # headset.
             for arguments in (["replay", "missing.bin", "--csv"], ["synthesize"],
                               ["synthesize", "s.bin", "--truth"], ["record"], ["camera", "--png"],
                               ["monitor", "--source", "missing.bin", "--csv"],
@@ -364,7 +366,7 @@ class QltTest(unittest.TestCase):
         self.qlt("mesh", "--csv", "/dev/null")
         self.assertTrue(pathlib.Path("/dev/null").is_char_device())
         lines = self.qlt("mesh", "--resolution", "2x2", "--csv", "/dev/stdout").stdout.splitlines()
-        # A file behind the name is written once, with what is printed after it.
+        # The command writes the file once and prints its lines after that.
         with open(self.path("out"), "w+", encoding="utf-8") as out:
             subprocess.run([ARGUMENTS.qlt, "mesh", "--resolution", "2x2", "--csv", "/dev/stdout"],
                            stdout=out, check=True)
@@ -404,7 +406,7 @@ class QltTest(unittest.TestCase):
         self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "60")
         data = pathlib.Path(self.path("s.bin")).read_bytes()
         counts = [struct.unpack_from("<3h", data, i + 16) for i in range(0, len(data), 64)]
-        # 1000 / 32768 degrees a second per count, around the calibration's offset of 0.3 at most.
+        # One count is 1000 / 32768 degrees a second. The calibration's offset is 0.3 at most.
         speeds = [math.hypot(*c) * 1000 / 32768 for c in counts]
         self.assertGreater(max(speeds), 250)
         self.assertLess(max(speeds), 302)
@@ -424,7 +426,7 @@ class QltTest(unittest.TestCase):
         lines = [line for line in done.stdout.splitlines() if "reports/s" in line]
         rate = float(re.search(r"(\d+) reports/s", lines[0]).group(1))
         self.assertLess(rate, 1100)
-        # Both commands give the time by the headset's clock, as a truth file does.
+        # Both commands use the time of the headset's clock, as a truth file does.
         self.qlt("replay", path, "--csv", self.path("r.csv"))
         shown, replayed = (pathlib.Path(self.path(name)).read_text() for name in ("m.csv", "r.csv"))
         self.assertEqual(shown, replayed)
@@ -499,7 +501,7 @@ class QltTest(unittest.TestCase):
                 svg = "{http://www.w3.org/2000/svg}"
                 circle = drawing.find(f"{svg}clipPath[@id='lens']/{svg}circle").attrib
                 cx, cy, radius = (float(circle[key]) for key in ("cx", "cy", "r"))
-                # Half of the eye's viewport is 320 wide and its middle is at (340, 380).
+                # Half of the eye's viewport is 320 units wide. Its middle is at (340, 380).
                 self.assertAlmostEqual(cx, 340 + lens_center(eye) * 320, places=2)
                 self.assertEqual(cy, 380)
                 self.assertAlmostEqual(radius, LENS_EDGE_RADIUS * 320, places=2)
@@ -510,27 +512,31 @@ class QltTest(unittest.TestCase):
                         dx, dy = float(x) - cx, float(y) - cy
                         part = round(math.degrees(math.atan2(dy, dx)) / 10) % 36
                         reach[part] = max(reach.get(part, 0), math.hypot(dx, dy))
-                # Where the lens is wider than the panel, the lines end 3 earlier.
+                # Where the lens is wider than the panel, the lines end 3 units before the edge of
+                # the lens.
                 self.assertEqual([part for part in range(36) if reach[part] < radius - 3], [])
 
     def test_view_draws_both_eyes_through_their_lenses(self):
         done = self.qlt("view", "--png", self.path("v.png"))
-        # The simulator's turn about x after six seconds: 6 rad less a full turn.
+        # After six seconds the simulator has turned about x by 6 rad, which is a full turn less
+        # 0.28.
         self.assertIn("2560 x 1440, yaw 0.0 pitch -16.3 roll 0.0 deg\n", done.stdout)
         picture = Picture(self.path("v.png"))
         self.assertEqual((picture.width, picture.height), (2560, 1440))
         for left in (0, 1280):
             with self.subTest(left):
-                # Black outside of the round lens, the sky above and the floor below.
+                # The picture is black outside the round lens. The sky is above and the floor is
+                # below.
                 for x, y in ((5, 5), (1274, 5), (5, 1434), (1274, 1434)):
                     self.assertEqual(picture[left + x, y], (0, 0, 0))
                 sky, floor = picture[left + 640, 150], picture[left + 640, 1300]
                 self.assertGreater(sky[2], 2 * sky[0])
                 self.assertGreater(min(floor), 30)
-                # Far from the middle the colours part: squares of grey have edges of colour.
+                # Far from the middle the three colours separate, so grey squares have coloured
+                # edges.
                 column = [picture[left + 440, y] for y in range(850, 1200)]
                 self.assertGreater(max(max(p) - min(p) for p in column), 40)
-        # An eye each: they see the near axes from two places.
+        # The two eyes see the near axes from different places.
         self.assertNotEqual([picture[x, 900] for x in range(1280)],
                             [picture[1280 + x, 900] for x in range(1280)])
 
@@ -618,7 +624,7 @@ def main():
     names = [f"QltTest.test_{case}" for case in ARGUMENTS.cases]
     result = unittest.main(argv=[sys.argv[0], *names], exit=False).result
     if result.skipped and not result.failures and not result.errors:
-        sys.exit(77)  # ctest's word for skipped
+        sys.exit(77)  # ctest takes this code as "skipped"
     sys.exit(not result.wasSuccessful())
 
 

@@ -1,4 +1,4 @@
-// The camera of the flat interface on the emulated bus, into real OpenGL.
+// Tests of the flat interface's camera with the emulated bus and real OpenGL.
 #include <qlt/qlt_c_api.h>
 
 #include "view/GlContext.h"
@@ -14,8 +14,8 @@
 
 #include <GL/glew.h>
 
-// The stream zeroes a frame that ends before its read begins. Such a frame is sent again after a
-// pause, which grows.
+// The stream zeroes a frame that ends before its read begins. The test sends such a frame again
+// after a pause, and each pause is longer.
 TEST(CameraFramesTest, FramesBecomeATexture)
 {
     constexpr std::size_t FRAME = 0x388000;
@@ -27,7 +27,8 @@ TEST(CameraFramesTest, FramesBecomeATexture)
     std::uint32_t shown = 0;
     int wrong = 0;
     bus->Plug();
-    bus->Push(EmulatedBus::FRAMES, ScriptedUsbHost::Frame(FRAME, 0)); // which synchronises
+    // The stream synchronises with this frame.
+    bus->Push(EmulatedBus::FRAMES, ScriptedUsbHost::Frame(FRAME, 0));
     {
         qlt_Camera* const camera = qlt_Camera_New(3);
         EXPECT_EQ(qlt_Camera_GetTextureId(camera), 3);

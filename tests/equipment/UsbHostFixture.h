@@ -1,4 +1,5 @@
-// The library's own USB access on an emulated bus, with reads of the camera's size.
+// A fixture with the library's own USB access on an emulated bus, and with reads of the camera's
+// size.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
@@ -15,10 +16,10 @@
 using Bytes = EmulatedBus::Bytes;
 constexpr std::uint8_t REPORTS = EmulatedBus::REPORTS;
 constexpr std::uint8_t FRAMES = EmulatedBus::FRAMES;
-constexpr std::uint32_t FRAME_SIZE = 0x388000; // a whole picture of the camera
-constexpr std::uint32_t LONG_MS = 20000;       // never to be waited for
+constexpr std::uint32_t FRAME_SIZE = 0x388000; // a whole frame of the camera
+constexpr std::uint32_t LONG_MS = 20000;       // a test never waits this long
 
-/// One frame on its way, with its event.
+/// One read of a frame, with its event.
 struct Frame
 {
     explicit Frame(qlt::UsbEndPoint& endPoint)
@@ -31,13 +32,13 @@ struct Frame
         qlt::CloseNativeEvent(event);
     }
 
-    /// Waits for the event alone, as a stream that waits for other things, too.
+    /// Waits only for the event, as a stream does that also waits for other events.
     bool IsSignalled(std::uint32_t timeoutMs) const
     {
         return qlt::WaitNativeEvent(event, timeoutMs) == qlt::WAIT_SIGNALLED;
     }
 
-    /// What it ends as; a picture of one value is told by it.
+    /// The result of the read. For a frame of one value it is that value.
     std::string End() const
     {
         std::uint32_t length = 1;
@@ -58,7 +59,7 @@ struct Frame
 class UsbHostFixture : public testing::Test
 {
 protected:
-    static constexpr std::uint8_t COUNT = 10; // of frames at once, as the camera's stream has them
+    static constexpr std::uint8_t COUNT = 10; // frames in flight, as in the camera's stream
 
     /// Plugs the headset in and opens it.
     void Open()
@@ -70,7 +71,7 @@ protected:
 
     qlt::UsbEndPoint& EndPoint() { return device->EndPoint(2); }
 
-    /// Makes the frames new ones.
+    /// Replaces the frames by new ones.
     void Begin()
     {
         frames.clear();

@@ -1,5 +1,5 @@
-// What Usb.h promises of the machine's own USB, and the headset's tracker and camera upon it, on
-// the emulated bus of each system.
+// Tests of the machine's own USB, as Usb.h describes it, and of a tracker and a camera that use it.
+// They run on the emulated bus of each system.
 #include <qlt/Sensors/Hmd.h>
 
 #include "equipment/UsbHostFixture.h"
@@ -37,8 +37,8 @@ protected:
     }
 };
 
-/// An object that the program destroys after all that it has made since it began; and it takes its
-/// time for that.
+/// The program destroys this object after all objects that it has made later. Its destructor takes
+/// some time.
 struct LateEnd
 {
     ~LateEnd() { std::this_thread::sleep_for(duration); }
@@ -60,13 +60,13 @@ protected:
 
     ~UsbHostHmdTest() override
     {
-        bus->Unplug(); // ends the read that the stop would wait for
+        bus->Unplug(); // this ends the read for which the stop would wait
         clock.KeepAwake();
         hmd->Stop();
         hmd->RemoveListener(log);
     }
 
-    /// The tracker reads, and so many reports reach the listener.
+    /// Sends reports until `count` of them have reached the listener.
     void ExpectReports(std::size_t count)
     {
         WaitForPending(REPORTS);
@@ -113,7 +113,7 @@ TEST_F(UsbHostTest, DevicesAreCountedAndTellTheirEndPoints)
     EXPECT_EQ(EndPoint().Attributes(), 2);
 }
 
-// Through one opening of a headset that may be open twice, for a tracker and a camera.
+// The headset may be open twice, for a tracker and a camera. The test uses one of the two devices.
 TEST_F(UsbHostTest, AReadWaitsAndGivesWhatCameAndWhetherItFailed)
 {
     Open();
@@ -165,7 +165,7 @@ TEST_F(UsbHostTest, TenWholeFramesArriveInTheirOrder)
         EXPECT_EQ(frames[i].End(), std::to_string(i));
         EXPECT_FALSE(frames[i].IsSignalled(0)) << "taken by its wait";
     }
-    // What was there before its read; and nobody needs to wait before the finish.
+    // These bytes arrived before the read began. Finish needs no wait before it.
     bus->Push(FRAMES, Bytes(512, 5));
     const Frame late(EndPoint());
     std::uint32_t length = 0;
@@ -187,7 +187,7 @@ TEST_F(UsbHostTest, AbortedTransfersHaveFailedAndDestroyedOnesAreGoneAndNewOnesB
     Begin();
     PushAll();
     EXPECT_EQ(frames.back().End(), "9");
-    // Those that are destroyed are in flight no more.
+    // Destroyed reads are no longer in flight.
     frames.clear();
     {
         const Frame dropped(EndPoint());
@@ -260,7 +260,7 @@ TEST_F(UsbHostHmdTest, TheHeadsetIsFoundAndItsReportsReachTheListenerAndItIsFoun
         bus->Plug();
         ExpectReports(1);
         EXPECT_LT(SecondsSince(start), 3.0) << "it looks once a second";
-        ExpectReports(200); // as fast as they come
+        ExpectReports(200); // the reports come without a pause
         bus->Unplug();
         Until([this] { return !hmd->IsConnected(); });
     }
@@ -300,7 +300,7 @@ TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
     std::size_t threads = 0;
     for (int i = 0; i < 60; ++i)
     {
-        if (i == 10) // what is made once in a process has been made
+        if (i == 10) // from here on, the objects of the process exist
         {
             handles = CountOpenHandles();
             threads = CountThreads();
@@ -312,7 +312,7 @@ TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
         {
             frames.emplace_back(EndPoint());
         }
-        std::thread finder([this] { clock.Cycle(); }); // the tracker opens it, too
+        std::thread finder([this] { clock.Cycle(); }); // the tracker also opens the headset
         for (auto pushes = random() % 20; pushes > 0; --pushes)
         {
             wait();
@@ -330,7 +330,8 @@ TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
         Until([this] { return !hmd->IsConnected(); });
     }
     EXPECT_GT(log.Count(), 0u) << "the tracker has read";
-    // The emulator closes its own ends, and the system forgets a thread, a little later.
+    // The emulator closes its own descriptors a little later, and a thread also ends a little
+    // later.
     const auto isAsBefore = [=]
     { return CountOpenHandles() <= handles + RUNTIME_HANDLES && CountThreads() <= threads; };
     const auto end = steady_clock::now();

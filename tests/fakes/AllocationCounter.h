@@ -1,8 +1,8 @@
-// Counts every allocation of the process with operator new, the library's included.
+// Counts every allocation of the process with operator new, including those of the library.
 #pragma once
 
-/// Since the start of the process.
+/// The number of allocations since the start of the process.
 long AllocationCount();
 
-/// Since the start of the calling thread, by that thread alone.
+/// The number of allocations by the calling thread since its start.
 long ThreadAllocationCount();

@@ -1,4 +1,4 @@
-// Records failed preconditions instead of printing them, while it lives.
+// While it lives, it records failed preconditions instead of printing them.
 #pragma once
 
 #include <mutex>
@@ -14,14 +14,15 @@ public:
     AssertionRecorder() { Take(); }
     ~AssertionRecorder() { qlt::SetAssertionHandler(mPrevious); }
 
-    /// What was reported since the last call, in order: "TEXT|FILE|LINE".
+    /// The reports since the last call, in their order, as "TEXT|FILE|LINE".
     std::vector<std::string> Take()
     {
         const std::lock_guard<std::mutex> lock(sMutex);
         return std::exchange(sReports, {});
     }
 
-    /// The same without the lines, for preconditions whose line is nobody's business: "TEXT|FILE".
+    /// The same without the lines, for preconditions whose line is not part of the interface:
+    /// "TEXT|FILE".
     std::vector<std::string> TakeTexts()
     {
         std::vector<std::string> taken = Take();
@@ -41,7 +42,7 @@ private:
         sReports.emplace_back(text.begin(), text.end());
     }
 
-    inline static std::mutex sMutex; // guards what follows
+    inline static std::mutex sMutex; // guards the members below
     inline static std::vector<std::string> sReports;
     const qlt::AssertionHandler mPrevious = qlt::SetAssertionHandler(Record);
 };

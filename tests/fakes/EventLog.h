@@ -1,4 +1,4 @@
-// Listeners: one that hands on, and one that writes down everything it is told.
+// Two listeners: one calls back, and one logs every event.
 #pragma once
 
 #include <qlt/Sensors/TrackerListener.h>
@@ -10,14 +10,14 @@
 #include <sstream>
 #include <vector>
 
-/// Calls back with every orientation, the last event of a report.
+/// Calls back with every orientation, which is the last event of a report.
 struct OrientationListener : qlt::TrackerListener
 {
     void OnOrientationEvent(const qlt::Quaternion& q, float) override { call(q); }
     std::function<void(const qlt::Quaternion&)> call;
 };
 
-/// Six digits of each value.
+/// The log shows six digits of each value.
 template <typename... Values>
 std::string Text(float first, Values... others)
 {
@@ -29,7 +29,7 @@ std::string Text(float first, Values... others)
 inline std::string Text(const qlt::Vec3& v) { return Text(v.x(), v.y(), v.z()); }
 inline std::string Text(const qlt::Quaternion& q) { return Text(q.w(), q.x(), q.y(), q.z()); }
 
-/// Lines like "gyroscope 1 2 3 @ 0.001".
+/// Logs lines such as "gyroscope 1 2 3 @ 0.001".
 class EventLog : public qlt::TrackerListener
 {
     using V = qlt::Vec3;

@@ -1,4 +1,4 @@
-// Quaternions compared within a tolerance.
+// Compares quaternions within a tolerance.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>

@@ -1,4 +1,4 @@
-// Floats compared by their bits, because the order of a formula is part of the interface, and by
+// Compares floats by their bits, because the order of a formula is part of the interface, and by
 // their values.
 #pragma once
 

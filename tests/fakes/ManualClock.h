@@ -1,5 +1,4 @@
-// A clock that stands still until the test moves it. Sleepers wait for the test, too: a sleep ends
-// when the test wakes it, never by itself.
+// A clock that stands still until the test moves it. A sleep ends only when the test wakes it.
 #pragma once
 
 #include <qlt/Runtime/Clock.h>
@@ -43,11 +42,11 @@ public:
         WaitForSleep(mWakes + 1);
     }
 
-    /// From now on nobody sleeps.
+    /// From now on every sleep returns at once.
     void KeepAwake() { mAwake = true; }
 
     std::atomic<std::int64_t> nowNs{0};
-    std::atomic<std::int64_t> stepNs{0}; // with every look at the time
+    std::atomic<std::int64_t> stepNs{0}; // the step of the time at every call of NowNs
     std::atomic<std::int64_t> lastSleepNs{0};
 
 private:

@@ -1,13 +1,14 @@
-// What this process has of the system. One body for each system.
+// Counts the system's objects that this process holds. Each system has its own body.
 #pragma once
 
 #include <cstddef>
 
-/// Handles or descriptors that are open.
+/// The number of open handles or descriptors.
 std::size_t CountOpenHandles();
 
-/// The most handles that the system's runtime may have taken meanwhile and keeps: a lock of the
-/// Windows runtime takes one when it is first contended. None elsewhere.
+/// The largest number of handles that the system's runtime may have opened meanwhile and keeps. A
+/// lock of the Windows runtime opens one when two threads first compete for it. Elsewhere the
+/// number is 0.
 extern const std::size_t RUNTIME_HANDLES;
 
 std::size_t CountThreads();

@@ -1,5 +1,5 @@
-// The orientation filter written down plainly, step by step and without the library: what the
-// library is compared with, to the last bit.
+// The orientation filter, written step by step and without the library. Tests compare the library
+// with it to the last bit.
 #pragma once
 
 #include <cmath>
@@ -23,7 +23,7 @@ struct Rotation
     float z = 0;
 };
 
-/// A function of the 64-bit mathematics, rounded.
+/// A function in double precision whose result is rounded to single precision.
 inline float Rounded(double (*function)(double), float x)
 {
     return static_cast<float>(function(static_cast<double>(x)));

@@ -1,5 +1,5 @@
-// The lens model and its mesh written down plainly, point by point and without the library: what
-// the library's values are compared with to the last bit, and its speed in the benchmarks.
+// The lens model and its mesh, written point by point and without the library. Tests compare the
+// library's values with it to the last bit, and benchmarks compare the speed.
 #pragma once
 
 #include <algorithm>
@@ -23,8 +23,8 @@ struct Spline
     Doubles lin;
 };
 
-/// The curvatures: a system with three diagonals, scaled by its main one, eliminated downwards and
-/// solved upwards.
+/// The curvatures solve a system with three diagonals. Scale the rows by the main diagonal,
+/// eliminate downwards and solve upwards.
 inline Doubles Curvatures(const Doubles& x, const Doubles& y)
 {
     const std::size_t n = x.size();
@@ -87,7 +87,7 @@ inline double Evaluate(const Spline& s, double x)
     return ((s.cubic[i] * h + s.quad[i]) * h + s.lin[i]) * h + s.y[i];
 }
 
-/// The lens at one moment: its tables and what the process makes of them.
+/// The tables of a lens and the constants that the process shares.
 struct Lens
 {
     Spline colors[3];
@@ -95,7 +95,7 @@ struct Lens
     float scale = 0x1.0a9bd2p+0f; // 1.0414401
 };
 
-/// The headset's, from tables written down apart from the library's.
+/// The lens of the headset. Its tables are copies that do not come from the library.
 inline Lens HeadsetLens()
 {
     const Doubles radius = {0.0,      0.0526316, 0.105263, 0.157895, 0.210526, 0.263158, 0.315789,
@@ -121,7 +121,7 @@ struct Sample
     float depth;
 };
 
-/// -1 .. 1 to 0 .. 1, limited.
+/// Limits a coordinate to [-1, 1] and maps it to [0, 1].
 inline float ToTexture(float x)
 {
     const float limited = x < -1.0f ? -1.0f : x > 1.0f ? 1.0f : x;
@@ -146,7 +146,7 @@ struct Mesh
     std::vector<std::int32_t> indices;
 };
 
-/// Into arrays that are kept when they have the size already.
+/// Writes into arrays and reuses arrays that already have the right size.
 inline void BuildMesh(const Lens& lens, int resX, int resY, int eye, bool triangleList, Mesh& mesh)
 {
     const float stepX = 2.0f / static_cast<float>(resX);
@@ -174,7 +174,7 @@ inline void BuildMesh(const Lens& lens, int resX, int resY, int eye, bool triang
                 const Sample sample = Distort(lens, x, y, eye, c);
                 mesh.texture[c][2 * at] = sample.u;
                 mesh.texture[c][2 * at + 1] = sample.v;
-                mesh.position[3 * at + 2] = sample.depth; // red's is the last
+                mesh.position[3 * at + 2] = sample.depth; // red comes last, so its depth remains
             }
             mesh.position[3 * at] = x;
             mesh.position[3 * at + 1] = y;
@@ -203,7 +203,8 @@ inline void BuildMesh(const Lens& lens, int resX, int resY, int eye, bool triang
     }
 }
 
-/// The mesh of direct mode: position, the colours' coordinates and the weight, ten floats a vertex.
+/// The mesh of direct mode. Each vertex has ten floats: the position, the coordinates of the three
+/// colours and the weight.
 struct DirectModeMesh
 {
     std::vector<float> vertices;

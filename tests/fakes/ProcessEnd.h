@@ -1,9 +1,8 @@
-// How a child process of a death test ended.
+// Checks how a child process of a death test has ended.
 #pragma once
 
-/// Whether `status` is the end that a failed range check makes: the exit code 0xC0000409 where the
-/// status is an exit code, killed by the abort signal (6, with 128 when a core was dumped)
-/// elsewhere.
+/// Whether the process ended as after a failed range check. On Windows `status` is then the exit
+/// code 0xC0000409. Elsewhere it is the abort signal 6, plus 128 when a core was dumped.
 inline bool EndedByRangeCheck(int status)
 {
     return static_cast<unsigned>(status) == 0xC0000409U || (status & ~128) == 6;

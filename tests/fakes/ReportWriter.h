@@ -1,4 +1,4 @@
-// Sensor reports made field by field.
+// Makes sensor reports field by field.
 #pragma once
 
 #include <array>
@@ -6,7 +6,7 @@
 
 struct ReportWriter : std::array<std::uint8_t, 64>
 {
-    /// A report at rest: the identity, gravity along y, a little turn so that no axis is zero.
+    /// A report at rest: the identity, gravity along y, and a slow turn so that no axis is zero.
     explicit ReportWriter(std::uint32_t sequence, std::uint32_t timeUs = 0)
         : array()
     {

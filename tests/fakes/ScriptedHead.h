@@ -1,4 +1,4 @@
-// A head whose motion is a formula, and the samples of its sensors with known errors.
+// A head that moves by a formula. Its sensors give samples with known errors.
 #pragma once
 
 #include <qltkit/Tracking/ImuSample.h>
@@ -16,14 +16,14 @@ struct HeadScript
 {
     unsigned seed = 1;
     double intervalS = 0.001;
-    qltkit::Rotation tilt; // of the sensors on the head
-    qltkit::Vector3 swing; // radians about x, y, z; at 0.6 Hz, give or take
+    qltkit::Rotation tilt; // the orientation of the sensors on the head
+    qltkit::Vector3 swing; // radians about x, y, z, at about 0.6 Hz
     double swingHz = 0.6;
-    double shift = 0.0;   // metres along each axis, at 0.8 Hz, give or take
+    double shift = 0.0;   // metres along each axis, at about 0.8 Hz
     qltkit::Vector3 bias; // rad/s
     double biasPerKelvin = 0.0;
     double kelvinPerS = 0.0;
-    double turnFromS = 1e9; // from here on it turns about the vertical
+    double turnFromS = 1e9; // from this time on the head turns about the vertical
     double turnRate = 0.0;  // rad/s
     double gyroscopeLimit = 1e9;
     double gyroscopeNoise = 0.035 * RADIANS;
@@ -50,7 +50,7 @@ public:
 
     double TimeS() const { return mIndex * mScript.intervalS; }
 
-    /// After Next: the truth at its time.
+    /// The truth at the time of the last Next.
     const qltkit::Rotation& Orientation() const { return mLast; }
 
     qltkit::Vector3 BiasNow() const
@@ -59,7 +59,7 @@ public:
         return mScript.bias + qltkit::Vector3{warm, warm, warm};
     }
 
-    /// The first is at the time of zero.
+    /// The next sample. The first one is at time zero.
     qltkit::ImuSample Next()
     {
         const double t = ++mIndex * mScript.intervalS;
@@ -83,7 +83,7 @@ public:
 private:
     double Uniform() { return static_cast<double>(mRandom() >> 8) / 8388608.0 - 1.0; }
 
-    /// Nearly normal: the sum of three.
+    /// A nearly normal random number, which is the sum of three uniform ones.
     double Normal() { return Uniform() + Uniform() + Uniform(); }
 
     qltkit::Vector3 Noise(double deviation)
@@ -131,7 +131,7 @@ private:
     int mIndex = -1;
 };
 
-/// Of any direction, evenly.
+/// A random orientation, uniform over all directions.
 inline qltkit::Rotation RandomRotation(std::mt19937& random)
 {
     const auto uniform = [&random] { return static_cast<double>(random() >> 8) / 8388608.0 - 1.0; };
@@ -146,7 +146,8 @@ inline qltkit::Rotation RandomRotation(std::mt19937& random)
     }
 }
 
-/// A head in any position that moves vigorously, with a bias of up to half a degree per second.
+/// A head that starts in a random position and moves vigorously. The bias is at most half a degree
+/// per second.
 inline HeadScript RandomStart(unsigned seed)
 {
     std::mt19937 random(seed);

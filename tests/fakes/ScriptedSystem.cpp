@@ -1,5 +1,5 @@
-// The machine's USB with one headset, in the place of the system's own. The headset turns about y
-// and films; thus other languages drive the whole library.
+// Replaces the machine's USB by a host with one headset, which turns about y and sends frames.
+// Tests in other languages use the whole library with it.
 #include <qlt/Runtime/Usb.h>
 
 #include "fakes/ReportWriter.h"
@@ -14,7 +14,8 @@ namespace
 
 void NextMillisecond() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
-/// A frame of the camera arrives: a header of five words whose sum vanishes, and a grey image.
+/// Makes a frame of the camera arrive. It has a header whose words add up to zero, and a grey
+/// image.
 struct Frame final : qlt::UsbTransfer
 {
     Frame(std::uint8_t* to, std::uint32_t bytes)
@@ -84,6 +85,6 @@ struct Host final : qlt::UsbHost
 
 qlt::UsbHost& qlt::UsbHost::System()
 {
-    static Host& host = *new Host; // outlives every tracker
+    static Host& host = *new Host; // never deleted, so it outlives every tracker
     return host;
 }

@@ -1,4 +1,4 @@
-// Real sensor recordings with the measured orientation, and how far an estimate is from it.
+// Real sensor recordings with the measured orientation, and the error of an estimate.
 #pragma once
 
 #include <qltkit/Tracking/ImuSample.h>
@@ -18,7 +18,7 @@ using qltkit::Vector3;
 
 constexpr double DEGREES = 57.29577951308232;
 
-/// Orientations over time; microseconds, not wrapped.
+/// Orientations over time. The times are in microseconds and do not wrap.
 struct Series
 {
     std::vector<double> timesUs;
@@ -30,7 +30,7 @@ struct Series
         values.push_back(q);
     }
 
-    /// Interpolated; false outside and in gaps of more than 50 ms.
+    /// Interpolates the orientation. False outside the recording and in gaps of more than 50 ms.
     bool At(double timeUs, Rotation& q) const
     {
         const auto next = std::lower_bound(timesUs.begin(), timesUs.end(), timeUs - 1e-3);
@@ -54,22 +54,23 @@ struct Series
 struct Recording
 {
     std::string name;
-    double lagUs = 0.0; // the samples are this much later than the truth
+    double lagUs = 0.0; // the delay of the samples after the truth
     std::vector<qlt::SensorReport> reports;
     std::vector<qltkit::ImuSample> samples;
-    std::vector<double> timesUs; // of the samples
+    std::vector<double> timesUs; // the time between two samples
     Series truth;
-    double truthBeginUs = 0.0; // of its first row, measured or not
+    double truthBeginUs = 0.0; // the time of the first row, measured or not
 };
 
-/// A recording and what VQF without magnetometer, the best published filter, has on it: root mean
-/// square of the inclination's error in degrees, and the heading's drift in degrees per minute.
+/// A recording, and the result of the best published filter on it, which is VQF without
+/// magnetometer. The result is the RMS error of the inclination in degrees and the drift of the
+/// heading in degrees per minute.
 struct PublishedFigures
 {
     const char* name;
     double inclinationDeg;
     double driftDegPerMin;
-    bool saturated; // for long, so that VQF is far off
+    bool saturated; // it shakes for long, so VQF has a large error
 };
 
 constexpr PublishedFigures PUBLISHED[] = {
@@ -91,12 +92,12 @@ inline std::string RecordingsFolder()
     return folder != nullptr ? folder : ".";
 }
 
-/// Without reports where the file is missing.
+/// The result has no reports when the file is missing.
 inline Recording LoadRecording(const std::string& folder, const std::string& name)
 {
     Recording r;
     r.name = name;
-    // Both are known: the motion capture is early, the other headset's solver is not.
+    // Both delays are known. The motion capture is early, and the other headset's solver is not.
     r.lagUs = name.rfind("headset_", 0) == 0 ? 0.0 : 3700.0;
     std::ifstream file(folder + "/" + name + ".bin", std::ios::binary);
     for (qlt::SensorReport report; file.read(reinterpret_cast<char*>(report.data()), 64);)
@@ -137,7 +138,7 @@ inline double InclinationBetween(const Rotation& a, const Rotation& b)
     return std::atan2(Length(Cross(u, v)), Dot(u, v));
 }
 
-/// The turn about the vertical from `b` to `a`.
+/// The angle about the vertical from `b` to `a`.
 inline double HeadingBetween(const Rotation& a, const Rotation& b)
 {
     const Rotation r = a * b.Conjugate();
@@ -153,10 +154,10 @@ struct Score
 {
     double inclinationDeg = 0.0; // root mean square
     double maximumDeg = 0.0;
-    double driftDegPerMin = 0.0; // slope of the straight line through the heading's error
+    double driftDegPerMin = 0.0; // the slope of the straight line through the heading's error
 };
 
-/// From five seconds after the first row of the truth on.
+/// The errors from five seconds after the first row of the truth.
 inline Score ScoreEstimate(const Recording& recording, const Series& estimate)
 {
     std::vector<double> minutes;

@@ -1,4 +1,4 @@
-// Recordings through the estimator and the predictor, as they are or with losses.
+// Plays recordings through the estimator and the predictor, unchanged or with losses.
 #pragma once
 
 #include <qltkit/Tracking/Predictor.h>
@@ -16,7 +16,7 @@ using qltkit::Predictor;
 
 using Change = bool (*)(ImuSample& sample, std::size_t index, std::mt19937& random);
 
-/// `change` changes each sample, or says that it is left out.
+/// `change` may change each sample. It returns false when the sample is left out.
 inline Score Replay(const Recording& recording, Change change)
 {
     OrientationEstimator estimator;
@@ -48,13 +48,13 @@ inline bool Jitter(ImuSample& sample, std::size_t, std::mt19937& random)
     return true;
 }
 
-/// Root mean squares in degrees, of the angle to what the estimator then said.
+/// Root mean square angles in degrees between a prediction and the later estimate.
 struct PredictionErrors
 {
     double predicted = 0.0;
     double constantRate = 0.0;
     double held = 0.0;
-    double own = 0.0; // as the predictor measures it
+    double own = 0.0; // the value that the predictor itself measures
 };
 
 inline double Rms(const Series& predicted, const Series& estimate, double aheadUs, double fromUs)

@@ -1,6 +1,6 @@
-// Only compiled, strictly: objects of every class that has a default constructor may be members of
-// an aggregate and elements of an array that is initialised with empty braces, and so may those of
-// an application's own trackers, listeners, hosts and clocks.
+// This file is only compiled, with strict warnings. Objects of every class with a default
+// constructor may be members of an aggregate, and elements of an array that is initialised with
+// empty braces. The same holds for an application's own trackers, listeners, hosts and clocks.
 #include <qlt/qlt.h>
 
 namespace

@@ -1,5 +1,6 @@
-# cmake -D OBJDUMP=... -D FILES=... -P dll_imports.cmake: fails when one of FILES needs a DLL that
-# neither comes with Windows nor is ours, such as a compiler's: users would have to ship it.
+# cmake -D OBJDUMP=... -D FILES=... -P dll_imports.cmake fails when one of FILES needs a DLL that
+# does not belong to Windows or to us. A DLL of a compiler is an example, because users would have
+# to ship it.
 cmake_minimum_required(VERSION 3.20)
 set(allowed ADVAPI32 D3D11 DXGI GDI32 KERNEL32 MSVCRT OPENGL32 SETUPAPI SHELL32 USER32
     QUELTASDK QUELTAKIT)

@@ -48,14 +48,14 @@ class Cases:
                                   stdout=subprocess.PIPE, text=True)
         with open(pipe, "rb") as source, open(copy, "wb") as target:
             target.write(source.read(1000))
-            time.sleep(2)  # the disk stalls
+            time.sleep(2)  # this simulates a disk that stalls
             shutil.copyfileobj(source, target)
         told = writer.communicate()[0]
         result = figures(told.split("\n")[-2])
         print(result)
         assert writer.returncode == 0, told
         assert result["dropped"] == 0 and result["written"] == 30000
-        # A second would be a stall; less is a busy machine.
+        # A delay of a second would be a stall. A busy machine causes shorter ones.
         assert result["longestUs"] < 1000000, result
         items = self.read(copy)
         assert [kind for kind, _ in items].count("report") == 30000

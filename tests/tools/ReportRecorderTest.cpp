@@ -15,7 +15,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// A folder of the test's own, with one file at a time.
+/// Each test has its own folder with one file at a time.
 struct Folder
 {
     Folder() { fs::create_directory(path); }
@@ -33,8 +33,8 @@ struct Folder
         fs::temp_directory_path() / ("qlt_recorder_" + std::to_string(std::random_device()()));
 };
 
-/// Reads `reports` through the recorder and then one that is short, and what `between` says after
-/// each; returns what should be on the disk.
+/// Reads `reports` and then a short report through the recorder, and calls `between` after each.
+/// Returns the bytes that must be on the disk.
 template <typename Check>
 std::string Read(ScriptedUsbHost& host, ReportRecorder& recorder, std::uint32_t reports,
                  const Check& between)
@@ -64,7 +64,7 @@ TEST(ReportRecorderTest, WritesEveryReportAsItComes)
     const fs::path path = folder.path / "r.bin";
     ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
     ReportRecorder recorder(host, path.string());
-    // Whole on the disk at once: a recorder that is killed loses nothing more.
+    // Each report is on the disk at once, so a killed recorder loses nothing.
     const std::string all =
         Read(host, recorder, 5,
              [&](const std::string& text)

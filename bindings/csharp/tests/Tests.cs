@@ -1,6 +1,7 @@
-// The package with the real library: Tests.exe HEADER, HEADER being qlt/qlt_c_api.h; and with a library
-// that is not: Tests.exe refused WORDS, where a use of it must say WORDS. Compiled into one program with
-// the package, whose internals it looks at. Ends with 1 and the names of what is not so.
+// Tests of the package, compiled into one program with it, so that they reach its internals.
+// Tests.exe HEADER runs them with the real library; HEADER is qlt/qlt_c_api.h. Tests.exe refused
+// WORDS runs with a wrong library, and a use of the package must then fail with WORDS. On failure
+// the program ends with 1 and prints the names of the failed tests.
 using System;
 using System.IO;
 using System.Linq;
@@ -146,7 +147,7 @@ internal static class Tests
 
     private static bool Near(Vec2 at, double u, double v) => Math.Abs(at.X - u) < 1e-6 && Math.Abs(at.Y - v) < 1e-6;
 
-    /// The two meshes differ in every argument; the numbers are those of the plain model of the lens.
+    /// The two meshes differ in every argument. The numbers come from the plain model of the lens.
     private static void TheArraysOfTwoMeshes()
     {
         using (var mesh = new Mesh(2, 3))

@@ -1,4 +1,4 @@
-// What the sample uses of Unity, so that it compiles and runs without.
+// The parts of Unity that the sample uses, so that it compiles and runs without Unity.
 namespace UnityEngine
 {
     public struct Quaternion

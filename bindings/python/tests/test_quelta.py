@@ -102,7 +102,7 @@ def test_the_headset_turns_about_y_and_sees_objects_and_films(scripted):
             assert camera.texture_id == 7
 
 
-# The two meshes differ in every argument. The numbers are those of the plain model of the lens.
+# The two meshes differ in every argument. The numbers come from the plain model of the lens.
 @pytest.mark.parametrize("mesh, vertices, indices, position, textures", [
     ((2, 3, True, True), 12, [0, 3, 1], (0.0, -1 / 3, 0.0),
      [(0.5034533, 0.4074407), (0.5034828, 0.4066490), (0.5035208, 0.4056293)]),

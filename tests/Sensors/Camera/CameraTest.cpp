@@ -1,4 +1,4 @@
-// The camera with real OpenGL, and a scripted device.
+// Tests of the camera with real OpenGL and a scripted device.
 #include <qlt/Sensors/Camera.h>
 #include <qlt/qlt_c_api.h>
 
@@ -32,7 +32,7 @@ GLint State(GLenum name)
     return value;
 }
 
-/// Of the texture that is bound.
+/// The pixels of the bound texture.
 GLint TextureSize(GLenum side)
 {
     GLint size = -1;
@@ -40,7 +40,7 @@ GLint TextureSize(GLenum side)
     return size;
 }
 
-/// Makes and binds a texture of the engine's own, and sets how the engine unpacks its pixels.
+/// Creates and binds a texture as an engine does, and sets the engine's unpacking of pixels.
 unsigned int BindOther()
 {
     unsigned int other = 0;
@@ -70,7 +70,8 @@ protected:
     {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        host.Queue({{ScriptedUsbHost::Frame(FRAME, 0)}}); // the one that synchronises
+        // The stream drops this frame to synchronise.
+        host.Queue({{ScriptedUsbHost::Frame(FRAME, 0)}});
         camera = std::make_unique<Camera>(id, renderer, host);
     }
 
@@ -84,7 +85,7 @@ protected:
         EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
     }
 
-    /// The same camera through the flat interface, whose handles are addresses.
+    /// The same camera for the flat interface. A flat handle is the address of the object.
     qlt_Camera* Flat() { return reinterpret_cast<qlt_Camera*>(camera.get()); }
 
     GlContext context;
@@ -127,7 +128,7 @@ TEST_F(CameraTest, UploadsEachFrameFromBehindItsHeader)
     }
     EXPECT_EQ(TextureSize(GL_TEXTURE_WIDTH), 2560);
     EXPECT_EQ(TextureSize(GL_TEXTURE_HEIGHT), 1440);
-    // A copy is the same camera; it is not to be destroyed.
+    // A copy is the same camera, so never destroy the copy.
     alignas(Camera) unsigned char place[sizeof(Camera)];
     EXPECT_EQ((new (place) Camera(*camera))->GetTextureId(), camera->GetTextureId());
 }
@@ -153,15 +154,15 @@ TEST_F(CameraTest, OnlyKeepsThePaceOfADirect3dApplication)
         host.Queue({{ScriptedUsbHost::Frame(FRAME, number)}});
         camera->Update();
     }
-    // It has left the state of OpenGL alone.
+    // The camera has not changed any other state of OpenGL.
     EXPECT_EQ(State(GL_TEXTURE_BINDING_2D), static_cast<GLint>(other));
     EXPECT_EQ(State(GL_UNPACK_ALIGNMENT), 8);
     EXPECT_EQ(TextureSize(GL_TEXTURE_WIDTH), 0);
 }
 
-// The stream goes on while a frame is uploaded and compared. Every update shows one whole frame,
-// which is a later one each time.
-TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // fewer under a sanitizer
+// The stream continues while the test uploads and compares a frame. Every update shows one whole
+// frame, which is later than the previous one.
+TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // sanitizers are slow
 {
     constexpr std::uint32_t FRAMES = QLT_NUMBERED_FRAMES;
     Open(0, Camera::RENDERER_GL);

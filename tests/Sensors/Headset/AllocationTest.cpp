@@ -1,4 +1,4 @@
-// A process of its own, in which every allocation counts.
+// This program counts every allocation, so it contains no other tests.
 #include <qlt/Sensors/DistortionMeshBuilder.h>
 
 #include "fakes/AllocationCounter.h"
@@ -13,7 +13,7 @@
 TEST(AllocationTest, AReportIsDeliveredWithoutAny)
 {
     ScriptedHeadset headset;
-    std::vector<long> counts; // so far, at every report
+    std::vector<long> counts; // the count so far, for every report
     counts.reserve(10000);
     OrientationListener listener;
     listener.call = [&](const qlt::Quaternion&) { counts.push_back(AllocationCount()); };
@@ -28,7 +28,8 @@ TEST(AllocationTest, AReportIsDeliveredWithoutAny)
     EXPECT_GT(counts[0], 0);
 }
 
-// The first two have too many indices and an int for their vertices; the others have neither.
+// An int can count the vertices of the first two meshes but not their indices. For the others it
+// can count neither.
 TEST(AllocationTest, AMeshThatIsTooLargeTakesNone)
 {
     for (const auto& [resX, resY, list] : {std::tuple(18919, 18919, true),

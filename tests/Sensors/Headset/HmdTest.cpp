@@ -13,9 +13,8 @@ namespace
 const std::string CAME_AND_WENT = "USB Connected\nUSB Disconnected\n";
 const std::string BROKEN_OFF = "Read 0 instead of 64!\n";
 
-/// The indices of the reports at which the fusion starts again while these sequence numbers are
-/// read. The headset turns by a tenth of a radian with every report. Thus w falls, unless the
-/// fusion starts again.
+/// The indices of the reports at which the fusion is reset, for these sequence numbers. The headset
+/// turns by a tenth of a radian with every report, so w decreases unless the fusion is reset.
 std::vector<std::size_t> ResetsAt(const std::vector<std::uint32_t>& sequences)
 {
     ScriptedHeadset headset;
@@ -58,8 +57,9 @@ TEST(HmdTest, OnlyTheHeadsetIsKeptOpenAndSoughtOnceASecond)
     headset.clock.Cycle();
     EXPECT_TRUE(headset.hmd->IsConnected());
     headset.Start(headset.log);
-    EXPECT_EQ(headset.host.WaitForIdle(), 2); // the first interrupt one but the control one
-    headset.End();                            // which closes the device
+    // The first interrupt endpoint after the control endpoint.
+    EXPECT_EQ(headset.host.WaitForIdle(), 2);
+    headset.End();                            // a wrong length closes the device
     EXPECT_EQ(headset.out + headset.err, CAME_AND_WENT + BROKEN_OFF);
 }
 
@@ -70,8 +70,8 @@ TEST(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
     headset.Start(headset.log);
     headset.Deliver(ReportWriter(1).I16(34, 8000).U32(44, 1000000));
     headset.Deliver(ReportWriter(2, 7000000));
-    // The device's own estimate, not the fused one: w alone is a quarter turn about x. Its own
-    // position is not believed; the host service has none.
+    // This event has the device's own estimate and not the fused orientation; w alone is a quarter
+    // turn about x. The position of the report is not used, and the host service has none.
     EXPECT_EQ(headset.log.WaitFor(8),
               (std::vector<std::string>{
                   "accelerometer 0.0121987 0.910223 0.0197377 @ 0",
@@ -97,11 +97,11 @@ TEST(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
         out += CAME_AND_WENT;
     }
     EXPECT_EQ(headset.log.Count(), 0u);
-    // A failed transfer counts as its length: here is a whole report.
+    // A failed transfer is judged by its length, and this one has a whole report.
     headset.host.QueueRead(ReportWriter(1), 64, false);
     headset.host.WaitForIdle();
     EXPECT_EQ(headset.log.Count(), 7u);
-    // Reports are counted, whatever happened between them.
+    // The time counts the reports and ignores what happens between them.
     headset.host.QueueRead(ReportWriter(1), 0, false);
     Until([&] { return headset.host.closed > 64; });
     headset.clock.Cycle();
@@ -138,7 +138,7 @@ TEST(HmdTest, AHeadsetThatIsDeletedWhileItMovesEndsItsThreadsFirst)
             headset.host.QueueRead(ReportWriter(sequence, 1000 * sequence));
         }
         headset.log.WaitFor(7);
-        headset.listener = nullptr; // so that nobody stops it
+        headset.listener = nullptr; // the test leaks the tracker, so nobody stops it
         headset.End();
     }
     for (const std::string& report : assertions.TakeTexts())
@@ -147,7 +147,7 @@ TEST(HmdTest, AHeadsetThatIsDeletedWhileItMovesEndsItsThreadsFirst)
     }
 }
 
-// Each row has a process of its own, because a process resynchronises once.
+// Each row runs in its own process, because the reset happens once in a process.
 TEST(HmdDeathTest, TheFirstJumpOfTheSequenceResetsTheFusionOnce)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

@@ -39,11 +39,11 @@ TEST_F(SensorFusionTest, RestUprightReportsBothZeroAxesAndChangesNothing)
     EXPECT_EQ(assertions.TakeTexts(),
               std::vector<std::string>(2, "length > FLT_EPSILON|Math/Vector"));
     ExpectNear(fusion.GetQuaternion(), Quaternion::Identity, 0);
-    Step(1000000, Vec3(), Vec3(1, 0, 0)); // no acceleration, no angle
+    Step(1000000, Vec3(), Vec3(1, 0, 0)); // the angle of a zero acceleration is unknown
     EXPECT_TRUE(std::isnan(fusion.GetQuaternion().w()));
 }
 
-// The threshold is FLT_EPSILON itself; after 1e8 s even the smallest turn above it is 12 rad.
+// The threshold is exactly FLT_EPSILON. After 1e8 s even the slowest turn above it gives 12 rad.
 TEST_F(SensorFusionTest, OnlyASpeedAboveTheToleranceIsExtrapolated)
 {
     for (const float speed : {FLT_EPSILON, NAN, std::nextafter(FLT_EPSILON, 1.0f)})

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-// 4294967295 us does not fit into single precision: it becomes 4294967296 before the division.
+// Single precision cannot hold 4294967295 us, so it becomes 4294967296 before the division.
 TEST(SensorReportTest, FieldsComeFromTheirOffsets)
 {
     ReportWriter report(0x89ABCDEFu, 0xFFFFFFFFu);
@@ -22,9 +22,10 @@ TEST(SensorReportTest, FieldsComeFromTheirOffsets)
     EXPECT_EQ(Text(s.position), "70000 -2 3");
 }
 
-// The counts (x, y, z), scaled, become (-y, x, z), less the middle of the range and, for the
-// accelerometer, times half of it. 1000 counts are 30.517578 degrees a second, 1000 / 8192 g,
-// 0.14615609 gauss, 3.90625 degrees Celsius, 0.1 m, each scale the nearest float.
+// The scaled counts (x, y, z) become (-y, x, z). The calibration subtracts the middle of the range
+// and multiplies the accelerometer by half of the range. 1000 counts are 30.517578 degrees a
+// second, 1000 / 8192 g, 0.14615609 gauss, 3.90625 degrees Celsius, 0.1 m, each scale the nearest
+// float.
 TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
 {
     ReportWriter report(1);
@@ -43,8 +44,9 @@ TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
     EXPECT_EQ(Bits(qlt::HEADSET_SCALES.position), 0x38D1B717u);
 }
 
-// The counts are z, w, x, y. With w alone the device lies on its back: a quarter turn about x.
-// Other rows by hand: q1 = (w, -y, x, z), then the quarter turn from the left, then z reversed.
+// The counts are z, w, x, y. With w alone the device lies on its back, which is a quarter turn
+// about x. The other rows are calculated by hand: q1 = (w, -y, x, z), then the quarter turn from
+// the left, then z reversed.
 TEST(SensorReportTest, QuaternionIsRemappedWhateverItsLength)
 {
     AssertionRecorder assertions;

@@ -69,7 +69,8 @@ TEST_F(DistortionFunctionTest, TheLensCentreIsTheMiddleOfTheTextureAndTheEyesAre
         EXPECT_NEAR(left.x() + right.x(), 1.0f, 1e-6f);
         EXPECT_EQ(left.y(), right.y());
     }
-    // Near the centre, 0.5576 / 1.0414401 of the distance, as a part of the texture's half.
+    // Near the centre the texture coordinate is 0.5576 / 1.0414401 of the distance, in halves of
+    // the texture.
     EXPECT_NEAR(At(-0.012436205f, 0.02f, Params::EYE_LEFT).y(), 0.5f + 0.01f * 0.5576f / 1.0414401f,
                 1e-5f);
 }
@@ -77,21 +78,22 @@ TEST_F(DistortionFunctionTest, TheLensCentreIsTheMiddleOfTheTextureAndTheEyesAre
 TEST_F(DistortionFunctionTest, OnlyPointsOutsideTheLensHaveTheOutsideDepth)
 {
     lens.Initialize();
-    // The edge itself is inside. The radius of a point beside the centre is its distance in x.
+    // The edge belongs to the lens. For a point at the height of the centre, the radius is its
+    // distance in x.
     const float inside = LENS_EDGE_RADIUS + LENS_CENTER_OFFSET_X;
     ASSERT_EQ(inside - LENS_CENTER_OFFSET_X, LENS_EDGE_RADIUS);
     EXPECT_EQ(At(inside, 0, Params::EYE_RIGHT).z(), 0.0f);
     EXPECT_EQ(At(std::nextafter(inside, 2.0f), 0, Params::EYE_RIGHT).z(), -1.1f);
     EXPECT_EQ(Bits(At(1, 1, Params::EYE_LEFT, Params::COLOR_BLUE)),
-              Bits(Vec3(1, 1, -1.1f))); // limited
+              Bits(Vec3(1, 1, -1.1f))); // the coordinate is limited to 0 and 1
 }
 
 TEST_F(DistortionFunctionTest, OtherTablesSetTheSharedConstantsForAllLenses)
 {
     lens.Initialize();
     DistortionFunction other;
-    // Each colour is scaled by one factor everywhere, measured for the eye's own field of view and
-    // panel.
+    // These tables scale each colour by one factor everywhere. They were measured for the eye's own
+    // field of view and panel.
     DistortParams params;
     params.radius = {0.0, 0.5, 1.0};
     params.red = {0.25, 0.25, 0.25};

@@ -19,7 +19,7 @@ using qlt::DistortionMeshBuilder;
 using qlt::Params;
 using Reports = std::vector<std::string>;
 
-/// The arrays of a mesh now. They still show the memory of a mesh that has been built again since.
+/// The current arrays of a mesh. The pointers stay valid when the mesh is built again.
 struct Arrays
 {
     explicit Arrays(const DistortionMeshBuilder& mesh)
@@ -93,8 +93,8 @@ TEST(DistortionMeshBuilderTest, SmallGridsHaveTheirIndices)
     }
 }
 
-// With these offsets no two rows are mirrored, and the radii of the rows pass every knot and both
-// ends of the tables. An engine may still draw from the arrays of the first build.
+// With these offsets no two rows are mirrored. The radii of the rows pass every knot and both ends
+// of the tables. An engine may still draw from the arrays of the first build.
 TEST(DistortionMeshBuilderTest, ASecondBuildFollowsTheSharedConstantsInFreshArrays)
 {
     using namespace qlt::DistortConstants;

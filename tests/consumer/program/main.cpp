@@ -1,5 +1,5 @@
-// Uses the library as it is installed: a constant, the simulator's events through a listener of
-// another program, and an exception that passes through the library. Fails when one is not right.
+// This program uses the installed library: a constant, the simulator's events through its own
+// listener, and an exception that passes through the library. It fails when one of them is wrong.
 #include <qlt/qlt.h>
 #include <qltkit/qltkit.h>
 
@@ -10,7 +10,7 @@
 namespace
 {
 
-/// Expects the simulator's rotation about x, and that its own time goes on.
+/// Expects the simulator's rotation about x and a time that increases.
 struct Listener final : qlt::TrackerListener
 {
     void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override
@@ -59,7 +59,7 @@ bool ExceptionsPass()
     return false;
 }
 
-/// The first report of a software headset has sequence number 1, which the kit's library writes.
+/// The kit's library makes the first report of a software headset, which has sequence number 1.
 bool TheKitWorks() { return qltkit::SoftwareHeadset(1, true).Next().report[0] == 1; }
 
 } // namespace

@@ -1,5 +1,5 @@
-// A host service as its client library shows it: the 25 entry points, with a ledger of what it has
-// lent. Scripted through HostServiceScript.h.
+// A fake client library of the host service. It has the 25 entry points and a list of everything
+// that it has lent. HostServiceScript.h controls it.
 #include "fakes/host_service/HostServiceScript.h"
 #include "fakes/host_service/Signal.h"
 
@@ -25,7 +25,7 @@ constexpr std::uint32_t CONNECT_MODE = 3;
 
 enum Kind
 {
-    MANAGER, // the first three as in HostSource
+    MANAGER, // the first three are those of HostSource
     CLIENT,
     DEVICE,
     CAMERA,
@@ -45,7 +45,7 @@ static_assert(sizeof(Record) == 24);
 class Service final : public HostServiceScript
 {
 public:
-    /// For the entry points: the service, locked until the end of the expression.
+    /// The service for an entry point. It is locked until the end of the expression.
     struct Locked
     {
         Service* operator->() const { return &service; }
@@ -60,7 +60,7 @@ public:
         Reset();
     }
 
-    // The script.
+    // These functions are the script.
 
     void Reset() override
     {
@@ -101,7 +101,7 @@ public:
         }
     }
 
-    // The entry points, with their names.
+    // These functions are the entry points, with their names.
 
     HostServiceScript* TakeControl()
     {
@@ -149,14 +149,14 @@ public:
     Status Connect(const char* function, Kind from, Handle handle, Handle info, Handle* connected,
                    std::uint32_t mode, Kind to)
     {
-        // A new connection has no news from before.
+        // A new connection has no old notifications.
         mQueues[to].clear();
         ClearSignal(mSignals[to]);
         const bool isRight = Has(mLent, info, handle) && !Wrong(mode != CONNECT_MODE);
         return Add(function, Enter(function, from, handle, isRight), to, connected);
     }
 
-    // What is given back or destroyed is gone, whatever the answer.
+    // A handle that is given back or destroyed is invalid, even when the call fails.
 
     Status TakeBack(const char* function, Kind kind, Handle owner, Handle lent)
     {
@@ -170,7 +170,7 @@ public:
         return status;
     }
 
-    /// Of a call that only returns.
+    /// The status of a call that does nothing else.
     Status Enter(const char* function, Kind kind, Handle handle, bool isRight = true)
     {
         mCalls.emplace_back(function);
@@ -222,7 +222,7 @@ private:
 
     bool GivesZero(const char* function) { return mFailures[function] == ZERO; }
 
-    /// What a call with these arguments returns.
+    /// The status of a call with these arguments.
     Status Answer(const char* function, bool isRight)
     {
         return isRight ? std::max(mFailures[function], OK) : WRONG_ARGUMENT;
@@ -252,19 +252,20 @@ private:
 
     mutable std::mutex mMutex;
     bool mAutomatic = true;
-    const std::vector<std::uint32_t> mFirstNews[KINDS] = {{4}, {1}, {7, 12}}; // by itself
-    Handle mLastHandle = 0x100000000; // more than 32 bits, so that none are lost on the way
+    // Whether it announces everything by itself.
+    const std::vector<std::uint32_t> mFirstNews[KINDS] = {{4}, {1}, {7, 12}};
+    Handle mLastHandle = 0x100000000; // more than 32 bits, so that a truncated handle is wrong
     std::array<Handle, KINDS> mSignals{};
     std::array<std::deque<std::uint32_t>, KINDS> mQueues;
     std::map<Handle, Handle> mConnections; // with their kinds
     std::map<Handle, Handle> mLent;        // with the connections that lent them
-    std::deque<std::string> mDescriptors;  // all that may still be lent
+    std::deque<std::string> mDescriptors;  // everything that is still lent
     std::map<std::string, Status> mFailures;
     std::vector<std::string> mCalls;
-    std::string mMistakes; // a mark for each
+    std::string mMistakes; // one mark for each
 };
 
-/// Never destroyed: the worker of an unstopped tracker may still call.
+/// Never destroyed, because the worker of a tracker that nobody stopped may still call it.
 Service::Locked Host()
 {
     static Service& service = *new Service;
@@ -273,7 +274,7 @@ Service::Locked Host()
 
 } // namespace
 
-// The entry points of the same shape.
+// These entry points have the same form.
 #define LENDS_SIGNAL(name, kind)                                                                   \
     Status name(Handle h, Handle* e) { return Host()->LendSignal(__func__, kind, h, e); }
 #define READS(name, kind)                                                                          \

@@ -1,11 +1,11 @@
-// The side door of the fake host service: what a test has it do, and what it has seen. From any
-// thread. Plain types only, because the fake is a library with a runtime of its own.
+// The control interface of the fake host service: commands of a test, and a log of the calls. Any
+// thread may use it. It has plain types only, because the fake is a library with its own runtime.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-/// What announces and withdraws.
+/// The sources of announcements and withdrawals.
 enum class HostSource
 {
     MANAGER,
@@ -13,7 +13,7 @@ enum class HostSource
     DEVICE
 };
 
-/// An object's entry as the service writes it.
+/// The entry of an object in the form that the service writes.
 struct HostObject
 {
     std::uint64_t unread;
@@ -25,33 +25,34 @@ struct HostObject
 class HostServiceScript
 {
 public:
-    /// Forgets failures, calls and objects. What is lent or connected stays, and so do mistakes.
+    /// Forgets failures, calls and objects. It keeps lent handles, connections and mistakes.
     virtual void Reset() = 0;
 
     /// Queues a notification of `source`, and signals it unless `quiet`.
     virtual void Notify(HostSource source, std::uint32_t type, bool quiet = false) = 0;
 
-    /// Makes every call of a function, by its exported name, return `status`. 0 ends that. With
-    /// ZERO a call succeeds and gives a null handle or pointer; with NO_EVENT, a handle of no
-    /// event.
+    /// Makes every call of a function, by its exported name, return `status`. A status of 0 ends
+    /// this. With ZERO a call succeeds and gives a null handle or pointer. With NO_EVENT it gives a
+    /// handle that is no event.
     static constexpr std::int32_t ZERO = -1;
     static constexpr std::int32_t NO_EVENT = -2;
     virtual void Fail(const char* function, std::int32_t status) = 0;
 
-    /// The objects of the next descriptors, and the number that they claim to have.
+    /// Sets the objects of the next descriptors, and the count that they announce.
     virtual void SetObjects(const HostObject* objects, std::size_t count,
                             std::uint64_t claimed) = 0;
 
-    /// How many notifications wait to be read; how many handles are lent; how many connections
-    /// there are, the manager among them.
+    /// The numbers of unread notifications, of lent handles, and of connections. The manager counts
+    /// as a connection.
     virtual std::size_t Pending() const = 0;
     virtual std::size_t Lent() const = 0;
     virtual std::size_t Connected() const = 0;
 
-    /// Calls with a handle that is not one, or no longer, or another's, or with a wrong constant.
+    /// The number of calls with an invalid handle, with a handle of another connection, or with a
+    /// wrong constant.
     virtual std::size_t Mistakes() const = 0;
 
-    /// Hands over the names of the calls so far, without reads, in their order.
+    /// Returns the names of the calls so far in their order, without reads, and forgets them.
     virtual void VisitCalls(void (*visit)(void* context, const char* function),
                             void* context) const = 0;
 
@@ -59,7 +60,7 @@ protected:
     ~HostServiceScript() = default;
 };
 
-/// The exported function that gives the script; from its first call on the service does nothing by
-/// itself. Until then it announces all it has, one thing after the other.
+/// The exported function that gives the script. Before its first call the service announces all of
+/// its objects, one after the other. After it, the service does nothing by itself.
 using GetHostServiceScript = HostServiceScript* (*)();
 constexpr const char* HOST_SERVICE_SCRIPT = "vr_host_client_lib_script";

@@ -1,9 +1,9 @@
-// An event as the service lends it. One body for each system.
+// An event that the service lends. Each system has its own body.
 #pragma once
 
 #include <cstdint>
 
-/// The handle of a new one; it lasts as long as the process.
+/// The handle of a new event, which exists until the process ends.
 std::uint64_t CreateSignal();
 
 void SetSignal(std::uint64_t signal);

@@ -1,4 +1,4 @@
-// Captures to try things on, and what is in them.
+// Captures for tests, and their contents.
 #pragma once
 
 #include <qltkit/Capture/CaptureReader.h>
@@ -24,7 +24,7 @@ inline void WriteBytes(const std::filesystem::path& path, std::string_view bytes
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-/// What a reader gives, with copies of what it lends.
+/// The contents that a reader gives, with copies of everything that it lends.
 struct Contents
 {
     explicit Contents(const std::filesystem::path& path)
@@ -47,7 +47,7 @@ struct Contents
 
     std::string Problem() const { return problems.empty() ? "" : problems.front().text; }
 
-    std::vector<qltkit::CaptureItem> items; // their views are stale
+    std::vector<qltkit::CaptureItem> items; // the views point to memory that the reader reuses
     std::vector<std::string> data;
     std::vector<std::string> pixels;
     std::size_t reports = 0;
@@ -55,7 +55,8 @@ struct Contents
     std::vector<qltkit::CaptureProblem> problems;
 };
 
-/// A capture with so many reports, a millisecond apart, in chunks of so many, and an event before.
+/// Writes a capture with an event and then `reports` reports, one per millisecond, in chunks of
+/// `chunk` reports.
 inline void WriteCapture(const std::filesystem::path& path, std::size_t reports, std::size_t chunk)
 {
     ManualClock clock;

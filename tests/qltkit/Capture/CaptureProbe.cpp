@@ -1,4 +1,4 @@
-// A program that writes and reads captures for tests that are no C++.
+// A program that writes and reads captures for tests in other languages.
 //
 //   qlt_capture_probe write FILE REPORTS PAUSE_US [RING]
 //   qlt_capture_probe read FILE
@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Prints what became of them, and the longest time that adding one has taken.
+/// Prints the counts of the writer and the longest time of one call.
 int Write(const char* path, int reports, int pauseUs, int ring)
 {
     qltkit::CaptureOptions options;

@@ -13,7 +13,7 @@ namespace
 
 namespace Opcode = qltkit::McapOpcode;
 
-/// Where in the file each report's bytes end.
+/// The offset in the file at which the bytes of each report end.
 std::vector<std::size_t> ReportEnds(const std::string& file, const Contents& contents)
 {
     std::vector<std::size_t> ends;
@@ -28,7 +28,7 @@ std::vector<std::size_t> ReportEnds(const std::string& file, const Contents& con
     return ends;
 }
 
-/// Cuts the file to fewer and fewer bytes: of what is read, nothing is missing that was whole.
+/// Cuts the file shorter and shorter. Every report that is still whole must be read.
 void ExpectWholeUpTo(const std::string& path, const std::vector<std::size_t>& cuts)
 {
     const Contents whole(path);
@@ -79,8 +79,8 @@ std::string Chunk(std::uint64_t size, std::string_view compression, std::string_
     return Record(Opcode::CHUNK, content + std::string(records));
 }
 
-/// The most memory that the process has ever had, kilobytes; 0 where nobody tells, or where a
-/// sanitizer needs most of it.
+/// The peak memory of the process in kilobytes. It is 0 when the system does not give it, and when
+/// a sanitizer needs most of it.
 std::size_t PeakKilobytes()
 {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -114,7 +114,7 @@ TEST(CaptureReaderTest, ALargeFileCutAnywhereIsReadToItsLastWholeReport)
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    WriteCapture("large.mcap", 15000, 15000); // a chunk that is full, and one that is not
+    WriteCapture("large.mcap", 15000, 15000); // one full chunk and one that is not full
     std::vector<std::size_t> cuts(QLT_RANDOM_CUTS);
     const std::size_t size = std::filesystem::file_size("large.mcap");
     std::generate(cuts.begin(), cuts.end(), [&] { return 1 + random() % (size - 1); });
@@ -149,7 +149,7 @@ TEST(CaptureReaderTest, AnyDamagedByteIsFoundAndCostsAtMostItsChunk)
         {
             EXPECT_EQ(read.problems.front().offset, i);
         }
-        // What is read is what was written, and one chunk at most is missing.
+        // Every report that is read equals a written one, and at most one chunk is missing.
         auto next = whole.data.begin();
         for (const std::string& data : read.data)
         {

@@ -40,7 +40,7 @@ TEST(CaptureWriterTest, WhatIsAddedIsReadInOrderWithItsTimes)
     qltkit::CaptureWriter writer(path, options);
     EXPECT_EQ(writer.TemporaryPath(), std::filesystem::u8path("aller retour \xC3\xA9.part.mcap"));
 
-    // The device's clock is about to start again, runs 0.1 % fast, and is new after a plug.
+    // The device's clock is about to wrap, runs 0.1 % fast, and restarts after a plug.
     std::array<qltkit::CaptureReport, 4> reports{};
     const std::uint32_t timesUs[] = {0xFFFFFF00, 0xFFFFFF00 + 1001, 0xFFFFFF00 + 2002, 77};
     for (std::uint32_t i = 0; i < 4; ++i)
@@ -149,7 +149,8 @@ TEST(CaptureWriterTest, WhatFindsNoRoomIsCountedInTheCapture)
             dropped[isReports ? 0 : 1] += std::stoul(item.text);
         }
         texts += item.kind == Kind::Text ? 1 : 0;
-        if (item.kind == Kind::Report) // in the order of each thread, and each at most once
+        // Each thread's entries keep their order, and none is read twice.
+        if (item.kind == Kind::Report)
         {
             const std::int64_t number = item.report[0] | item.report[1] << 8;
             EXPECT_GT(number, last[item.report[3]]);
@@ -173,10 +174,10 @@ TEST(CaptureWriterDeathTest, AKilledProcessLeavesAllButTheLastSecond)
         {
             writer.AddReport(headset.Next().report.data());
         }
-        // Nobody asks for a flush: the second that it takes is the writer's own.
+        // The test asks for no flush. The writer flushes by itself once a second.
         Until([&] { return writer.WrittenReports() >= 500; });
         writer.AddReport(headset.Next().report.data());
-        std::_Exit(7); // no destructor and no buffer of the process's own
+        std::_Exit(7); // no destructor runs and no buffer is flushed
     };
     EXPECT_EXIT(die(), testing::ExitedWithCode(7), "");
     const Contents read("killed.part.mcap");
@@ -204,7 +205,7 @@ TEST(CaptureWriterTest, WhatCannotBeWrittenIsSaidInASentence)
     EXPECT_THROW(writer.AddFrame({4, 4, 4, "mono8", "too few"}), qltkit::Error);
     EXPECT_THROW(writer.AddFrame({1, 1, (4 << 20) + 1, "mono8", pixels}), qltkit::Error);
     EXPECT_THROW(writer.AddFrame({1, 0x10000, 0x10000, "mono8", ""}), qltkit::Error);
-    // A file that cannot take its name says where it is.
+    // The error names the temporary file when it cannot be renamed.
     std::filesystem::create_directories("frames.mcap/in the way");
     EXPECT_THROW(writer.Close(), qltkit::Error);
     EXPECT_EQ(Contents("frames.part.mcap").Problem(), "");

@@ -18,7 +18,7 @@ using qltkit::HeadsetScript;
 using qltkit::ParseHeadsetScript;
 using qltkit::ScriptedHeadset;
 
-/// Why the text is refused; empty for a script that can be played.
+/// The reason why the text is refused. Empty for a valid script.
 std::string ErrorOf(const std::string& text)
 {
     try
@@ -37,7 +37,8 @@ std::string ErrorOf(const std::string& text)
 TEST(HeadsetScriptTest, AScriptThatIsWrongIsRefusedWithLineAndField)
 {
     const std::string rest = R"({"motion": {"kind": "rest"}, )";
-    // A script, " => ", and the error behind "script, line "; ` is a quote and | a new line.
+    // Each row has a script, " => ", and the end of the error after "script, line ". A ` stands for
+    // a quote and a | for a new line.
     std::istringstream cases(
         R"( => 1: not JSON: unexpected end of input; expected '[', '{', or a literal
 |[1] => 2: a script must be an object

@@ -32,13 +32,13 @@ HeadsetScript Shipped(const std::string& name)
     return qltkit::LoadHeadsetScript(std::string(QLT_SCRIPTS) + "/" + name + ".json");
 }
 
-/// A script of a head at rest with these fields, too.
+/// A script of a head at rest, with these additional fields.
 HeadsetScript Resting(const std::string& fields)
 {
     return ParseHeadsetScript(R"({"motion": {"kind": "rest"}, )" + fields + "}");
 }
 
-/// FNV-1a, over what the elements are made of.
+/// The FNV-1a hash of the bytes of the elements.
 template <typename Element>
 std::uint64_t HashOf(const std::vector<Element>& elements)
 {
@@ -61,7 +61,7 @@ struct Read
 
 qlt::Vec3 InDegrees(const qlt::Vec3& v) { return v * static_cast<float>(1.0 / RAD_PER_DEG); }
 
-/// One read of the first endpoint.
+/// The result of one read of the first endpoint.
 Read ReadOnce(ScriptedHeadset& headset, qlt::VendorUsbDevice& device)
 {
     Read read;
@@ -71,8 +71,8 @@ Read ReadOnce(ScriptedHeadset& headset, qlt::VendorUsbDevice& device)
     return read;
 }
 
-/// All reads of a script, by a host that opens the device again after a read that is not whole and
-/// sleeps while there is none. Devices that are no headset are read as of length 1000.
+/// All reads of a script. After an incomplete read the device is opened again. While there is no
+/// device, the clock moves on. A device that is no headset counts as a read of length 1000.
 std::vector<Read> ReadAll(ScriptedHeadset& headset)
 {
     std::vector<Read> reads;
@@ -99,8 +99,9 @@ std::vector<Read> ReadAll(const HeadsetScript& script)
     return ReadAll(headset);
 }
 
-/// "7@6.5": report 7 arrives 6.5 ms into the script; "7(2000)@6.5": with 2000 us on a clock that
-/// should show 1006000; "[17]": so many bytes.
+/// The reads as a text. "7@6.5" says that report 7 arrives 6.5 ms after the start. "7(2000)@6.5"
+/// says that its device time is 2000 us, although it should be 1006000. "[17]" is a read of 17
+/// bytes.
 std::string Trace(const std::string& events)
 {
     std::ostringstream trace;
@@ -126,9 +127,10 @@ std::string Trace(const std::string& events)
 
 TEST(ScriptedHeadsetTest, EachEventChangesTheReads)
 {
-    // {events, reads}: "at" of the first event is 2 ms but where it says otherwise.
+    // Each row has events and reads. The first event is at 2 ms unless the row says otherwise.
     const std::pair<const char*, const char*> cases[] = {
-        {R"(0.002, "event": "foreign_plug"})", "1@0 2@1 3@2 4@3 5@4 6@5"}, // after the headset
+        // The other device comes after the headset.
+        {R"(0.002, "event": "foreign_plug"})", "1@0 2@1 3@2 4@3 5@4 6@5"},
         {R"(0.002, "event": "unplug"})", "1@0 2@1"},
         {R"(0.002, "event": "unplug"}, {"at": 0.0041, "event": "plug"})",
          "1@0 2@1 [0] 1@4.1 2@5.1"},
@@ -184,7 +186,8 @@ TEST(ScriptedHeadsetTest, EachFaultIsSeenInTheValuesOfTheTracker)
     {
         squares += std::pow(static_cast<double>(InDegrees(read.Sample().gyroscope).x()), 2.0);
     }
-    EXPECT_NEAR(std::sqrt(squares / 4000.0), 2.0, 0.1); // whose standard error is 0.02
+    // The standard error of the estimate is 0.02.
+    EXPECT_NEAR(std::sqrt(squares / 4000.0), 2.0, 0.1);
     const auto y = [&reads](std::size_t i) { return reads[i].Sample().gyroscope.y(); };
     for (std::size_t i = 3000; i < 3050; ++i)
     {
@@ -215,7 +218,7 @@ TEST(ScriptedHeadsetTest, TheHeadGoesSmoothlyThroughItsPointsAndNoFurther)
         const auto& before = reads[i - 1].truth.angles;
         const auto& here = reads[i].truth.angles;
         const auto& after = reads[i + 1].truth.angles;
-        ASSERT_GE(after.yaw, here.yaw) << i; // on its way up it never turns back
+        ASSERT_GE(after.yaw, here.yaw) << i; // the angle never decreases on its way up
         ASSERT_NEAR(degrees(here.yawRate), degrees(after.yaw - before.yaw) / 0.002, 0.2) << i;
         ASSERT_NEAR(degrees(here.rollRate), degrees(after.roll - before.roll) / 0.002, 0.2) << i;
         ASSERT_NEAR(degrees(here.pitchRate - before.pitchRate), 0.0, 1.0) << i;
@@ -235,8 +238,9 @@ TEST(ScriptedHeadsetTest, TurnsWithoutFaultsAreTheIdealSoftwareHeadset)
     }
 }
 
-// FNV-1a over all bytes that are read; a script is the same everywhere. Counts: a report a
-// millisecond, more by the drift, less by what is dropped, short or unplugged, and repeated ones.
+// The hash covers all bytes that are read, which are the same on every system. The number of
+// reports is one for each millisecond. The drift and repeated reports add to it; dropped, short and
+// unplugged reports reduce it.
 TEST(ScriptedHeadsetTest, AShippedScriptHasItsBytes)
 {
     const std::tuple<const char*, std::size_t, std::uint64_t> scripts[] = {
@@ -293,7 +297,7 @@ TEST(ScriptedHeadsetTest, ARecordingPlaysAndObeysTheScript)
     const auto changed = ReadAll(parse("walk.mcap", R"(, "clock": {"start_us": 4294967295},
         "sensors": {"accelerometer": {"bias": [0, 1, 0]}}, "events": [{"at": 0.010, "event":
         "unplug"}, {"at": 0.030, "event": "plug"}])"));
-    ASSERT_EQ(changed.size(), 81u); // with the read that meets the gap
+    ASSERT_EQ(changed.size(), 81u); // including the read at the gap
     EXPECT_EQ(changed[11].Sample().sequence, reads[0].Sample().sequence);
     EXPECT_EQ(changed[11].report[4], 0xFF);
     EXPECT_EQ(changed[12].report[4], 999 & 0xFF);
@@ -363,7 +367,8 @@ TEST(ScriptedHeadsetTest, InRealTimeReportsComeAtTheirTimesAndAreLostWithoutARea
         EXPECT_GE(headset.NowNs(), read.truth.arrivalNs);
         EXPECT_GT(read.truth.sequence, std::max(last, 140u));
     }
-    EXPECT_GE(clock.NowNs(), beginNs + 399000000); // the read that was there when it was unplugged
+    // The read in flight when the headset was unplugged.
+    EXPECT_GE(clock.NowNs(), beginNs + 399000000);
     EXPECT_EQ(ReadOnce(headset, *device).length, 0u);
     EXPECT_LE(last, 400u);
     while ((device = headset.OpenFirst()) == nullptr)

@@ -8,8 +8,8 @@
 namespace
 {
 
-/// Reports of a device whose clock drifts, each delayed at random; the fit's worst error in
-/// milliseconds from two seconds on.
+/// Fits the reports of a device whose clock drifts. Each report has a random delay. The result is
+/// the worst error in milliseconds after the first two seconds.
 double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64_t jumpUs)
 {
     std::mt19937_64 random(7);
@@ -24,7 +24,7 @@ double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64
         auto arrival = truth + static_cast<std::int64_t>(delayNs(random));
         if (std::abs(i * 1e-3 - stallAtS) < 0.5)
         {
-            arrival += 40000000; // a busy host, for a second
+            arrival += 40000000; // the host is busy for a second
         }
         arrival = std::max(arrival, lastArrival);
         lastArrival = arrival;

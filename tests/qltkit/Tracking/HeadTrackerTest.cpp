@@ -38,7 +38,7 @@ HeadTrackerOptions CoreOptions()
     return options;
 }
 
-/// A tracker on a scripted headset, which is plugged in, and on a clock that the test moves.
+/// A tracker with a scripted headset, which is plugged in, and with a clock that the test moves.
 struct TrackedHead
 {
     explicit TrackedHead(const HeadTrackerOptions& options = CoreOptions())
@@ -46,7 +46,7 @@ struct TrackedHead
         clock.nowNs = 5000 * MS;
         host.Plug({});
         tracker.emplace(host, clock, options);
-        clock.WaitForSleep(1); // it has looked for the headset
+        clock.WaitForSleep(1); // the tracker has looked for the headset
     }
 
     ~TrackedHead()
@@ -55,7 +55,7 @@ struct TrackedHead
         clock.KeepAwake();
     }
 
-    /// Arrives now. The tracker is through with it when this returns.
+    /// Makes a report arrive now. The tracker has processed it when this returns.
     void Deliver(const ReportWriter& report)
     {
         host.QueueRead(report);
@@ -75,7 +75,7 @@ struct TrackedHead
         Until([&] { return tracker->Latest().state == state; });
     }
 
-    /// And looks for the headset until it is there again, with a read under way.
+    /// Moves the clock until the tracker has found the headset again and a read is in flight.
     void PlugAgain()
     {
         host.Plug({});
@@ -119,7 +119,7 @@ struct CountingSink final : qltkit::ReportSink
     void OnReport(const qlt::SensorReport&, std::int64_t) override { ++reports; }
     void OnLost(std::int64_t) override { ++losses; }
 
-    std::ptrdiff_t reports = 0; // read it while no report is on its way
+    std::ptrdiff_t reports = 0; // read it only while no report is in flight
     std::ptrdiff_t losses = 0;
 };
 
@@ -129,15 +129,15 @@ float AngleBetween(const Quaternion& a, const Quaternion& b)
     return 2.0f * std::atan2(d.v().Length(), std::fabs(d.w()));
 }
 
-/// World up as the head sees it: pitch and roll without the heading.
+/// The world's up direction in head coordinates, which shows pitch and roll without the heading.
 Vec3 UpInHead(const Quaternion& q) { return Quaternion::Rotate(q.Conjugate(), Vec3(0, 1, 0)); }
 
 } // namespace
 
 TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
 {
-    // r report, u unplug and plug in again, s a short read, g three reports are missing, d the last
-    // report once more, b the sequence steps back.
+    // The letters mean: r is a report, u unplugs the headset and plugs it in again, s is a short
+    // read, g leaves out three reports, d repeats the last report, and b steps the sequence back.
     const struct
     {
         const char* script;
@@ -145,11 +145,11 @@ TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
     } cases[] = {
         {"rrr", "connected "},
         {"rurur", "connected lost back lost back "},
-        {"ruur", "connected lost back "}, // unplugged again before a report came
+        {"ruur", "connected lost back "}, // it is unplugged again before a report has arrived
         {"urr", "connected "},
         {"rsrsr", "connected lost back lost back "},
         {"rgrdrgr", "connected gap3 gap3 "},
-        {"rgugr", "connected lost back "}, // missing reports of an unplug are no gap
+        {"rgugr", "connected lost back "}, // reports that an unplug loses are no gap
         {"rrbrr", "connected "},
     };
     for (const auto& [script, events] : cases)
@@ -174,7 +174,7 @@ TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
             case 'u':
                 head.host.Unplug();
                 Until([&] { return head.host.closed == head.host.opened; });
-                head.clock.nowNs += 2000 * MS; // in which the headset's clock stands still
+                head.clock.nowNs += 2000 * MS; // the headset's clock stands still meanwhile
                 head.PlugAgain();
                 break;
             case 's':
@@ -282,7 +282,7 @@ TEST(HeadTrackerTest, ReadersDoNotWaitForAStalledReadNorForAHandler)
     {
         reader.join();
     }
-    // Sixteen threads share few cores, so that now and then one is set aside in a call.
+    // Sixteen threads share few cores, so the system sometimes interrupts a thread in a call.
     EXPECT_LT(slow, 16 * CALLS / 50);
     head.DeliverNext();
     EXPECT_EQ(head.tracker->Latest().state, PoseState::Tracking);
@@ -305,7 +305,7 @@ TEST_P(HeadTrackerFilterTest, APoseIsInterpolatedInThePastAndPredictedAheadWithi
     TrackedHead head(options);
     qltkit::SoftwareHeadset headset(5, false);
     std::vector<Pose> poses;
-    std::vector<Quaternion> predicted; // each for 50 ms later
+    std::vector<Quaternion> predicted; // each prediction is for 50 ms later
     constexpr std::uint32_t REPORTS = 12000;
     double squares = 0.0;
     for (std::uint32_t i = 0; i < REPORTS; ++i)
@@ -389,7 +389,7 @@ TEST(HeadTrackerTest, RecentringTurnsTheHeadingForwardAndKeepsPitchAndRoll)
     const struct
     {
         const char* name;
-        float yaw, pitch, roll; // degrees, turned one after another in the head's axes
+        float yaw, pitch, roll; // degrees; the turns follow one another in the head's axes
     } cases[] = {
         {"already forward", 0, 0, 0},    {"to the left", 90, 0, 0},
         {"backward", 180, 0, 0},         {"up and to the right", -30, 60, 0},
@@ -401,7 +401,7 @@ TEST(HeadTrackerTest, RecentringTurnsTheHeadingForwardAndKeepsPitchAndRoll)
         SCOPED_TRACE(name);
         TrackedHead head;
         head.DeliverNext();
-        // The same rate twice, first in no time and then for as long as the turn takes.
+        // Send the same rate twice. The time between the two reports is the duration of the turn.
         const auto turn = [&head](std::size_t offset, int counts, float angle)
         {
             ++head.sequence;
@@ -434,7 +434,8 @@ TEST(HeadTrackerTest, RecentringTurnsTheHeadingForwardAndKeepsPitchAndRoll)
 TEST(PoseTest, TheEyesGoRoundTheNeck)
 {
     Pose pose;
-    pose.orientation = Quaternion::RotationQuaternion(1.5707964f, Vec3(0, 1, 0)); // to the left
+    // The head looks to the left.
+    pose.orientation = Quaternion::RotationQuaternion(1.5707964f, Vec3(0, 1, 0));
     const qltkit::Person person = {0.06f, 0.1f, 0.08f};
     const qltkit::EyePose left = EyePoseOf(pose, qlt::Params::EYE_LEFT, person);
     const qltkit::EyePose right = EyePoseOf(pose, qlt::Params::EYE_RIGHT, person);
@@ -455,10 +456,12 @@ TEST(HeadTrackerTest, DriftAndLateWakeUpsLeaveTheTimeRight)
     for (std::uint32_t i = 0; i < 6000; ++i)
     {
         const std::int64_t truth = beginNs + static_cast<std::int64_t>(i * 1e6 * (1.0 + 200e-6));
-        const double delay = i < 300 ? 5e6 : delayNs(random); // so that the line comes down
+        // The first reports are 5 ms late, so the fitted line must come down later.
+        const double delay = i < 300 ? 5e6 : delayNs(random);
         const std::int64_t arrival = truth + static_cast<std::int64_t>(delay);
         head.clock.nowNs = std::max(arrival, head.clock.nowNs + 100);
-        head.Deliver(ReportWriter(i, 0u - 3000000u + i * 1000u)); // wraps after three seconds
+        // The device's clock wraps after three seconds.
+        head.Deliver(ReportWriter(i, 0u - 3000000u + i * 1000u));
         const Pose pose = head.tracker->Latest();
         ASSERT_LE(pose.timeNs, head.clock.nowNs);
         ASSERT_GT(pose.timeNs, lastNs);
@@ -508,7 +511,7 @@ TEST(HeadTrackerTest, TheSimulatorIsReadByManyAndDestroyedWhileItRuns)
     tracker.reset();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
     EXPECT_GE(sink.reports, 300);
-    EXPECT_EQ(sink.losses, 0); // the end of the tracker is none
+    EXPECT_EQ(sink.losses, 0); // the end of the tracker is no loss
     EXPECT_THROW(HeadTracker("walk"), qltkit::Error);
 }
 

@@ -45,7 +45,7 @@ double MeanInclination(Change change)
     return sum / static_cast<double>(Recordings().size());
 }
 
-/// The estimator after `seconds` of the script.
+/// The estimator after `seconds` seconds of the script.
 OrientationEstimator After(ScriptedHead& head, double seconds, OrientationEstimator estimator = {})
 {
     for (const double end = head.TimeS() + seconds; head.TimeS() < end;)
@@ -125,7 +125,7 @@ TEST(OrientationEstimatorTest, AnyStartIsLevelWithinSeconds)
     ScriptedHead head(upsideDown);
     OrientationEstimator estimator;
     estimator.Add(head.Next());
-    EXPECT_LT(InclinationErrorDeg(estimator, head), 1.0); // from the first sample on
+    EXPECT_LT(InclinationErrorDeg(estimator, head), 1.0); // this holds from the first sample on
 }
 
 TEST(OrientationEstimatorTest, TheBiasIsLearnedAtRestAndASlowTurnIsNotTakenForIt)
@@ -138,14 +138,14 @@ TEST(OrientationEstimatorTest, TheBiasIsLearnedAtRestAndASlowTurnIsNotTakenForIt
     OrientationEstimator estimator = After(head, 10.0);
     EXPECT_TRUE(estimator.IsAtRest());
     const double after10 = HeadingErrorDeg(estimator, head);
-    EXPECT_NEAR(after10, 0.0, 0.1); // the turn of the first seconds is taken back
+    EXPECT_NEAR(after10, 0.0, 0.1); // the estimator removes the turn of the first seconds
     estimator = After(head, 60.0, estimator);
     EXPECT_NEAR(HeadingErrorDeg(estimator, head), after10, 0.05);
     EXPECT_LT(Length(estimator.GetBias() - BIAS) * DEGREES, 0.002);
     EXPECT_LT(Length(estimator.GetBiasDeviation()) * DEGREES, 0.02);
     estimator = After(head, 60.0, estimator);
-    EXPECT_NEAR(HeadingErrorDeg(estimator, head), 0.0, 0.5); // of 12 degrees
-    // Nobody turns as evenly for minutes: a bias that has changed is learned in the end.
+    EXPECT_NEAR(HeadingErrorDeg(estimator, head), 0.0, 0.5); // the real turn is 12 degrees
+    // Nobody turns so evenly for minutes, so the estimator finally learns the changed bias.
     estimator = After(head, 90.0, estimator);
     EXPECT_NEAR(estimator.GetBias().y, BIAS.y + script.turnRate, 0.01 * RADIANS);
 }
@@ -217,7 +217,7 @@ TEST(OrientationEstimatorTest, WhatIsBrokenIsRefusedCountedAndHarmless)
         }
         EXPECT_TRUE(clean.Add(sample));
         EXPECT_TRUE(dirty.Add(sample));
-        EXPECT_FALSE(dirty.Add(sample)); // repeated
+        EXPECT_FALSE(dirty.Add(sample)); // repeated sample
         ImuSample late = sample;
         late.timeUs -= 1000;
         EXPECT_FALSE(dirty.Add(late));
@@ -226,7 +226,7 @@ TEST(OrientationEstimatorTest, WhatIsBrokenIsRefusedCountedAndHarmless)
     EXPECT_EQ(dirty.GetState().counts.refused, 9000u);
     EXPECT_EQ(dirty.GetState().counts.repeated, 6000u);
 
-    // Without an accelerometer the gyroscope goes on alone.
+    // Without an accelerometer the estimator uses only the gyroscope.
     for (int i = 0; i < 500; ++i)
     {
         ImuSample bad = head.Next();
@@ -249,12 +249,13 @@ TEST(OrientationEstimatorTest, TimeIsTheDevices)
     {
         ImuSample sample = head.Next();
         plain.Add(sample);
-        sample.timeUs += 0xFFFFFFFFu - 8000000u; // wraps three seconds after the start
+        // The device's clock wraps three seconds after the start.
+        sample.timeUs += 0xFFFFFFFFu - 8000000u;
         wrapped.Add(sample);
     }
     EXPECT_TRUE(SameBits(wrapped, plain));
 
-    // A gap widens what is not known, and a long one levels anew.
+    // A gap increases the uncertainty. After a long gap the estimator levels again.
     for (const double gap : {0.3, 5.0})
     {
         ScriptedHead later(script);
@@ -270,7 +271,7 @@ TEST(OrientationEstimatorTest, TimeIsTheDevices)
         EXPECT_LT(InclinationErrorDeg(After(later, 5.0, estimator), later), 1.5);
     }
 
-    // The device's clock starts anew.
+    // The device's clock restarts.
     OrientationEstimator estimator = plain;
     for (int i = 0; i < 4000; ++i)
     {
@@ -288,7 +289,7 @@ TEST(OrientationEstimatorTest, SaturatedRatesArePutBackAndLessCertain)
     HeadScript script;
     script.swing = {0.6, 0.2, 0.1};
     script.swingHz = 3.0;
-    script.gyroscopeLimit = 8.0; // rad/s, of peaks of 7 to 16
+    script.gyroscopeLimit = 8.0; // rad/s; the peaks are 7 to 16
     double squares = 0.0;
     double blindSquares = 0.0;
     for (unsigned seed = 1; seed <= 10; ++seed)
@@ -296,7 +297,7 @@ TEST(OrientationEstimatorTest, SaturatedRatesArePutBackAndLessCertain)
         script.seed = seed;
         ScriptedHead head(script);
         OrientationEstimator estimator;
-        OrientationEstimator blind; // is not told
+        OrientationEstimator blind; // does not know about the saturation
         for (int i = 0; i < 5000; ++i)
         {
             ImuSample sample = head.Next();
@@ -351,11 +352,11 @@ TEST(OrientationEstimatorTest, ReportsGiveDecodedSamplesWithTheirSaturation)
         report[at] = static_cast<std::uint8_t>(count & 0xFF);
         report[at + 1] = static_cast<std::uint8_t>(count >> 8 & 0xFF);
     };
-    report[7] = 0xFF; // a time that single precision cannot hold
+    report[7] = 0xFF; // single precision cannot hold this time
     report[4] = 0x01;
-    put(18, -32768); // the gyroscope's y: the tracker's -x
+    put(18, -32768); // the gyroscope's y is the tracker's -x
     put(20, 32766);
-    put(22, 32767); // the accelerometer's x: the tracker's y
+    put(22, 32767); // the accelerometer's x is the tracker's y
     const ImuSample sample = qltkit::ReadImuSample(report);
     EXPECT_EQ(sample.timeUs, 0xFF000001u);
     EXPECT_EQ(sample.saturated, 1u | 2u << 3);

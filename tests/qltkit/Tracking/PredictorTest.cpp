@@ -60,7 +60,7 @@ TEST(PredictorTest, ASwingIsLearned)
 
 TEST(PredictorTest, RestIsPredictedAsWellAsByHolding)
 {
-    for (const double noise : {0.035, 0.115}) // of a good gyroscope and of a middling one
+    for (const double noise : {0.035, 0.115}) // the noise of a good and of an average gyroscope
     {
         HeadScript script;
         script.bias = {0.01, -0.01, 0.005};
@@ -77,7 +77,8 @@ TEST(PredictorTest, TheTimeAheadIsLimitedAndGapsAreNotBridged)
     ScriptedHead head(script);
     OrientationEstimator estimator;
     Predictor predictor;
-    EXPECT_EQ(AngleBetween(predictor.Predict(0.05), Rotation()), 0.0); // nothing is known
+    // The predictor knows nothing yet.
+    EXPECT_EQ(AngleBetween(predictor.Predict(0.05), Rotation()), 0.0);
     for (int i = 0; i < 3000; ++i)
     {
         estimator.Add(head.Next());

@@ -1,5 +1,5 @@
-// Captures against @mcap/core, a library that is not ours: it reads what we write, and we read what
-// it writes.
+// Exchanges captures with @mcap/core, which is an independent library. It reads our captures, and
+// we read its captures.
 //
 //   node interop.mjs FOLDER PROBE...    runs PROBE (qlt_capture_probe) with files in FOLDER
 import assert from "node:assert/strict";
@@ -48,7 +48,7 @@ async function readsWhatWeWrite() {
   const ours = run("read", "ours.mcap").trim().split(/\r?\n/).map((line) => line.split(" "));
   const of = (type) => records.filter((record) => record.type === type);
 
-  // The same messages by either road and by our own reader.
+  // Both of its readers and our own reader must give the same messages.
   assert.equal(ours.length, 20003);
   assert(of("ChunkIndex").length > 1);
   assert.equal(of("Message").length, ours.length);
@@ -62,7 +62,7 @@ async function readsWhatWeWrite() {
   const sorted = (list) => list.map((m) => `${m.channelId} ${m.logTime} ${hex(m.data)}`).sort();
   assert.deepEqual(sorted(messages), sorted(of("Message")));
 
-  // Each JSON message is what its schema says.
+  // Each JSON message must follow its schema.
   const ajv = new Ajv({ strict: false });
   let checked = 0;
   for (const message of messages) {
@@ -79,7 +79,7 @@ async function readsWhatWeWrite() {
   }
   assert.equal(checked, 3);
 
-  // Statistics, indexes and the checksum that the package does not look at.
+  // Check the statistics, the indexes and the checksum that the package does not check.
   const statistics = indexed.statistics;
   assert.equal(statistics.messageCount, BigInt(ours.length));
   assert.equal(statistics.chunkCount, of("ChunkIndex").length);
@@ -96,7 +96,7 @@ async function readsWhatWeWrite() {
   assert.equal(of("DataEnd")[0].dataSectionCrc, crc32(bytes.subarray(0, summaryStart - 13)));
 }
 
-/// With chunks or without them, as the writer's `options` say.
+/// Writes a capture. The `options` of the writer decide whether it has chunks.
 async function writesWhatWeRead(options) {
   const parts = [];
   let size = 0n;

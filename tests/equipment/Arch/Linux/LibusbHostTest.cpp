@@ -1,4 +1,4 @@
-// What only this system's USB has: permissions, other programs, and the kernel's memory for
+// Tests of USB on this system only: permissions, other programs, and the kernel's memory for
 // requests.
 #include "UsbEmulator.h"
 
@@ -23,7 +23,7 @@ protected:
 
 } // namespace
 
-// These stand in front of libusb's own, because no emulated device brings it to some errors.
+// These functions replace those of libusb, because no emulated device can cause some of its errors.
 int LIBUSB_CALL libusb_claim_interface(libusb_device_handle* device, int interface)
 {
     static const auto claim = reinterpret_cast<decltype(&libusb_claim_interface)>(
@@ -60,7 +60,7 @@ TEST_F(LibusbHostTest, AReportIsReadWithoutAnAllocation)
         std::uint32_t length = 64;
         ASSERT_TRUE(device->EndPoint(1).TransferData(report.data(), length));
         EXPECT_EQ(report[63], static_cast<std::uint8_t>(i));
-        if (i > 0) // the first read makes the transfer that the others use
+        if (i > 0) // the first read creates the transfer that the others reuse
         {
             allocations += ThreadAllocationCount() - allocationsBefore;
             transfers += gTransfersMade - transfersBefore;
@@ -144,7 +144,7 @@ TEST_F(LibusbHostTest, AFailedReadHasWhatCameUntilThen)
     EXPECT_EQ(report[9], 7);
 }
 
-// With the kernel's default of 16 MB.
+// The kernel's default is 16 MB.
 TEST_F(LibusbHostTest, FramesForWhichThereIsNoMemoryWaitForTheOthers)
 {
     Open();
@@ -166,6 +166,6 @@ TEST_F(LibusbHostTest, FramesForWhichThereIsNoMemoryWaitForTheOthers)
     EXPECT_NE(advice.find(command), std::string::npos);
     EXPECT_EQ(advice.find(command), advice.rfind(command));
     frames.clear();
-    emulator.LimitBytes(FRAME_SIZE - 1); // where nothing can make room
+    emulator.LimitBytes(FRAME_SIZE - 1); // nothing can free memory here
     EXPECT_EQ(Frame(EndPoint()).End(), "refused");
 }

@@ -27,8 +27,8 @@ constexpr std::uint32_t CAPABILITIES = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_B
                                        USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
                                        USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
 
-/// The descriptors: the device up to and from its identifiers on, one configuration, one interface,
-/// endpoint 0x81 of 64 bytes and endpoint 0x82 of 512.
+/// The descriptors: the device before and after its identifiers, one configuration, one interface,
+/// endpoint 0x81 of 64 bytes and endpoint 0x82 of 512 bytes.
 constexpr const char* DEVICE_HEAD = "12010002ffffff40";
 constexpr const char* DEVICE_TAIL = "000100000001";
 constexpr const char* CONFIGURATION = "09022000010100807d"
@@ -36,9 +36,9 @@ constexpr const char* CONFIGURATION = "09022000010100807d"
                                       "07058103400001"
                                       "07058202000200";
 
-// Memory of the callers is read and written as the kernel does. Accesses of the program's own would
-// be races for the thread sanitizer, which does not see the way of a request to here and back.
-// `copy` is process_vm_readv or process_vm_writev.
+// Read and write the memory of the callers as the kernel does. The thread sanitizer would take
+// ordinary accesses for races, because it does not see how a request gets here and back. `copy` is
+// process_vm_readv or process_vm_writev.
 template <typename Copy>
 void Transport(const Copy& copy, void* mine, void* theirs, std::size_t bytes)
 {
@@ -55,7 +55,7 @@ std::string Format(const char* format, Values... values)
     return text.data();
 }
 
-/// As umockdev reads it.
+/// The text in the form that umockdev reads.
 std::string Describe(int number, std::uint16_t vendorId, std::uint16_t productId)
 {
     const std::string node = Format("bus/usb/001/%03d", number);
@@ -76,9 +76,9 @@ UsbEmulator::UsbEmulator()
 {
     g_signal_connect_after(mIoctls, "handle-ioctl", reinterpret_cast<GCallback>(OnIoctl), this);
     g_signal_connect_after(mIoctls, "client-vanished", reinterpret_cast<GCallback>(OnClosed), this);
-    // umockdev asks the linker at every open, and the thread sanitizer opens files to look whether
-    // a race is a suppressed one. A text that is left from the service's missing library would then
-    // be freed where it was not allocated. The second question frees it.
+    // umockdev calls the linker at every open, and the thread sanitizer opens files when it looks
+    // for suppressions. The linker's error text about the missing service library would then be
+    // freed by the wrong allocator. The second call of dlerror frees it here.
     qlt::HostService::System();
     dlerror();
     dlerror();
@@ -93,7 +93,7 @@ UsbEmulator::~UsbEmulator()
 
 void UsbEmulator::Plug(std::uint16_t vendorId, std::uint16_t productId)
 {
-    // As the kernel does, a new number for each plug.
+    // Each plugged device gets a new number, as from the kernel.
     const int number = ++mPlugs;
     const std::string node = Format("/dev/bus/usb/001/%03d", number);
     {
@@ -110,7 +110,8 @@ void UsbEmulator::Plug(std::uint16_t vendorId, std::uint16_t productId)
 
 void UsbEmulator::Unplug()
 {
-    // First the news, because umockdev ends the process when a listener leaves just then.
+    // Announce the removal first, because umockdev ends the process when a listener leaves at that
+    // moment.
     for (const auto& [node, sysPath] : mPlugged)
     {
         umockdev_testbed_uevent(mTestbed, sysPath.c_str(), "remove");
@@ -162,7 +163,7 @@ void UsbEmulator::ClaimElsewhere()
     const Lock lock(mMutex);
     for (const auto& [node, sysPath] : mPlugged)
     {
-        mClaims[node] = nullptr; // which is no client
+        mClaims[node] = nullptr; // it is no client
     }
 }
 
@@ -174,7 +175,7 @@ void UsbEmulator::ForbidOpening()
         chmod((root + node).c_str(), 0);
     }
     g_free(root);
-    // Root passes over the mode of a file by virtue of a capability, which a thread may drop.
+    // A capability lets root ignore the mode of a file. A thread may drop the capability.
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
     syscall(SYS_capget, &header, sets.data());
@@ -184,7 +185,7 @@ void UsbEmulator::ForbidOpening()
 
 gboolean UsbEmulator::OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self)
 {
-    // The caller is this process, so that its pointers are good here.
+    // The caller is this process, so its pointers are valid here.
     void* argument = nullptr;
     std::memcpy(&argument, umockdev_ioctl_client_get_arg(client)->data, sizeof argument);
     int error = 0;
@@ -246,7 +247,7 @@ int UsbEmulator::Handle(UMockdevIoctlClient* client, unsigned long request, void
         }
         return EINVAL;
     default:
-        return ENODATA; // no driver of the kernel's to disconnect or connect
+        return ENODATA; // there is no kernel driver to disconnect or connect
     }
 }
 

@@ -1,5 +1,5 @@
-// USB devices that only this process sees. umockdev redirects libusb's look at the system, and
-// their requests are answered here as the kernel would. The program must run under
+// USB devices that only this process sees. umockdev redirects the file accesses of libusb. This
+// class answers the requests to the devices as the kernel would. Run the program under
 // umockdev-wrapper.
 #pragma once
 
@@ -25,14 +25,14 @@ public:
     void Push(std::uint8_t endPoint, const Bytes& bytes, bool succeeds) override;
     std::size_t Pending(std::uint8_t endPoint) override;
 
-    /// How much may be in flight; the kernel's usbfs_memory_mb.
+    /// The memory for transfers in flight, as the kernel's usbfs_memory_mb.
     void LimitBytes(std::size_t bytes) { mByteLimit = bytes; }
 
-    /// For the calling thread: it may not open the devices, even as root.
+    /// From now on the calling thread may not open the devices, even as root.
     void ForbidOpening();
 
-    /// The nodes in /dev of the devices that were asked for anything, "001/002" being the first
-    /// that was plugged in.
+    /// The nodes in /dev of the devices that received a request. The first device that was plugged
+    /// in is "001/002".
     std::set<std::string> Touched();
 
     /// Another program has claimed the devices.
@@ -42,7 +42,7 @@ private:
     struct Request
     {
         UMockdevIoctlClient* client;
-        void* address; // where the client has it
+        void* address; // the address in the client
         std::uint8_t endPoint;
         void* buffer;
         int size;
@@ -66,7 +66,7 @@ private:
     static gboolean OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self);
     static void OnClosed(UMockdevIoctlBase*, UMockdevIoctlClient* client, UsbEmulator* self);
 
-    /// With the mutex locked; 0 or an errno.
+    /// The caller holds the mutex. The result is 0 or an errno.
     int Handle(UMockdevIoctlClient* client, unsigned long request, void* argument);
     int Submit(UMockdevIoctlClient* client, void* address);
     int Reap(UMockdevIoctlClient* client, void* place);
@@ -78,9 +78,9 @@ private:
     std::atomic<std::size_t> mByteLimit{SIZE_MAX};
     std::mutex mMutex;                           // guards everything below
     int mPlugs = 1;                              // the root hub is number 1
-    std::map<std::string, std::string> mPlugged; // the places in /sys by the nodes in /dev
+    std::map<std::string, std::string> mPlugged; // the paths in /sys, by the nodes in /dev
     std::map<std::string, UMockdevIoctlClient*> mClaims;
     std::set<std::string> mTouched;
-    std::list<Request> mRequests; // until they are reaped
+    std::list<Request> mRequests; // the ended requests, until the client takes them
     std::map<std::uint8_t, std::deque<Answer>> mAnswers;
 };

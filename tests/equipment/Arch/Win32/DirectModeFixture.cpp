@@ -21,7 +21,8 @@ void Require(bool success, const char* what)
     }
 }
 
-/// The fake driver's file, in System32 until the program ends; loaded by the library itself.
+/// The file of the fake driver. It is in System32 until the program ends, and the library itself
+/// loads it.
 class InstalledDriver
 {
 public:
@@ -43,7 +44,7 @@ public:
 
     ~InstalledDriver()
     {
-        // The library has it loaded for good, and a loaded file cannot be deleted.
+        // The library never unloads it, and nobody can delete a loaded file.
         while (const HMODULE module = GetModuleHandleW(L"nvapi64.dll"))
         {
             FreeLibrary(module);
@@ -143,7 +144,8 @@ DirectModeFixture::~DirectModeFixture()
     deviceFunctions.reset();
     image.Reset();
     surface.Reset();
-    // What the renderer kept, too: Wine minds the end of a process whose device lives.
+    // Release the renderer's references, too, because Wine fails when a process ends before its
+    // device.
     ReleaseAll(context);
     ReleaseAll(device);
 }
@@ -154,7 +156,7 @@ void DirectModeFixture::SubmitFirst(NvidiaRenderer& to)
     to.Submit(device.Get(), image.Get());
 }
 
-/// Logs a call, and says whether it is the one that fails.
+/// Logs a call. True when this call must fail.
 bool DirectModeFixture::Fails(const std::string& call)
 {
     if (!mWatching)
@@ -196,7 +198,7 @@ void DirectModeFixture::WatchDevice()
                                           ? Result(E_FAIL)
                                           : Result();
                            });
-    // Which Wine does not have: the handle is the texture itself.
+    // Wine does not have this function, so the handle is the texture itself.
     deviceFunctions->Watch(28,
                            [this](Arguments a) -> Result
                            {

@@ -1,5 +1,5 @@
-// Tests with the machine's Direct3D 11 and the fake driver, which is in System32 while they run,
-// and with the log of what the renderer calls of both.
+// A fixture with the machine's Direct3D 11 and a fake driver, which is in System32 while the tests
+// run. It logs the renderer's calls of both.
 #pragma once
 
 #include <qlt/Render/NvidiaRenderer.h>
@@ -32,14 +32,14 @@ protected:
     using Log = std::vector<std::string>;
     using Bytes = std::vector<std::uint8_t>;
 
-    static constexpr UINT WIDTH = 1280; // of display and image
+    static constexpr UINT WIDTH = 1280; // the size of the display and of the image
     static constexpr UINT HEIGHT = 720;
     static constexpr std::size_t NEVER = SIZE_MAX;
 
     DirectModeFixture();
     ~DirectModeFixture() override;
 
-    /// With a reference of the device for the renderer to release.
+    /// Submits the first frame, with a reference of the device that the renderer will release.
     void SubmitFirst(NvidiaRenderer& to);
 
     ComPtr<ID3D11Texture2D> MakeTexture(UINT bind, const Bytes& pixels);
@@ -50,16 +50,16 @@ protected:
     ComPtr<ID3D11Texture2D> surface; // of the display
     ComPtr<ID3D11Texture2D> image;   // of the engine
     ULONG surfaceReferences = 0;     // when the mode was set
-    std::string devicePointer;       // as the log has them
+    std::string devicePointer;       // the names in the log
     std::string dxgiDevicePointer;
 
     NvApiScript driver;
     HANDLE frameEvent = CreateEventW(nullptr, FALSE, TRUE, nullptr); // set by each present
 
     Log log;
-    std::size_t failing = NEVER; // the place in the log whose call fails
+    std::size_t failing = NEVER; // the index in the log of the call that fails
 
-    std::unique_ptr<FunctionTable> deviceFunctions; // gone before the device
+    std::unique_ptr<FunctionTable> deviceFunctions; // destroyed before the device
     std::unique_ptr<FunctionTable> contextFunctions;
     std::unique_ptr<NvidiaRenderer> renderer = std::make_unique<NvidiaRenderer>();
 

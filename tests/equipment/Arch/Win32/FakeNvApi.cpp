@@ -1,6 +1,6 @@
-// A fake nvapi64.dll: the entry points of direct mode, by their identifiers. A display that is
-// passed by value comes, by the calling convention, as the address of a copy. Nothing works until
-// it has been initialised, once.
+// A fake nvapi64.dll with the entry points of direct mode, by their identifiers. The calling
+// convention passes a display by value as the address of a copy. Nothing works until the driver has
+// been initialised exactly once.
 #include "FakeNvApi.h"
 
 #include <algorithm>
@@ -43,7 +43,7 @@ std::int32_t Call(const char* format, Arguments... arguments)
     return script->onCall == nullptr ? -1 : script->onCall(script->context, call);
 }
 
-/// What an argument's bytes are, if they are all the same; overwrites them, as a driver may.
+/// The value of an argument's bytes if all are equal. It overwrites them, as a driver may.
 unsigned Take(Display* display)
 {
     const unsigned first = display->bytes[0];
@@ -69,7 +69,7 @@ std::int32_t EnumerateDisplays(std::uint32_t vendorId, std::uint32_t* count, Dis
 std::int32_t EnumerateModes(Display* display, std::uint32_t* count, Mode* modes, std::uint32_t zero)
 {
     const std::uint32_t room = modes == nullptr ? 0 : *count;
-    std::uint32_t versions = 0; // that are right
+    std::uint32_t versions = 0; // correct arguments
     for (std::uint32_t i = 0; i < room; ++i)
     {
         versions += modes[i].words[0] == 0x10020 ? 1 : 0;
@@ -82,7 +82,7 @@ std::int32_t EnumerateModes(Display* display, std::uint32_t* count, Mode* modes,
 
 std::int32_t Acquire(std::uint32_t vendorId, void* dxgiDevice, Display* display)
 {
-    std::memset(display, 0xDA, sizeof *display); // what counts from now on
+    std::memset(display, 0xDA, sizeof *display); // the script from now on
     return Call("acquire %u %p", vendorId, dxgiDevice);
 }
 

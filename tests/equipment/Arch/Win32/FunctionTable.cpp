@@ -8,8 +8,8 @@
 using Word = std::uintptr_t;
 using Function = Word (*)(Word, Word, Word, Word, Word, Word);
 
-/// Stands in a table for the object's own function. By the calling convention, more arguments than
-/// there are may be read and passed on.
+/// Replaces the object's own function in a table. The calling convention allows it to read and
+/// forward more arguments than there are.
 struct FunctionTableEntry
 {
     template <std::size_t slot>
@@ -28,7 +28,7 @@ struct FunctionTableEntry
 namespace
 {
 
-constexpr std::size_t SLOTS = 160; // more than any interface here has; the tail is only ever copied
+constexpr std::size_t SLOTS = 160; // no interface here has more; unused entries are only copied
 
 template <std::size_t... slots>
 constexpr std::array<Function, SLOTS> Entries(std::index_sequence<slots...>)

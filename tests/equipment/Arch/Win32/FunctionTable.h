@@ -1,5 +1,5 @@
-// The functions of one COM object, each of which a test may watch or answer: the object gets a
-// table of its own, so that others of its class keep theirs.
+// The function table of one COM object. A test may watch or answer each function. The object gets
+// its own table, so other objects of its class keep theirs.
 #pragma once
 
 #include <cstddef>
@@ -12,15 +12,15 @@
 class FunctionTable
 {
 public:
-    /// The object and the arguments of a call, as many as there are; none may be a float.
+    /// The object and all arguments of a call. No argument may be a float.
     using Arguments = const std::uintptr_t*;
 
-    /// The call's result in place of the object's own answer, or nothing.
+    /// The result of the call. With no value, the object itself answers.
     using Watcher = std::function<std::optional<std::int32_t>(Arguments arguments)>;
 
     explicit FunctionTable(void* object);
 
-    /// Gives the object its class's table back.
+    /// Gives the table of its class back to the object.
     ~FunctionTable();
     FunctionTable(const FunctionTable&) = delete;
     FunctionTable& operator=(const FunctionTable&) = delete;
@@ -31,7 +31,7 @@ public:
 private:
     friend struct FunctionTableEntry;
 
-    static std::map<std::uintptr_t, FunctionTable*> tables; // by their objects
+    static std::map<std::uintptr_t, FunctionTable*> tables; // the tables by their objects
 
     void*** mObject;
     void** mClassTable;

@@ -46,7 +46,7 @@ VirtualHeadset::VirtualHeadset()
 
 VirtualHeadset::~VirtualHeadset()
 {
-    VirtualHeadset::Unplug(); // or whoever looks next would find it
+    VirtualHeadset::Unplug(); // otherwise the next search would find it
     CloseHandle(mDriver);
 }
 

@@ -1,5 +1,5 @@
-// The virtual headset: a kernel driver for Wine that answers what programs ask of the USB chip
-// vendor's driver, as that one does. A test plugs it in and says what its pipes send.
+// The virtual headset is a kernel driver for Wine. It answers the requests of programs as the USB
+// chip vendor's driver does. A test plugs it in and decides what its pipes send.
 #include "VirtualHeadsetControl.h"
 #include "VirtualHeadsetPipe.h"
 
@@ -17,7 +17,7 @@ constexpr ULONG SET_TRANSFER_SIZE = 0x220038;
 constexpr ULONG ABORT_PIPE = 0x220044;
 constexpr ULONG READ_PIPE = 0x22004B;
 
-// Its transfer header.
+// The transfer header of the vendor's driver.
 #pragma pack(push, 1)
 struct Header
 {
@@ -61,7 +61,7 @@ struct Device
     ULONG transferSize;
 };
 
-DEVICE_OBJECT* control; // takes the test's orders
+DEVICE_OBJECT* control; // receives the commands of the test
 Device* devices[DEVICE_COUNT];
 
 Pipe* FindPipe(Device& device, UCHAR address)
@@ -82,7 +82,7 @@ bool AreEqual(const Header& one, const Header& other)
     return RtlCompareMemory(&one, &other, sizeof one) == sizeof one;
 }
 
-/// The only header of a read that this driver takes: no field but the endpoint.
+/// The only header of a read that this driver accepts. Only the endpoint is set.
 bool IsReadOf(const Header& header)
 {
     Header expected = {};
@@ -90,8 +90,8 @@ bool IsReadOf(const Header& header)
     return AreEqual(header, expected);
 }
 
-/// The only header of a descriptor's request that this driver takes: with a time limit, and with
-/// the data behind the header.
+/// The only header of a descriptor's request that this driver accepts. It has a time limit, and the
+/// data follows the header.
 bool IsDescriptorRequest(const Header& header, ULONG size)
 {
     Header expected = {};
@@ -138,7 +138,7 @@ NTSTATUS AnswerProgram(Device& device, IRP* irp, ULONG code, ULONG sent, ULONG r
     }
     if (code == READ_PIPE && sent == sizeof(Header))
     {
-        // Wine has the input in the system buffer; Windows has it elsewhere.
+        // In Wine the input is in the system buffer. On Windows it is elsewhere.
         const auto& header = *reinterpret_cast<const Header*>(buffer);
         Pipe* pipe = IsReadOf(header) ? FindPipe(device, header.endPoint) : nullptr;
         return pipe != nullptr ? pipe->Read(irp) : Complete(irp, STATUS_INVALID_PARAMETER);
@@ -233,7 +233,7 @@ NTSTATUS Obey(IRP* irp, ULONG code, ULONG sent, ULONG room)
     return Complete(irp, STATUS_SUCCESS);
 }
 
-/// Null for what takes the orders.
+/// Null for the device that receives the commands.
 Device* DeviceOf(DEVICE_OBJECT* object)
 {
     return object == control ? nullptr : static_cast<Device*>(object->DeviceExtension);
@@ -252,7 +252,8 @@ NTSTATUS NTAPI OnRequest(DEVICE_OBJECT* object, IRP* irp)
 
 NTSTATUS NTAPI OnOpenOrClose(DEVICE_OBJECT*, IRP* irp) { return Complete(irp, STATUS_SUCCESS); }
 
-/// The device is there as long as the driver: whatever happens to it is for the one below.
+/// The device exists as long as the driver, so the driver passes these requests to the device
+/// below.
 NTSTATUS NTAPI OnPlugAndPlay(DEVICE_OBJECT* object, IRP* irp)
 {
     if (DeviceOf(object) == nullptr)

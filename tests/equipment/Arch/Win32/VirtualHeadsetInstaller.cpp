@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr wchar_t SERVICE[] = L"VirtualHeadset";
-constexpr wchar_t HARDWARE[] = L"root\\virtual_headset\0"; // a list of one
+constexpr wchar_t HARDWARE[] = L"root\\virtual_headset\0"; // a list with one entry
 constexpr int PATIENCE = 500;                              // times 20 ms
 
 /// The set-up class of USB devices.
@@ -42,7 +42,8 @@ std::wstring DriverPath()
     return path.substr(0, path.rfind(L'\\') + 1) + L"virtual_headset.sys";
 }
 
-/// The driver as a service, at where it is now: the prefix may be older than the build.
+/// Registers the driver as a service at its current path, because the Wine prefix may be older than
+/// the build.
 Service InstallService()
 {
     const std::wstring path = DriverPath();
@@ -73,7 +74,7 @@ void SetProperty(HDEVINFO list, SP_DEVINFO_DATA& device, DWORD property, const w
             "describe a device");
 }
 
-/// A device of no bus, for the driver to be at; nothing happens when it is there.
+/// Creates a device without a bus for the driver. It does nothing when the device exists.
 void InstallDevice(std::uint32_t index)
 {
     const std::wstring id = L"ROOT\\VIRTUAL_HEADSET\\000" + std::to_wstring(index);
@@ -127,7 +128,7 @@ void* OpenVirtualHeadsetDriver()
         driver = Open();
     }
     Require(driver != INVALID_HANDLE_VALUE, "open the driver");
-    // They come one after another.
+    // The devices appear one after the other.
     for (int i = 0; i < PATIENCE && !HasDevices(driver); ++i)
     {
         Sleep(20);

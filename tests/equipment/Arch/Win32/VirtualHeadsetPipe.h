@@ -1,14 +1,14 @@
-// One endpoint of the virtual headset, from the device's side: reads that wait for a push, or
-// pushes that wait for a read. Lives in memory of the kernel that is all zero, so Init is its
-// constructor.
+// One endpoint of the virtual headset, seen from the device. Reads wait for a push, or pushes wait
+// for a read. The object lives in zeroed memory of the kernel, so Init replaces its constructor.
 //
-// No locks: Wine runs all requests to a driver, and their cancellations, on one thread.
+// It needs no locks, because Wine runs all requests to a driver and their cancellations on one
+// thread.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <intrin.h>
-// The kit defines two operations of the compiler's once more, which C++ takes under other names.
+// The driver kit defines two of the compiler's own operations again, so rename its definitions.
 #define InterlockedBitTestAndSet KitInterlockedBitTestAndSet
 #define InterlockedBitTestAndReset KitInterlockedBitTestAndReset
 #include <ntddk.h>
@@ -34,7 +34,7 @@ public:
         InitializeListHead(&mPushes);
     }
 
-    /// Ends at once with what is there, or waits.
+    /// Ends the read at once when a push waits. Otherwise the read waits.
     NTSTATUS Read(IRP* irp)
     {
         if (Message* message = TakePush())
@@ -98,10 +98,10 @@ public:
     }
 
 private:
-    /// A push that waits; its bytes follow it.
+    /// A waiting push. Its bytes follow it in memory.
     struct Message
     {
-        LIST_ENTRY entry; // at its beginning
+        LIST_ENTRY entry; // the first byte that no read has taken
         NTSTATUS status;
         ULONG length;
     };

@@ -1,4 +1,4 @@
-// What only this system's USB has, and the qlt command with a headset.
+// Tests of USB on this system only, and of the qlt command with a headset.
 #include "VirtualHeadset.h"
 
 #include "equipment/UsbHostFixture.h"
@@ -18,8 +18,8 @@ namespace
 class VirtualHeadsetTest : public UsbHostFixture
 {
 protected:
-    /// What the command leaves in the file at the end of its arguments, while the endpoint is fed
-    /// again and again.
+    /// The contents of the file that the command writes. The file is the last argument. While the
+    /// command runs, the test sends to the endpoint again and again.
     template <typename Next>
     std::string Run(const std::string& arguments, std::uint8_t endPoint, const Next& next)
     {

@@ -5,10 +5,10 @@
 
 #include <tlhelp32.h>
 
-// Not GetProcessHandleCount, which is always 0 under Wine.
+// Do not use GetProcessHandleCount, because it is always 0 under Wine.
 std::size_t CountOpenHandles()
 {
-    constexpr std::uintptr_t LIMIT = 0x4000; // the system gives the lowest that is free
+    constexpr std::uintptr_t LIMIT = 0x4000; // the system gives the lowest free handle
     std::size_t count = 0;
     for (std::uintptr_t value = 4; value < LIMIT; value += 4)
     {

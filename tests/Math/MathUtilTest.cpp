@@ -9,7 +9,7 @@
 using qlt::MathUtil;
 using Texts = std::vector<std::string>;
 
-TEST(MathUtilTest, ClampTakesTheValueFirstAndTheOthersTheEnds)
+TEST(MathUtilTest, ClampTakesTheValueFirstAndTheOthersTakeTheEndsFirst)
 {
     static_assert(MathUtil::Deg2Rad(180.0f) == 180.0f * 0.017453292f);
     static_assert(MathUtil::Rad2Deg(2.0f) == 2.0f * 57.29578f);

@@ -38,7 +38,7 @@ TEST(MatrixTest, TheDefaultIsZeroAndNotTheIdentity)
               (Sixteen{2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1}));
 }
 
-TEST(MatrixTest, RowsAndColumnsAreWrittenInPlaceAlsoOutOfRange)
+TEST(MatrixTest, RowsAndColumnsAreWrittenInPlaceEvenOutOfRange)
 {
     Matrix m = COUNTING;
     m.SetRow(1, -1, -2, -3, -4);
@@ -77,7 +77,7 @@ TEST(MatrixTest, AProductCombinesRowsWithColumnsAndIsSummedUpwards)
     EXPECT_EQ(Entries(rows * ones), (Sixteen{1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(MatrixTest, ARotationTakesTheQuaternionAsItIsAndAViewItsInverse)
+TEST(MatrixTest, ARotationUsesTheQuaternionAndAViewUsesItsInverse)
 {
     // Calculated by hand from w, x, y, z = 1, 2, 3, 4. The result is a rotation only for unit
     // quaternions.

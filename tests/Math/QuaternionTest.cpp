@@ -80,7 +80,7 @@ TEST(QuaternionTest, ProductsWithVectorsAndRotationsComposeFromTheLeft)
 }
 
 // SensorFusionTest.EqualsThePlainFilterToTheLastBit compares their other results.
-TEST(QuaternionTest, NormalizeLeavesWhatIsTooShort)
+TEST(QuaternionTest, NormalizeLeavesATooShortQuaternionUnchanged)
 {
     Quaternion q;
     AssertionRecorder recorder;
@@ -114,7 +114,7 @@ TEST(QuaternionTest, ConjugateOfADegenerateQuaternionIsAnUnchangedCopy)
     }
 }
 
-TEST(QuaternionTest, ARotationAboutNoAxisIsReported)
+TEST(QuaternionTest, ARotationAboutAZeroAxisIsReported)
 {
     AssertionRecorder recorder;
     EXPECT_EQ(Values(Quaternion::RotationQuaternion(1, Vec3())), (Four{1, 0, 0, 0}));

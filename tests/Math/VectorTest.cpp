@@ -84,7 +84,7 @@ TEST(VectorTest, SumsAndProductsAreRoundedInOrder)
     EXPECT_EQ(Bits(Vec3(a, a, a).Cross({a, a, a})), Bits(Vec3()));
 }
 
-TEST(VectorTest, NormalizeMultipliesByTheReciprocalOrLeavesWhatIsTooShort)
+TEST(VectorTest, NormalizeMultipliesByTheReciprocalAndLeavesATooShortVectorUnchanged)
 {
     AssertionRecorder recorder;
     Vec3 v(3, 4, 12); // length 13

@@ -61,7 +61,7 @@ void Upload(const RenderTarget& target)
 
 } // namespace
 
-TEST_F(GlslTest, ADesktopTakesThemWithEitherFirstLine)
+TEST_F(GlslTest, ADesktopCompilesTheTextsWithEitherFirstLine)
 {
     for (const char* firstLine : {GlProgram::FIRST_LINE, "#define __linux__\n"})
     {
@@ -106,12 +106,12 @@ TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
                 worst = std::max(worst, std::abs(pixels[i] - expected));
             }
         }
-        EXPECT_LE(worst, 2.0) << "eye " << eye;
+        EXPECT_LE(worst, 2.0) << "The eye is " << eye;
     }
 }
 
 // All four channels have one value. The matrix leaves the right half of the picture unchanged.
-TEST_F(GlslTest, TheBoardIsSetWhereOneAxisIsPastTheHalfOfItsCell)
+TEST_F(GlslTest, TheBoardIsWhiteWhereOneAxisIsPastTheHalfOfItsCell)
 {
     const struct
     {

@@ -91,7 +91,7 @@ NvApi Driver(NvApi::Status first, std::uint32_t firstCount, NvApi::Status second
 
 } // namespace
 
-TEST(NvApiTest, IsInitialisedOnceWhereItCanBeAndCompleteWithEveryOtherEntryPointOnly)
+TEST(NvApiTest, IsInitialisedOnceAndCompleteOnlyWithEveryOtherEntryPoint)
 {
     driver = {};
     driver.missing = 0x0150E828;

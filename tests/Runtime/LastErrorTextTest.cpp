@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(LastErrorTextTest, IsEmptyWithoutAnErrorThatTheSystemKnows)
+TEST(LastErrorTextTest, IsEmptyWithoutAKnownError)
 {
     for (const std::uint32_t code : {0U, 0x2FFFFFFFU})
     {

@@ -96,10 +96,10 @@ TEST(UsbDescriptorsTest, ADeviceDescriptorHasTheIds)
     EXPECT_EQ(ids->product, 0x00F1);
 
     bytes[1] = 2;
-    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "another descriptor";
+    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "The bytes are another descriptor.";
     bytes[1] = 1;
     bytes.pop_back();
-    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "cut";
+    EXPECT_FALSE(ParseDeviceDescriptor(bytes)) << "The descriptor is cut.";
     EXPECT_FALSE(ParseDeviceDescriptor({}));
 }
 
@@ -152,11 +152,12 @@ TEST(UsbDescriptorsTest, ACutConfigurationHasTheEndpointsThatAreWhole)
     {
         Bytes bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
         const std::size_t expected = size < 25 ? 0 : size < 32 ? 1 : 2;
-        EXPECT_EQ(Addresses(bytes).size(), expected) << size << " bytes sent";
+        EXPECT_EQ(Addresses(bytes).size(), expected) << "The device sends " << size << " bytes.";
 
         bytes = whole;
         bytes[2] = static_cast<std::uint8_t>(size);
-        EXPECT_EQ(Addresses(bytes).size(), expected) << size << " bytes announced";
+        EXPECT_EQ(Addresses(bytes).size(), expected)
+            << "The device announces " << size << " bytes.";
     }
 }
 
@@ -168,7 +169,8 @@ TEST(UsbDescriptorsTest, AWrongLengthEndsTheWalk)
         {
             Bytes bytes = Headset();
             bytes[record] = static_cast<std::uint8_t>(length);
-            EXPECT_TRUE(Addresses(bytes).empty()) << length << " at " << record;
+            EXPECT_TRUE(Addresses(bytes).empty())
+                << "Record " << record << " has the length " << length << ".";
         }
     }
     Bytes bytes = Headset();
@@ -176,7 +178,7 @@ TEST(UsbDescriptorsTest, AWrongLengthEndsTheWalk)
     EXPECT_TRUE(Addresses(bytes).empty());
     bytes = Headset();
     bytes[1] = 1;
-    EXPECT_TRUE(Addresses(bytes).empty()) << "no configuration";
+    EXPECT_TRUE(Addresses(bytes).empty()) << "The bytes are no configuration.";
 }
 
 TEST(UsbDescriptorsTest, NoBytesLeadOutOfBounds)
@@ -199,6 +201,6 @@ TEST(UsbDescriptorsTest, SizesAreRoundedUpToWholePackets)
     EXPECT_EQ(RoundUpToPackets(0x388000, 512), 0x388000U);
     EXPECT_EQ(RoundUpToPackets(0x388001, 512), 0x388200U);
     EXPECT_EQ(RoundUpToPackets(1, 64), 64U);
-    EXPECT_EQ(RoundUpToPackets(100, 0), 100U) << "packets of nothing";
+    EXPECT_EQ(RoundUpToPackets(100, 0), 100U) << "The packets have no size.";
     EXPECT_EQ(RoundUpToPackets(0xFFFFFFFF, 512), 0xFFFFFFFFU);
 }

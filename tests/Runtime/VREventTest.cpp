@@ -27,7 +27,7 @@ std::string Thrown(Call call)
 } // namespace
 
 // The texts lose their last character, the apostrophe.
-TEST(VREventTest, AWaitThatRunsOutNamesTheEventAndAnAttachedOneHasNoName)
+TEST(VREventTest, AWaitThatTimesOutNamesTheEventAndAnAttachedOneHasNoName)
 {
     const qlt::NativeEventHandle handle = qlt::CreateNativeEvent(L"", true);
     VREvent event;
@@ -60,13 +60,13 @@ TEST(VREventTest, AnEventThatCannotBeMadeFailsAtItsFirstUse)
     event.Create(L"no\\namespace", true);
     if (event.Handle() != nullptr)
     {
-        GTEST_SKIP() << "every text is a name here";
+        GTEST_SKIP() << "Every text is a valid name on this system.";
     }
     EXPECT_THROW(event.Set(), VRExceptionEvent);
     EXPECT_THROW(event.Wait(0), VRExceptionTimeout);
 }
 
-TEST(VREventTest, ItsNameAndModeAreTheSystemsAndTheLastCopyClosesIt)
+TEST(VREventTest, TheSystemKeepsItsNameAndModeAndTheLastCopyClosesIt)
 {
     VREvent event;
     VREvent second;

@@ -53,7 +53,7 @@ TEST(VRThreadTest, StartReturnsWhenTheWorkerIsReadyAndStopWhenItHasEnded)
     EXPECT_EQ(worker.ended, 1);
 }
 
-TEST(VRThreadTest, ASecondStartMeetsTheStopOfTheFirst)
+TEST(VRThreadTest, ASecondStartSeesTheStopRequestOfTheFirst)
 {
     Worker worker;
     worker.Start(true, qlt::WAIT_FOREVER);
@@ -69,7 +69,7 @@ TEST(VRThreadTest, ASecondStartMeetsTheStopOfTheFirst)
     EXPECT_EQ(worker.ended, 3);
 }
 
-TEST(VRThreadTest, AWorkerRunsOnAfterAStartThatRanOutOfTimeAndCannotJoinItself)
+TEST(VRThreadTest, AWorkerContinuesAfterAStartThatTimedOutAndCannotJoinItself)
 {
     std::atomic<bool> released{false};
     Worker worker;

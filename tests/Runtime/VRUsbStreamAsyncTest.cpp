@@ -119,7 +119,7 @@ using VRUsbStreamAsyncDeathTest = VRUsbStreamAsyncTest;
 
 } // namespace
 
-TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
+TEST(FrameHeaderTest, AHeaderIsFoundWhereItsWordsAddUpToZero)
 {
     const Bytes frame = Frame(7);
     Bytes badSum = frame;
@@ -159,7 +159,7 @@ TEST(FrameHeaderTest, IsFoundWhereItsSumVanishes)
 
 // The rows cover every result: a signature with a wrong sum at the beginning and again in the scan,
 // a frame without a header, and a header after a wrong sum.
-TEST_F(VRUsbStreamAsyncTest, SaysWhatItMetBeforeTheFirstHeader)
+TEST_F(VRUsbStreamAsyncTest, PrintsTheSearchesForTheFirstHeader)
 {
     Bytes badSum = Frame(1);
     badSum[4] ^= 1;
@@ -172,7 +172,7 @@ TEST_F(VRUsbStreamAsyncTest, SaysWhatItMetBeforeTheFirstHeader)
               "error could not find new header\n");
 }
 
-TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
+TEST_F(VRUsbStreamAsyncTest, DropsTheBytesBeforeTheFirstHeader)
 {
     host.Queue({{CutFrame(4096)}, {Bytes(4096)}, {Frame(2)}, {Frame(3)}});
     Start(true);
@@ -187,7 +187,7 @@ TEST_F(VRUsbStreamAsyncTest, DropsWhatComesBeforeTheFirstHeader)
               "error incomplete transfer of size 10 expected 2000\n");
 }
 
-TEST_F(VRUsbStreamAsyncTest, SynchronisesOverWhateverTheDeviceDoes)
+TEST_F(VRUsbStreamAsyncTest, SynchronisesForEverySequenceOfTheDevice)
 {
     host.Queue({{CutFrame(100)},
                 {Bytes(100), false, true}, // late
@@ -266,7 +266,7 @@ TEST_F(VRUsbStreamAsyncTest, CountsAMinuteOfFramesOverAnHourThatChanges)
     const std::string text = printout.str();
     EXPECT_EQ(text.substr(0, text.find('\n')),
               "Time: 4291367446, Count: 60, Bytes: 491520, Mb/s: 1.14537e-07");
-    EXPECT_EQ(printout.inFlight, 10) << "the device does not wait for the printer";
+    EXPECT_EQ(printout.inFlight, 10) << "A slow printer must not delay the device.";
 }
 
 // When another kind of object has the name of the event, there is no event.
@@ -282,7 +282,7 @@ TEST_F(VRUsbStreamAsyncTest, GoesOnWithoutAnEventToSignal)
     Stop();
 }
 
-TEST_F(VRUsbStreamAsyncTest, IsDestroyedWhenItsReadsHaveEndedAlsoAfterAStopThatDidNotWait)
+TEST_F(VRUsbStreamAsyncTest, WaitsForItsReadsInItsDestructorEvenAfterAStopThatDidNotWait)
 {
     Start(false);
     host.WaitForIdle();
@@ -299,7 +299,7 @@ TEST_F(VRUsbStreamAsyncTest, IsDestroyedWhenItsReadsHaveEndedAlsoAfterAStopThatD
     device.join();
     testing::internal::GetCapturedStdout();
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(openAfterAWhile, 1) << "a read is still in flight";
+    EXPECT_EQ(openAfterAWhile, 1) << "The destructor must wait for the last read.";
     EXPECT_EQ(host.inFlight, 0);
     EXPECT_EQ(host.opened, host.closed);
 }

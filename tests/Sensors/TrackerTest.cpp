@@ -16,7 +16,7 @@ using qlt::Quaternion;
 using qlt::Vec3;
 using Reports = std::vector<std::string>;
 
-/// A tracker whose events the test raises, on its own thread.
+/// A tracker whose events the test raises on the test's own thread.
 class TestTracker : public qlt::Tracker
 {
 public:
@@ -40,7 +40,7 @@ protected:
     }
 };
 
-/// Does the same at every event.
+/// A listener that does the same at every event.
 struct ActingListener : qlt::TrackerListener
 {
     void OnAccelerometerEvent(const Vec3&, float) override { act(); }
@@ -56,13 +56,13 @@ struct ActingListener : qlt::TrackerListener
 class TrackerTest : public testing::Test
 {
 protected:
-    /// The same tracker through the flat interface, whose handles are addresses.
+    /// The same tracker for the flat interface. A flat handle is the address of the object.
     qlt_Tracker* Flat()
     {
         return reinterpret_cast<qlt_Tracker*>(static_cast<qlt::Tracker*>(&tracker));
     }
 
-    /// Recentres at this orientation, and leaves only the assertions of the recentring.
+    /// Recentres at this orientation. Only the assertions of the recentring remain recorded.
     void Recentre(const Quaternion& q)
     {
         tracker.NotifyOrientationEvent(q, 0);
@@ -213,7 +213,7 @@ TEST_F(TrackerTest, ListenersMayComeAndGoInsideEveryEvent)
     }
 }
 
-TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndEntersAPredictionTwice)
+TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndIsAppliedTwiceToAPrediction)
 {
     const Quaternion pitchAndRoll = Quaternion::RotationQuaternion(0.4f, Vec3(1, 0, 0)) *
                                     Quaternion::RotationQuaternion(0.2f, Vec3(0, 0, 1));
@@ -241,7 +241,7 @@ TEST_F(TrackerTest, DegenerateHeadingsAreReported)
     const std::pair<Quaternion, Reports> rows[] = {
         {Quaternion::Identity, {length}},
         {Quaternion(0.70710678f, 0.70710678f, 0, 0),
-         {"!IsZero()|Math/Vector", length}}, // and what depends on it
+         {"!IsZero()|Math/Vector", length}}, // and the results that depend on it
         {Quaternion(0, 0, 1, 0), {length, "norm > FLT_EPSILON|Math/Quaternion"}}};
     for (const auto& [orientation, expected] : rows)
     {

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""The installed library as somebody else's build meets it.
+"""Uses the installed library in the build of another project.
 
     consumer_test.py --build BUILD --cmake CMAKE --compiler CXX --system Linux|Windows
                      [--toolchain FILE] [--emulator COMMAND] CASE
 
-CASE "install" makes the installation with which "find_package" and "pkg_config" build and run the
-program; "package" looks at what cpack has packed, and builds and runs with it by a compiler's line.
+CASE "install" makes the installation. "find_package" and "pkg_config" build and run the program with it.
+"package" checks the archive of cpack, and builds and runs the program with it by a compiler command.
 """
 
 import argparse
@@ -61,7 +61,7 @@ class Consumer:
         self.compile("pkg_config", flags)
 
     def package(self):
-        """The archive alone, unpacked where somebody downloads to."""
+        """Uses only the archive, which is unpacked in a folder of its own."""
         shutil.rmtree(self.folder / "package", ignore_errors=True)
         generator = "ZIP" if self.windows else "TGZ"
         run([pathlib.Path(self.arguments.cmake).with_name("cpack"), "-G", generator, "-B",
@@ -72,7 +72,7 @@ class Consumer:
         self.prefix = header.parents[2]
         files = FILES + SYSTEM_FILES[self.arguments.system]
         missing = [file for file in files if not (self.prefix / file).is_file()]
-        assert not missing, f"not in the package: {missing}"
+        assert not missing, f"the package lacks {missing}"
         assert "QueltaSDK" in self.output_of(self.prefix / "bin/qlt", "info")
         self.compile("packaged", [f"-I{self.prefix}/include", f"-L{self.prefix}/lib",
                                   "-lQueltaKit", "-lQueltaSDK"])
@@ -90,7 +90,7 @@ class Consumer:
         assert "Quelta Orbel Ixo" in self.output_of(program)
 
     def output_of(self, program, *options):
-        """Standard output of a program that finds the library in the installation."""
+        """The standard output of a program that finds the library in the installation."""
         found = dict(os.environ, WINEPATH=f"Z:{self.prefix}/bin")
         if self.windows:
             program = program.with_suffix(".exe")

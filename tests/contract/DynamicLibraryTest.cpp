@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(DynamicLibraryTest, WhatIsBesideTheProgramIsLoadedAndAsked)
+TEST(DynamicLibraryTest, ALibraryBesideTheProgramIsLoadedAndItsFunctionsAreFound)
 {
     qlt::LibraryHandle library = qlt::LoadInstalledLibrary("vr_host_client_lib");
     ASSERT_NE(library, nullptr);
@@ -12,7 +12,7 @@ TEST(DynamicLibraryTest, WhatIsBesideTheProgramIsLoadedAndAsked)
     EXPECT_EQ(qlt::FindFunction(library, "VRHost_noSuchFunction"), nullptr);
 }
 
-TEST(DynamicLibraryTest, WhatIsNotThereIsNull)
+TEST(DynamicLibraryTest, AMissingLibraryOrFunctionIsNull)
 {
     EXPECT_EQ(qlt::LoadInstalledLibrary("qlt_no_such_library"), nullptr);
 }

@@ -40,19 +40,19 @@ private:
 
 } // namespace
 
-TEST_F(NativeEventTest, StartsUnsignalledAndSettingTwiceIsSettingOnce)
+TEST_F(NativeEventTest, AnEventStartsUnsignalledAndTwoSetsCountAsOne)
 {
     const NativeEventHandle event = Make(false);
     const NativeEventHandle other = Make(false);
     EXPECT_EQ(WaitNativeEvent(event, 0), WAIT_TIMED_OUT);
     EXPECT_TRUE(SetNativeEvent(event));
     EXPECT_TRUE(SetNativeEvent(event));
-    EXPECT_EQ(WaitNativeEvent(other, 0), WAIT_TIMED_OUT) << "without a name, not the same";
+    EXPECT_EQ(WaitNativeEvent(other, 0), WAIT_TIMED_OUT) << "Two unnamed events must be different.";
     EXPECT_EQ(WaitNativeEvent(event, WAIT_FOREVER), WAIT_SIGNALLED);
     EXPECT_EQ(WaitNativeEvent(event, 0), WAIT_TIMED_OUT);
 }
 
-TEST_F(NativeEventTest, AWaitLastsAsLongAsItSays)
+TEST_F(NativeEventTest, AWaitLastsAsLongAsItsTimeLimit)
 {
     const NativeEventHandle event = Make(true);
     const auto start = steady_clock::now();
@@ -89,7 +89,7 @@ TEST_F(NativeEventTest, AnAutomaticEventReleasesOneWaiterPerSetAndAManualOneEver
     }
 }
 
-TEST_F(NativeEventTest, WhatIsNoEventFailsAtOnceWithAnError)
+TEST_F(NativeEventTest, AHandleThatIsNoEventFailsAtOnceWithAnError)
 {
     const NativeEventHandle closed = CreateNativeEvent(L"", true);
     EXPECT_TRUE(CloseNativeEvent(closed));
@@ -120,7 +120,7 @@ TEST_F(NativeEventTest, ANameMeansOneEventUntilItsLastHandleIsClosed)
     EXPECT_EQ(WaitNativeEvent(Make(true, name), 0), WAIT_TIMED_OUT); // it is a new event
 }
 
-TEST_F(NativeEventTest, AWaitForSeveralTakesTheFirstThatIsSignalled)
+TEST_F(NativeEventTest, AWaitForSeveralEventsTakesTheFirstSignalledOne)
 {
     const NativeEventHandle events[] = {Make(true), Make(false), Make(false)};
     EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_TIMED_OUT);
@@ -134,7 +134,7 @@ TEST_F(NativeEventTest, AWaitForSeveralTakesTheFirstThatIsSignalled)
     EXPECT_EQ(WaitNativeEvents(events, 3, 0), WAIT_SIGNALLED);
 }
 
-TEST_F(NativeEventTest, AWaitForSeveralIsWokenByAnyAndFailsForWhatIsNone)
+TEST_F(NativeEventTest, AWaitForSeveralEventsIsWokenByAnyAndFailsForANonEvent)
 {
     const NativeEventHandle events[] = {Make(false), Make(false)};
     for (std::uint32_t i = 0; i < 2; ++i)

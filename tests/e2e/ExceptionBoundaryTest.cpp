@@ -27,7 +27,7 @@ TEST(ExceptionBoundaryTest, AnExceptionIsCaughtByItsTypeAndItsBases)
     }
     catch (const VRExceptionEvent&)
     {
-        FAIL() << "another kind";
+        FAIL() << "The exception has the wrong type.";
     }
     catch (const VRException& e)
     {

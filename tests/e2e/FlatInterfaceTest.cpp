@@ -10,7 +10,7 @@
 #include <functional>
 #include <tuple>
 
-TEST(FlatInterfaceTest, DeletingNothingIsReportedAndDoesNothing)
+TEST(FlatInterfaceTest, DeletingANullHandleIsReportedAndDoesNothing)
 {
     AssertionRecorder assertions;
     qlt_Camera_Delete(nullptr);

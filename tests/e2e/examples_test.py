@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""The examples as a reader runs them, and as the README shows them.
+"""Runs the examples as a reader does, and compares them with the README.
 
     examples_test.py [--emulator "COMMAND"] FOLDER CASE
 
-FOLDER has the programs. CASE is one of them, or "readme".
+FOLDER contains the programs. CASE is the name of a program, or "readme".
 """
 
 import argparse
@@ -19,18 +19,19 @@ def lines_of(program, arguments):
     done = subprocess.run([*shlex.split(arguments.emulator), pathlib.Path(arguments.folder, program)],
                           capture_output=True, text=True, timeout=60, check=False,
                           stdin=subprocess.DEVNULL)
-    assert done.returncode == 0 and not done.stderr, f"{done.returncode}: {done.stderr}"
+    assert done.returncode == 0 and not done.stderr, \
+        f"the program ended with {done.returncode}: {done.stderr}"
     return done.stdout.splitlines()
 
 
 def hello_tracker(arguments):
-    """A line each tenth of a second of the simulator, which turns about x by a radian per second."""
+    """A line for each tenth of a second. The simulator turns about x by a radian per second."""
     lines = lines_of("hello_tracker", arguments)
     assert 2 <= len(lines) <= 11, lines  # a sleep of a millisecond may take longer
     for tenth, line in enumerate(lines):
         half = tenth / 20.0
         expected = f"{tenth / 10:.3f} s: {math.cos(half):.4f} {math.sin(half):.4f} 0.0000 0.0000"
-        assert line == expected, f"{line}, and not {expected}"
+        assert line == expected, f"the line is {line} instead of {expected}"
 
 
 def hello_flat(arguments):
@@ -47,7 +48,7 @@ def hello_flat(arguments):
 def readme(_):
     program = (ROOT / "examples/hello_tracker.cpp").read_text(encoding="utf-8")
     shown = (ROOT / "README.md").read_text(encoding="utf-8")
-    assert f"```cpp\n{program}```\n" in shown, "the README shows another hello_tracker.cpp"
+    assert f"```cpp\n{program}```\n" in shown, "the README must show hello_tracker.cpp unchanged"
 
 
 def main():

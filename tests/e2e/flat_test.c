@@ -1,4 +1,4 @@
-/* The flat interface as a C program meets it: every function, against the shipped library. */
+/* A C program that calls every function of the flat interface in the shipped library. */
 #include <qlt/qlt_c_api.h>
 
 #include <math.h>
@@ -56,7 +56,7 @@ static void CheckParams(void)
     CHECK(qlt_Camera_GetWidth(NULL) == 2560 && qlt_Camera_GetHeight(NULL) == 1440);
 }
 
-/* Compares a texture coordinate with the plain model's. */
+/* Compares a texture coordinate with that of the plain model. */
 static void CheckTexture(const qlt_Vec2* texture, int vertex, float u, float v)
 {
     /* The arrays are packed floats. */
@@ -129,7 +129,7 @@ int main(int argc, char** argv)
     CheckParams();
     CheckMesh();
     CheckTracker();
-    if (argc > 100) /* a camera ends the process without a headset: here it is only linked */
+    if (argc > 100) /* never true: a camera without a headset ends the process */
     {
         qlt_Camera* camera = qlt_Camera_New(0);
         qlt_Camera_Update(camera);

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""The qlt command as a user meets it: what it prints, what it writes, how it ends.
+"""Tests of the qlt command as a user sees it: its output, its files and its exit codes.
 
     qlt_test.py [--emulator "COMMAND"] --recordings FOLDER --library SDK --service FAKE --part FAKE
                 QLT [CASE...]
 
-Each case runs the real program; the emulator is what a cross-built one needs in front of it. The fake
-host service is only found by a program that it has been installed for.
+Each case runs the real program. A cross-built program needs the emulator. Only a program that is installed
+together with the fake host service finds it.
 """
 
 import argparse
@@ -31,12 +31,12 @@ LENS_EDGE_RADIUS = 0.99553567
 
 
 def lens_center(eye):
-    """How far right of the middle of the viewport it is, in half widths."""
+    """The distance of the lens centre to the right of the viewport's middle, in half widths."""
     return -0.012436205 if eye == "left" else 0.012436205
 
 
 def report(sequence, time_us):
-    """A report of a headset at rest, with some turn about y so that no axis is exactly zero."""
+    """A report of a headset at rest, with a slow turn about y so that no axis is exactly zero."""
     return struct.pack(
         "<II4h3h3h3hhIIiiiII",
         sequence, time_us, *IDENTITY, 5, -7, 3, 3000, -500, -20, 0, 0, 0, 8000,
@@ -74,15 +74,15 @@ class QltTest(unittest.TestCase):
         return done
 
     def install(self):
-        """A copy of the program and the library in a folder of their own, where the host service
-        may be put beside them."""
+        """Copies the program and the library into a folder of their own. A test may put the host
+        service beside them."""
         for file in (ARGUMENTS.qlt, ARGUMENTS.library):
             shutil.copy(file, self.folder)
         return str(self.folder / pathlib.Path(ARGUMENTS.qlt).name)
 
     def objects(self, program, folder=None):
-        """What `qlt monitor --objects` of an installed program shows, started in `folder`, which
-        is in the search path, too."""
+        """The output of `qlt monitor --objects` of an installed program. It is started in `folder`,
+        which is also in the search path."""
         folder = folder or self.folder
         environment = dict(os.environ, LD_LIBRARY_PATH=str(self.folder), WINEPATH=f"Z:{folder}",
                            PATH=f"{folder}{os.pathsep}{os.environ['PATH']}")
@@ -96,7 +96,7 @@ class QltTest(unittest.TestCase):
         pathlib.Path(self.path(name)).write_bytes(data + extra)
         return self.path(name)
 
-    def test_info_names_device_and_constants(self):
+    def test_info_prints_the_device_and_the_constants(self):
         done = self.qlt("info")
         self.assertRegex(done.stdout, r"QueltaSDK \d+\.\d+\.\d+")
         self.assertIn("Quelta Orbel Ixo", done.stdout)
@@ -108,7 +108,7 @@ class QltTest(unittest.TestCase):
             limit = os.path.exists("/sys/module/usbcore/parameters/usbfs_memory_mb")
             self.assertEqual("\nUSB memory: " in done.stdout, limit)
 
-    def test_an_unknown_option_is_not_understood(self):
+    def test_an_unknown_option_is_refused(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
                           ["optics"], ["mesh", "--eye", "top"], ["bogus", "--seconds", "1"],
                           ["replay", "--csv", "", "x"], ["record", ""]):
@@ -138,7 +138,7 @@ class QltTest(unittest.TestCase):
         self.assertEqual(os.listdir(self.folder), [])
         self.qlt("synthesize", "s.bin", "--seconds", "0.001", "--seed", "18446744073709551615")
 
-    def test_output_that_is_lost_is_an_error_but_a_reader_may_leave(self):
+    def test_lost_output_is_an_error_but_a_reader_may_leave(self):
         command = shlex.split(ARGUMENTS.emulator) + [ARGUMENTS.qlt]
         with subprocess.Popen([*command, "monitor", "--csv", self.path("m.csv")],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE) as monitor:
@@ -168,7 +168,7 @@ class QltTest(unittest.TestCase):
                                   capture_output=True, text=True, timeout=30)
             self.assertEqual((done.returncode, re.sub("USB .*\n", "", done.stderr)), (0, ""))
 
-    def test_replay_refuses_what_is_no_recording(self):
+    def test_replay_refuses_a_file_that_is_no_recording(self):
         pathlib.Path(self.path("empty.bin")).write_bytes(b"")
         pathlib.Path(self.path("short.bin")).write_bytes(b"x" * 63)
         pathlib.Path(self.path("zeros.bin")).write_bytes(bytes(6400))
@@ -192,7 +192,7 @@ class QltTest(unittest.TestCase):
                     self.assertIn(words, done.stderr)
                     self.assertNotIn("real time", done.stdout)
 
-    def test_replay_and_monitor_name_what_is_odd_about_a_recording(self):
+    def test_replay_and_monitor_report_the_faults_of_a_recording(self):
         whole = [report(1000 + i, 5000000 + 1000 * i) for i in range(500)]
         torn = b"".join(whole[:250]) + whole[250][:20] + whole[250][37:] + b"".join(whole[251:])
         late = [report(1000 + i, 5000000 + 1000 * i + (i >= 100) * 56000) for i in range(500)]
@@ -244,7 +244,7 @@ class QltTest(unittest.TestCase):
                     if code == 0 and command[0] == "replay":
                         self.assertGreater(min(map(float, length.groups())), 0.4)
 
-    def test_replay_names_a_truncated_report_and_plays_the_whole_ones(self):
+    def test_replay_reports_a_truncated_report_and_plays_the_whole_ones(self):
         path = self.recording("cut.bin", reports=70, extra=b"y" * 17)
         done = self.qlt("replay", path, code=1)
         self.assertIn("cut off after 17 of 64 bytes", done.stderr)
@@ -285,7 +285,7 @@ class QltTest(unittest.TestCase):
                     self.assertRegex(done.stderr, r"^qlt: cannot write .*: .*\n$")
         self.assertEqual(os.listdir(self.folder), [pathlib.Path(path).name])
 
-    def test_a_command_that_fails_leaves_the_older_file_as_it_was(self):
+    def test_a_failed_command_leaves_the_older_file_unchanged(self):
         old = pathlib.Path(self.path("old"))
         old.write_bytes(b"precious")
         for arguments in (["record", "old", "--seconds", "0.1"], ["camera", "--png", "old"],
@@ -313,9 +313,9 @@ class QltTest(unittest.TestCase):
         if not ARGUMENTS.emulator:
             self.assertEqual(old.stat().st_mode & 0o777, 0o600)
 
-    def test_ctrl_c_completes_what_is_written(self):
+    def test_ctrl_c_completes_the_output(self):
         if ARGUMENTS.emulator:
-            self.skipTest("Wine's programs get no signals")
+            self.skipTest("programs under Wine receive no signals")
         old = pathlib.Path(self.path("m.csv"))
         for number in (signal.SIGINT, signal.SIGTERM):
             with self.subTest(number):
@@ -378,7 +378,7 @@ class QltTest(unittest.TestCase):
             self.qlt("mesh", "--resolution", "2x2", "--csv", "fifo")
             self.assertEqual(reader.stdout.read().decode().splitlines(), lines[:10])
 
-    def test_a_truth_that_is_none_fails(self):
+    def test_a_file_that_is_no_truth_is_refused(self):
         path = self.recording("a.bin")
         pathlib.Path(self.path("bad.csv")).write_text("report,time_us\n1,2,3\n")
         done = self.qlt("replay", path, "--truth", self.path("bad.csv"), code=1)
@@ -462,7 +462,7 @@ class QltTest(unittest.TestCase):
         self.assertEqual(done.stderr, "Assertion failed: mClientThread != nullptr, "
                                       "file Sensors/Tracker, line 226\n")
 
-    def test_mesh_writes_what_other_programs_read(self):
+    def test_mesh_writes_files_that_other_programs_read(self):
         faces = {}
         for mode, options in (("list", []), ("strip", ["--strip"])):
             done = self.qlt("mesh", "--eye", "right", "--resolution", "7x5", *options, "--obj",
@@ -481,7 +481,7 @@ class QltTest(unittest.TestCase):
         # Around the middle the blue picture is larger than the red one.
         self.assertLess(float(rows[1 + 8 * 2 + 3][8]), float(rows[1 + 8 * 2 + 3][4]))
 
-    def test_the_pictures_in_the_documents_are_what_the_command_draws(self):
+    def test_the_command_draws_the_pictures_in_the_documents(self):
         documents = pathlib.Path(__file__).resolve().parents[2] / "docs"
         for command, legend in (("mesh", "grey: outside of the lens"),
                                 ("optics", "line = fitted, circle = measured")):
@@ -564,7 +564,7 @@ class QltTest(unittest.TestCase):
                         self.path("v.png"))
         self.assertIn(f" yaw {yaw:.1f} pitch ", done.stdout)
 
-    def test_view_says_in_a_sentence_what_is_missing(self):
+    def test_view_reports_a_missing_part_with_a_sentence(self):
         missing = self.path("missing.bin")
         for words, arguments in (
                 ("cannot read " + missing, ["--source", missing]),
@@ -576,7 +576,7 @@ class QltTest(unittest.TestCase):
                 self.assertIn(words, done.stderr)
                 self.assertEqual(len(done.stderr.splitlines()), 1)
 
-    def test_view_opens_a_window_where_there_is_a_display(self):
+    def test_view_opens_a_window_on_a_display(self):
         if ARGUMENTS.emulator:
             self.qlt("view", "--seconds", "0.5")
             return
@@ -592,10 +592,10 @@ class QltTest(unittest.TestCase):
         self.assertIn("no headset is connected", self.qlt("camera", code=1).stderr)
         self.assertEqual(os.listdir(self.folder), [])
 
-    def test_real_recordings_meet_their_truth(self):
+    def test_real_recordings_replay_close_to_their_truth(self):
         folder = pathlib.Path(ARGUMENTS.recordings)
         if not folder.is_dir():
-            self.skipTest(f"no recordings in {folder}")
+            self.skipTest(f"there are no recordings in {folder}")
         for path in sorted(folder.glob("*.bin")):
             with self.subTest(path.name):
                 done = self.qlt("replay", str(path))

@@ -86,7 +86,7 @@ protected:
 
 } // namespace
 
-TEST_F(UsbHostTest, WithoutADeviceThereIsNothingAndNoProblem)
+TEST_F(UsbHostTest, WithoutADeviceNothingIsOpenedAndThereIsNoProblem)
 {
     EXPECT_EQ(host.CountDevices(), 0u);
     EXPECT_EQ(host.OpenFirst(), nullptr);
@@ -95,7 +95,7 @@ TEST_F(UsbHostTest, WithoutADeviceThereIsNothingAndNoProblem)
     EXPECT_NE(host.Name(), "");
 }
 
-TEST_F(UsbHostTest, DevicesAreCountedAndTellTheirEndPoints)
+TEST_F(UsbHostTest, DevicesAreCountedAndListTheirEndPoints)
 {
     bus->Plug();
     bus->Plug();
@@ -114,7 +114,7 @@ TEST_F(UsbHostTest, DevicesAreCountedAndTellTheirEndPoints)
 }
 
 // The headset may be open twice, for a tracker and a camera. The test uses one of the two devices.
-TEST_F(UsbHostTest, AReadWaitsAndGivesWhatCameAndWhetherItFailed)
+TEST_F(UsbHostTest, AReadWaitsAndGivesItsBytesAndItsSuccess)
 {
     Open();
     device = host.OpenFirst();
@@ -148,7 +148,8 @@ TEST_F(UsbHostTest, AReadGivesUpAfterTenSeconds)
     EXPECT_EQ(bus->Pending(REPORTS), 0u);
     bus->Push(REPORTS, Report());
     length = 64;
-    EXPECT_TRUE(device->EndPoint(1).TransferData(report.data(), length)) << "afterwards";
+    EXPECT_TRUE(device->EndPoint(1).TransferData(report.data(), length))
+        << "A read after the failed one must succeed.";
 }
 
 TEST_F(UsbHostTest, TenWholeFramesArriveInTheirOrder)
@@ -163,7 +164,7 @@ TEST_F(UsbHostTest, TenWholeFramesArriveInTheirOrder)
         EXPECT_TRUE(frames[i].IsSignalled(LONG_MS));
         qlt::SetNativeEvent(frames[i].event);
         EXPECT_EQ(frames[i].End(), std::to_string(i));
-        EXPECT_FALSE(frames[i].IsSignalled(0)) << "taken by its wait";
+        EXPECT_FALSE(frames[i].IsSignalled(0)) << "The wait must take the signal.";
     }
     // These bytes arrived before the read began. Finish needs no wait before it.
     bus->Push(FRAMES, Bytes(512, 5));
@@ -173,7 +174,7 @@ TEST_F(UsbHostTest, TenWholeFramesArriveInTheirOrder)
     EXPECT_EQ(length, 512u);
 }
 
-TEST_F(UsbHostTest, AbortedTransfersHaveFailedAndDestroyedOnesAreGoneAndNewOnesBegin)
+TEST_F(UsbHostTest, AbortedTransfersFailAndDestroyedOnesEndAndNewOnesBegin)
 {
     Open();
     Begin();
@@ -181,7 +182,7 @@ TEST_F(UsbHostTest, AbortedTransfersHaveFailedAndDestroyedOnesAreGoneAndNewOnesB
     EXPECT_EQ(bus->Pending(FRAMES), 0u);
     for (const Frame& frame : frames)
     {
-        EXPECT_TRUE(frame.transfer->Wait(0)) << "it has ended";
+        EXPECT_TRUE(frame.transfer->Wait(0)) << "The transfer must have ended.";
         EXPECT_EQ(frame.End(), "failed");
     }
     Begin();
@@ -196,7 +197,7 @@ TEST_F(UsbHostTest, AbortedTransfersHaveFailedAndDestroyedOnesAreGoneAndNewOnesB
     EXPECT_EQ(bus->Pending(FRAMES), 0u);
 }
 
-TEST_F(UsbHostTest, UnpluggingFailsWhatIsInFlightAndWhatComesLater)
+TEST_F(UsbHostTest, UnpluggingFailsTheReadsInFlightAndLaterReads)
 {
     Open();
     Begin();
@@ -209,7 +210,7 @@ TEST_F(UsbHostTest, UnpluggingFailsWhatIsInFlightAndWhatComesLater)
     EXPECT_EQ(host.OpenFirst(), nullptr);
 }
 
-TEST_F(UsbHostTest, ClosingOneOfTwoLeavesTheOthersReadsAlone)
+TEST_F(UsbHostTest, ClosingOneOfTwoDevicesKeepsTheReadsOfTheOther)
 {
     Open();
     const Frame frame(EndPoint());
@@ -222,7 +223,7 @@ TEST_F(UsbHostTest, ClosingOneOfTwoLeavesTheOthersReadsAlone)
 }
 
 // The connection watcher looks for the headset once more while the program ends.
-TEST_F(UsbHostDeathTest, AProgramEndsWhoseTrackerNobodyHasStopped)
+TEST_F(UsbHostDeathTest, AProgramEndsEvenIfNobodyHasStoppedItsTracker)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const std::pair<bool, bool> rows[] = {{true, false}, {true, true}, {false, false}};
@@ -259,7 +260,7 @@ TEST_F(UsbHostHmdTest, TheHeadsetIsFoundAndItsReportsReachTheListenerAndItIsFoun
         const auto start = steady_clock::now();
         bus->Plug();
         ExpectReports(1);
-        EXPECT_LT(SecondsSince(start), 3.0) << "it looks once a second";
+        EXPECT_LT(SecondsSince(start), 3.0) << "The tracker looks for the headset once a second.";
         ExpectReports(200); // the reports come without a pause
         bus->Unplug();
         Until([this] { return !hmd->IsConnected(); });
@@ -290,7 +291,7 @@ TEST_F(UsbHostHmdTest, ShortAndFailedReportsDisconnectAndForeignDevicesAreNotRea
 TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
 {
     const unsigned seed = std::random_device()();
-    std::cout << "seed " << seed << std::endl;
+    std::cout << "The seed is " << seed << std::endl;
     std::mt19937 random(seed);
     const auto wait = [&random]
     { std::this_thread::sleep_for(std::chrono::microseconds(random() % 1000)); };
@@ -329,7 +330,7 @@ TEST_F(UsbHostHmdTest, FiftyUnpluggingsAtAnyMomentLeaveNothingBehind)
         device.reset();
         Until([this] { return !hmd->IsConnected(); });
     }
-    EXPECT_GT(log.Count(), 0u) << "the tracker has read";
+    EXPECT_GT(log.Count(), 0u) << "The tracker must have read reports.";
     // The emulator closes its own descriptors a little later, and a thread also ends a little
     // later.
     const auto isAsBefore = [=]

@@ -1,4 +1,4 @@
-// Tests with the fake host service, which the real loader finds beside their program.
+// A fixture with the fake host service, which the real loader finds beside the test program.
 #pragma once
 
 #include <qlt/Runtime/VRException.h>
@@ -40,11 +40,11 @@ protected:
         EXPECT_EQ(script.Mistakes(), 0u);
     }
 
-    /// Waits until `condition` holds; false after a long time.
+    /// Waits until `condition` holds. False when it takes too long.
     template <typename Condition>
     static bool Eventually(const Condition& condition)
     {
-        // By the clock: some systems return at once from a sleep as short as this.
+        // Use the clock, because some systems return at once from such a short sleep.
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         while (!condition() && std::chrono::steady_clock::now() < end)
         {
@@ -55,7 +55,7 @@ protected:
 
     void Notify(const News& n, bool quiet = false) { script.Notify(n.first, n.second, quiet); }
 
-    /// Notifies of each, and waits until it has been read and given back.
+    /// Sends each notification, and waits until it has been read and given back.
     void Tell(const std::vector<News>& all)
     {
         for (const News& news : all)
@@ -77,8 +77,8 @@ protected:
         ASSERT_TRUE(HasConnections(5));
     }
 
-    /// The calls whose names hold one of the `parts`, "_start|_stop", in their order, each with a
-    /// space.
+    /// The calls whose names contain one of the `parts`, such as "_start|_stop", in their order. A
+    /// space follows each name.
     std::string Calls(const std::string& parts)
     {
         std::string all;
@@ -94,7 +94,7 @@ protected:
         return matching;
     }
 
-    /// How `call` fails: the status and the text of its exception.
+    /// The status and the text of the exception that `call` throws.
     template <typename Call>
     static std::string FailureOf(const Call& call)
     {

@@ -1,4 +1,4 @@
-// A headset tracker on a scripted USB host.
+// A headset tracker with a scripted USB host.
 #pragma once
 
 #include <qlt/Sensors/Hmd.h>
@@ -14,7 +14,7 @@
 /// It also captures what the library prints.
 struct ScriptedHeadset
 {
-    /// The tracker has looked for the device once.
+    /// Returns when the tracker has looked for the device once.
     explicit ScriptedHeadset(const ScriptedDevice& device = {})
     {
         testing::internal::CaptureStdout();
@@ -31,7 +31,7 @@ struct ScriptedHeadset
         hmd->Start();
     }
 
-    /// All its events are over when this returns.
+    /// Sends a report. All of its events have been raised when this returns.
     void Deliver(const ScriptedUsbHost::Report& report)
     {
         host.QueueRead(report);

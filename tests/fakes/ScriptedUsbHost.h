@@ -1,5 +1,5 @@
-// A USB host of which the test is the hardware: what every read gives, a tracker's reports and a
-// camera's frames alike, in the order in which the reads are waited for.
+// A USB host whose hardware is the test. The test queues the result of every read, for a tracker's
+// reports and a camera's frames. Reads get the results in the order in which they are waited for.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
@@ -26,7 +26,7 @@ public:
     using Bytes = std::vector<std::uint8_t>;
     using Report = std::array<std::uint8_t, 64>;
 
-    /// What one read gives: the bytes, or what fails of it.
+    /// The result of one read: the bytes, or the part that fails.
     struct Read
     {
         Bytes bytes;
@@ -39,7 +39,7 @@ public:
     {
     }
 
-    /// A frame with a valid header whose second word is `number`, and an image that tells it, too.
+    /// A frame with a valid header whose second word is `number`. The image shows the number, too.
     static Bytes Frame(std::size_t size, std::uint32_t number)
     {
         Bytes bytes(size, static_cast<std::uint8_t>(number));
@@ -49,7 +49,7 @@ public:
         return bytes;
     }
 
-    /// From now on this device is there, and no other.
+    /// From now on this is the only device.
     void Plug(const ScriptedDevice& device)
     {
         const std::lock_guard<std::mutex> lock(mMutex);
@@ -71,7 +71,7 @@ public:
         mChanged.notify_all();
     }
 
-    /// A report, or its first `length` bytes.
+    /// Queues a report, or its first `length` bytes.
     void QueueRead(const Report& report, std::uint32_t length = 64, bool succeeds = true)
     {
         Queue({{{report.begin(), report.begin() + length}, true, succeeds}});
@@ -103,7 +103,8 @@ public:
     std::atomic<int> inFlight{0}; // transfers begun and not finished
     std::atomic<int> aborts{0};
     std::atomic<std::uint32_t> lastWaitMs{0}; // the time limit of the last wait
-    std::vector<std::uint32_t> transferSizes; // the stream's, until it has been stopped
+    // The event of the stream, valid until the stream is stopped.
+    std::vector<std::uint32_t> transferSizes;
 
 private:
     struct Transfer final : qlt::UsbTransfer
@@ -204,7 +205,7 @@ private:
         return read;
     }
 
-    std::mutex mMutex; // guards what follows
+    std::mutex mMutex; // guards the members below
     std::condition_variable mChanged;
     std::vector<ScriptedDevice> mDevices;
     std::deque<Read> mReads;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Captures on disks that are slow or full, and in the hands of another library.
+"""Tests of captures on slow and full disks, and with another library.
 
     capture_test.py --probe PROBE [--emulator EMULATOR] --folder FOLDER CASE
 
@@ -20,7 +20,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 
 
 def skip(why):
-    print("skipped:", why)
+    print("The case is skipped:", why)
     sys.exit(SKIPPED)
 
 
@@ -62,7 +62,7 @@ class Cases:
         assert "problem" not in dict(items)
         pipe.unlink()
 
-    def case_a_pipe_that_nobody_reads_any_more_ends_the_capture_and_not_the_program(self):
+    def case_a_pipe_without_a_reader_ends_the_capture_and_not_the_program(self):
         pipe = self.folder / "closed.mcap"
         pipe.unlink(missing_ok=True)
         os.mkfifo(pipe)
@@ -74,7 +74,7 @@ class Cases:
         assert writer.returncode == 3 and "Broken pipe" in told, told
         pipe.unlink()
 
-    def case_a_full_disk_is_said_counted_and_survived(self):
+    def case_a_full_disk_is_reported_counted_and_survived(self):
         import resource
         import signal
         for limit_is_lifted in (False, True):
@@ -112,7 +112,7 @@ class Cases:
                 assert result["dropped"] > 0 and result["written"] <= reports < 30000
                 assert "cut off" in dict(items)["problem"]
 
-    def case_another_library_reads_it_and_writes_what_is_read(self):
+    def case_another_library_reads_our_captures_and_we_read_its_captures(self):
         node, npm = shutil.which("node"), shutil.which("npm")
         if node is None or npm is None:
             skip("there is no node or no npm on this machine")

@@ -42,7 +42,7 @@ TEST(HeadsetSearchTest, TheHeadsetIsADeviceWithItsIdentifiersAndTheEndPoint)
     }
 }
 
-TEST(HeadsetSearchTest, TheKernelsMemoryForTransfersIsToldInFramesOfTheCamera)
+TEST(HeadsetSearchTest, TheKernelsTransferMemoryIsGivenInCameraFrames)
 {
     const std::string advice = "; for all of them: echo 64 | sudo tee "
                                "/sys/module/usbcore/parameters/usbfs_memory_mb";

@@ -58,7 +58,7 @@ std::string Read(ScriptedUsbHost& host, ReportRecorder& recorder, std::uint32_t 
 
 } // namespace
 
-TEST(ReportRecorderTest, WritesEveryReportAsItComes)
+TEST(ReportRecorderTest, WritesEveryReportWhenItArrives)
 {
     const Folder folder;
     const fs::path path = folder.path / "r.bin";
@@ -79,11 +79,11 @@ TEST(ReportRecorderTest, WritesEveryReportAsItComes)
     EXPECT_EQ(folder.Contents(), all);
 }
 
-TEST(ReportRecorderTest, SaysThatTheDiskIsFullAndReadsOn)
+TEST(ReportRecorderTest, ReportsAFullDiskAndContinuesToRead)
 {
     if (!std::filesystem::exists("/dev/full"))
     {
-        GTEST_SKIP() << "there is no full disk here";
+        GTEST_SKIP() << "This system has no /dev/full.";
     }
     ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
     ReportRecorder recorder(host, "/dev/full");

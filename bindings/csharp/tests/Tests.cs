@@ -36,10 +36,10 @@ internal static class Tests
         {
             EveryFunctionOfTheHeaderIsDeclaredAndExists(File.ReadAllText(arguments[0]));
             TheSimulatorTurnsAboutX();
-            TheArraysOfTwoMeshes();
+            AMeshHasTheArraysOfThePlainLens();
             ACameraNeedsAHeadset();
-            TheConstants();
-            WhatIsDisposedOfIsNotUsed();
+            TheConstantsAreThoseOfTheLibrary();
+            ADisposedObjectIsNotUsed();
             TheSampleTurnsItsCamera();
             Refused(8 * IntPtr.Size + "-bit program",
                     () => Library.Guard<int>(() => throw new BadImageFormatException()));
@@ -51,7 +51,7 @@ internal static class Tests
     {
         if (!condition)
         {
-            Console.Error.WriteLine("not so: " + what);
+            Console.Error.WriteLine("failed: " + what);
             sFailures++;
         }
     }
@@ -61,7 +61,7 @@ internal static class Tests
         try
         {
             use();
-            Expect(false, "refused: " + words);
+            Expect(false, "a use is refused with: " + words);
         }
         catch (QueltaException exception)
         {
@@ -71,7 +71,8 @@ internal static class Tests
 
     private static void ExpectSentence(string words, string message)
     {
-        Expect(message.Contains(words) && Regex.IsMatch(message, @"\A[^\n]+\.\z"), words + " in: " + message);
+        Expect(message.Contains(words) && Regex.IsMatch(message, @"\A[^\n]+\.\z"),
+               "the message is one sentence with \"" + words + "\": " + message);
     }
 
     private static void EveryFunctionOfTheHeaderIsDeclaredAndExists(string header)
@@ -79,12 +80,12 @@ internal static class Tests
         string[] names = Regex.Matches(header, @"\bqlt_\w+(?=\()").Cast<Match>().Select(m => m.Value).ToArray();
         MethodInfo[] functions = typeof(Native).GetMethods(ANY).Where(
             m => m.IsDefined(typeof(DllImportAttribute), false)).ToArray();
-        Expect(names.Length == 57, "57 functions");
+        Expect(names.Length == 57, "the header has 57 functions");
         Expect(functions.Select(m => m.Name).OrderBy(n => n).SequenceEqual(names.OrderBy(n => n)),
                "the functions of the header are declared");
         foreach (MethodInfo function in functions)
         {
-            Marshal.Prelink(function); // throws if there is none
+            Marshal.Prelink(function); // throws when the library has no such function
         }
     }
 
@@ -92,7 +93,7 @@ internal static class Tests
     {
         using (Tracker tracker = Tracker.Simulator())
         {
-            Expect(tracker.IsConnected && !tracker.IsTracking, "a simulator is there and rests");
+            Expect(tracker.IsConnected && !tracker.IsTracking, "a new simulator is connected and not started");
             Expect(tracker.Start() && tracker.IsTracking, "it starts");
             while (tracker.Orientation.X == 0)
             {
@@ -127,14 +128,15 @@ internal static class Tests
             headset.Start();
             WaitUntil(() => headset.Position.X != 0 && Math.Abs(headset.Orientation.Y) > 0.2);
             Expect(Is(headset.Position, 0.5f, 1.5f, -2), "the head's position is that of object 0");
-            Expect(Is(headset.ObjectPosition(1), 0.25f, 0.75f, -1), "the position of object 1");
-            Expect(headset.ObjectOrientation(1).Equals(new Quelta.Quaternion(0, 1, 0, 0)), "its orientation");
+            Expect(Is(headset.ObjectPosition(1), 0.25f, 0.75f, -1), "object 1 has its position");
+            Expect(headset.ObjectOrientation(1).Equals(new Quelta.Quaternion(0, 1, 0, 0)),
+                   "object 1 has its orientation");
             headset.Stop();
             Quelta.Quaternion turned = headset.Orientation;
             Expect(Math.Abs(turned.X) < 0.1 && Math.Abs(turned.Z) < 0.1, "the headset turns about y");
             Expect(headset.PredictedOrientation(0.01f).Equals(turned), "it predicts the last orientation");
             headset.ResetYawOrigin();
-            Expect(Math.Abs(headset.Orientation.Y) < 0.01, "the direction of now has yaw 0");
+            Expect(Math.Abs(headset.Orientation.Y) < 0.01, "the current heading becomes yaw 0");
             using (var camera = new Camera(headset, 7))
             {
                 camera.Update();
@@ -148,20 +150,23 @@ internal static class Tests
     private static bool Near(Vec2 at, double u, double v) => Math.Abs(at.X - u) < 1e-6 && Math.Abs(at.Y - v) < 1e-6;
 
     /// The two meshes differ in every argument. The numbers come from the plain model of the lens.
-    private static void TheArraysOfTwoMeshes()
+    private static void AMeshHasTheArraysOfThePlainLens()
     {
         using (var mesh = new Mesh(2, 3))
         {
-            Expect(mesh.Indices.Length == 36 && mesh.Indices.Take(3).SequenceEqual(new[] { 0, 3, 1 }), "a list");
-            Expect(mesh.Positions.Length == 12 && Is(mesh.Positions[1], 0, -1, -1.1f), "positions");
-            Expect(Near(mesh.TextureR[4], 0.5034533, 0.4074407), "red of the left eye");
-            Expect(Near(mesh.TextureG[4], 0.5034828, 0.4066490), "green of the left eye");
-            Expect(Near(mesh.TextureB[4], 0.5035208, 0.4056293), "blue of the left eye");
+            Expect(mesh.Indices.Length == 36 && mesh.Indices.Take(3).SequenceEqual(new[] { 0, 3, 1 }),
+                   "the mesh is a triangle list");
+            Expect(mesh.Positions.Length == 12 && Is(mesh.Positions[1], 0, -1, -1.1f),
+                   "the positions are right");
+            Expect(Near(mesh.TextureR[4], 0.5034533, 0.4074407), "red of the left eye is right");
+            Expect(Near(mesh.TextureG[4], 0.5034828, 0.4066490), "green of the left eye is right");
+            Expect(Near(mesh.TextureB[4], 0.5035208, 0.4056293), "blue of the left eye is right");
         }
         using (var strip = new Mesh(4, 2, false, false))
         {
-            Expect(strip.Indices.Length == 22 && strip.Indices[1] == 5 && strip.Positions.Length == 15, "a strip");
-            Expect(Near(strip.TextureR[6], 0.3517364, 0.5), "red of the right eye");
+            Expect(strip.Indices.Length == 22 && strip.Indices[1] == 5 && strip.Positions.Length == 15,
+                   "the mesh is a strip");
+            Expect(Near(strip.TextureR[6], 0.3517364, 0.5), "red of the right eye is right");
         }
         Refused("0 x 5", () => new Mesh(0, 5));
         Refused("too many", () => new Mesh(18919, 18919));
@@ -176,18 +181,18 @@ internal static class Tests
             Refused("none is connected", () => new Camera(simulator));
             Refused("none is connected", () => new Camera(headset));
         }
-        Expect(Camera.Width == 2560 && Camera.Height == 1440, "the size of the camera's image");
+        Expect(Camera.Width == 2560 && Camera.Height == 1440, "the camera's image has its size");
     }
 
-    private static void TheConstants()
+    private static void TheConstantsAreThoseOfTheLibrary()
     {
         Expect(Params.EyeResolution == 1024 && Params.EyeDistort && Params.EyeFovDeg == 126.5f &&
-               Params.EyeStretch == 3, "the constants of an eye");
+               Params.EyeStretch == 3, "the constants of an eye are right");
         Expect(Params.UserIpdM == 0.0625f && Params.UserNeckEyeHM == 0.0805f && Params.UserNeckEyeVM == 0.075f,
-               "the constants of the user");
+               "the constants of the user are right");
     }
 
-    private static void WhatIsDisposedOfIsNotUsed()
+    private static void ADisposedObjectIsNotUsed()
     {
         Tracker tracker = Tracker.Simulator();
         tracker.Start();
@@ -196,7 +201,7 @@ internal static class Tests
         try
         {
             tracker.Start();
-            Expect(false, "a tracker that is disposed of does not start");
+            Expect(false, "a disposed tracker does not start");
         }
         catch (ObjectDisposedException)
         {
@@ -217,10 +222,11 @@ internal static class Tests
             Send(camera, "LateUpdate");
         }
         UnityEngine.Quaternion q = camera.transform.localRotation;
-        Expect(q.x > 0 && q.w < 0 && Math.Abs(q.x * q.x + q.w * q.w - 1) < 1e-5, "the camera's turn about x");
+        Expect(q.x > 0 && q.w < 0 && Math.Abs(q.x * q.x + q.w * q.w - 1) < 1e-5,
+               "the sample turns its camera about x");
         Send(camera, "OnDisable");
         Send(camera, "OnDisable");
-        Expect(camera.enabled && UnityEngine.Debug.error == null, "the sample says nothing");
+        Expect(camera.enabled && UnityEngine.Debug.error == null, "the sample reports no error");
     }
 
     private static void SampleSays(string words)

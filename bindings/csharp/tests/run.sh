@@ -1,13 +1,13 @@
 #!/bin/bash
-# run.sh SDK OTHER SCRIPTED FOLDER: compiles the package, its sample and Tests.cs into FOLDER, and runs them
-# with the library SDK, without a library, with a file that is none, with the library OTHER in its place,
-# and with SCRIPTED, which has a headset and finds the host service OTHER beside it.
+# run.sh SDK OTHER SCRIPTED FOLDER compiles the package, its sample and Tests.cs into FOLDER. It runs the
+# tests with the library SDK, without a library, with a file that is no library, with the wrong library
+# OTHER, and with SCRIPTED. SCRIPTED has a headset and finds the host service OTHER beside it.
 set -euo pipefail
 
 package=$(cd "$(dirname "$0")/.." && pwd)
 sdk=$1 other=$2 scripted=$3 folder=$4
 
-# tests LIBRARY ARGUMENT...: with LIBRARY as the one that there is.
+# tests LIBRARY ARGUMENT... runs the tests with LIBRARY as the installed library.
 tests()
 {
     local place=$folder/library
@@ -19,7 +19,7 @@ tests()
 }
 
 mkdir -p "$folder"
-# 7.2 is not more than Unity 2019 understands.
+# Unity 2019 understands C# 7.2 and nothing newer.
 mcs -nologo -langversion:7.2 -warn:4 -warnaserror+ "-out:$folder/Tests.exe" "$package"/Runtime/*.cs \
     "$package"/Samples~/*/*.cs "$package"/tests/*.cs
 tests "$sdk" "$package/../../include/qlt/qlt_c_api.h"

@@ -1,5 +1,5 @@
-"""The module with the shipped library, which QUELTA_SDK names, and with one that has a scripted headset
-and a host service, QUELTA_SCRIPTED. QUELTA_OTHER names a library that is another one."""
+"""Tests of the module. QUELTA_SDK names the shipped library. QUELTA_SCRIPTED names a library with a
+scripted headset and a host service. QUELTA_OTHER names a wrong library."""
 
 import gc
 import os
@@ -45,7 +45,7 @@ def simulator():
 
 
 def refusal(call, *arguments):
-    """The sentence of the error, which is one and has no history of other errors."""
+    """The text of the error. It must be one sentence, and no other error may be attached to it."""
     with pytest.raises(quelta.QueltaError) as caught:
         call(*arguments)
     assert caught.value.__suppress_context__ or caught.value.__context__ is None
@@ -79,7 +79,7 @@ def test_objects_that_are_not_there_are_at_rest(simulator):
         assert simulator.object_position(index) == quelta.Vec3(0.0, 0.0, 0.0)
 
 
-def test_the_axes_of_unity():
+def test_a_quaternion_converts_to_the_axes_of_unity():
     assert quelta.Quaternion(0.5, 1.0, 2.0, 3.0).to_unity() == (-0.5, 1.0, 2.0, -3.0)
 
 
@@ -107,7 +107,7 @@ def test_the_headset_turns_about_y_and_sees_objects_and_films(scripted):
     ((2, 3, True, True), 12, [0, 3, 1], (0.0, -1 / 3, 0.0),
      [(0.5034533, 0.4074407), (0.5034828, 0.4066490), (0.5035208, 0.4056293)]),
     ((4, 2, False, False), 15, [0, 5, 1], (1.0, -1.0, -1.1), [(1.0, 0.0)] * 3)])
-def test_a_mesh_has_its_arrays(mesh, vertices, indices, position, textures):
+def test_a_mesh_has_the_arrays_of_the_plain_lens(mesh, vertices, indices, position, textures):
     with quelta.Mesh(*mesh) as made:
         assert made.indices.tolist()[:3] == indices
         assert made.positions.shape == (vertices, 3)
@@ -126,13 +126,13 @@ def test_the_arrays_of_a_mesh_outlive_it():
     assert positions.tolist() == before and len(others) == 4
 
 
-def test_a_mesh_has_cells():
+def test_a_mesh_with_too_few_or_too_many_cells_is_refused():
     assert "0 x 5" in refusal(quelta.Mesh, 0, 5)
     assert "too many" in refusal(quelta.Mesh, 18919, 18919)
     assert "too many" in refusal(quelta.Mesh, 2**29, 2, True, False)
 
 
-def test_what_is_closed_is_not_used():
+def test_a_closed_object_is_not_used():
     tracker, mesh = quelta.Tracker.simulator(), quelta.Mesh(1, 1)
     tracker.start()
     for owner in (tracker, mesh):
@@ -149,13 +149,13 @@ def test_a_camera_needs_a_headset(simulator):
     assert quelta.Camera.size() == (2560, 1440)
 
 
-def test_the_constants():
+def test_the_constants_are_those_of_the_library():
     assert quelta.params()._asdict() == pytest.approx({
         "eye_fov_deg": 126.5, "eye_resolution": 1024, "eye_stretch": 3.0, "eye_distort": True,
         "user_ipd_m": 0.0625, "user_neck_eye_h_m": 0.0805, "user_neck_eye_v_m": 0.075})
 
 
-def test_a_library_that_is_missing_or_of_the_wrong_kind(unloaded, tmp_path):
+def test_a_missing_or_wrong_library_is_refused_with_a_sentence(unloaded, tmp_path):
     missing, text = tmp_path / "none.so", tmp_path / quelta._FILE
     text.write_text("no library\n")
     assert f"no file {missing}" in refusal(quelta.load, missing)
@@ -166,7 +166,7 @@ def test_a_library_that_is_missing_or_of_the_wrong_kind(unloaded, tmp_path):
         assert words in refusal(quelta.Tracker.simulator)
     unloaded.delenv("QUELTA_SDK")
     unloaded.setattr(quelta, "__file__", str(tmp_path / "__init__.py"))
-    assert str(text) in refusal(quelta.load)  # beside the module
+    assert str(text) in refusal(quelta.load)  # the file lies beside the module
     unloaded.setattr(quelta, "_FILE", "libQueltaNowhere.so")
     assert "by the variable QUELTA_SDK" in refusal(quelta.load)
 

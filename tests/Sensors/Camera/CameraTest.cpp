@@ -181,7 +181,8 @@ TEST_F(CameraTest, AThousandFramesAreWholeAndInOrder) // sanitizers are slow
     {
         camera->Update();
         const Bytes pixels = ReadBack(static_cast<unsigned int>(camera->GetTextureId()));
-        ASSERT_EQ(std::memcmp(pixels.data(), pixels.data() + 1, IMAGE - 1), 0) << "after " << last;
+        ASSERT_EQ(std::memcmp(pixels.data(), pixels.data() + 1, IMAGE - 1), 0)
+            << "The last whole frame was " << last;
         const std::uint32_t step = (pixels[0] - last) & 0xFF;
         ASSERT_GT(step, 0u);
         last += step;

@@ -10,7 +10,7 @@
 #include <new>
 #include <tuple>
 
-TEST(AllocationTest, AReportIsDeliveredWithoutAny)
+TEST(AllocationTest, AReportIsDeliveredWithoutAnAllocation)
 {
     ScriptedHeadset headset;
     std::vector<long> counts; // the count so far, for every report
@@ -30,7 +30,7 @@ TEST(AllocationTest, AReportIsDeliveredWithoutAny)
 
 // An int can count the vertices of the first two meshes but not their indices. For the others it
 // can count neither.
-TEST(AllocationTest, AMeshThatIsTooLargeTakesNone)
+TEST(AllocationTest, AMeshThatIsTooLargeAllocatesNothing)
 {
     for (const auto& [resX, resY, list] : {std::tuple(18919, 18919, true),
                                            {1 << 29, 2, false},

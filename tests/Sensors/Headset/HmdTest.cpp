@@ -38,7 +38,7 @@ std::vector<std::size_t> ResetsAt(const std::vector<std::uint32_t>& sequences)
 
 } // namespace
 
-TEST(HmdTest, OnlyTheHeadsetIsKeptOpenAndSoughtOnceASecond)
+TEST(HmdTest, TheHeadsetIsSoughtOnceASecondAndOtherDevicesAreClosed)
 {
     const ScriptedDevice others[] = {
         {0x04B5, 0x00F1, {0, 3}}, {0x04B4, 0x00F2, {0, 3}}, {0x04B4, 0x00F1, {0}},
@@ -59,7 +59,7 @@ TEST(HmdTest, OnlyTheHeadsetIsKeptOpenAndSoughtOnceASecond)
     headset.Start(headset.log);
     // The first interrupt endpoint after the control endpoint.
     EXPECT_EQ(headset.host.WaitForIdle(), 2);
-    headset.End();                            // a wrong length closes the device
+    headset.End(); // a wrong length closes the device
     EXPECT_EQ(headset.out + headset.err, CAME_AND_WENT + BROKEN_OFF);
 }
 
@@ -83,7 +83,7 @@ TEST(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
     EXPECT_TRUE(assertions.Take().empty());
 }
 
-TEST(HmdTest, EveryOtherLengthOfAReadIsReportedAndDisconnects)
+TEST(HmdTest, AReadOfAWrongLengthIsReportedAndDisconnects)
 {
     ScriptedHeadset headset;
     headset.Start(headset.log);

@@ -47,7 +47,7 @@ TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
 // The counts are z, w, x, y. With w alone the device lies on its back, which is a quarter turn
 // about x. The other rows are calculated by hand: q1 = (w, -y, x, z), then the quarter turn from
 // the left, then z reversed.
-TEST(SensorReportTest, QuaternionIsRemappedWhateverItsLength)
+TEST(SensorReportTest, TheQuaternionIsRemappedForEveryLength)
 {
     AssertionRecorder assertions;
     const float h = std::sqrt(0.5f);

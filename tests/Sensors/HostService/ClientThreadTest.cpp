@@ -32,7 +32,7 @@ using ClientThreadDeathTest = ClientThreadTest;
 
 } // namespace
 
-TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEndStartedOrNot)
+TEST_F(ClientThreadTest, ConnectsWhenTheServiceAnnouncesAndDropsEverythingAtTheEnd)
 {
     {
         const qlt::ClientThread neverStarted(scene);
@@ -56,7 +56,7 @@ TEST_F(ClientThreadTest, ConnectsAsTheServiceAnnouncesAndDropsAtTheEndStartedOrN
 
 // Each row says which connections are dropped, in which order, and how many stay. All of them come
 // back when they are announced again.
-TEST_F(ClientThreadTest, EveryWithdrawalDropsWhatHangsOnIt)
+TEST_F(ClientThreadTest, EveryWithdrawalDropsTheConnectionsThatDependOnIt)
 {
     const std::tuple<News, std::size_t, std::string> rows[] = {
         {SCENE_WITHDRAWN, 3, "DeviceCamera_destroy DeviceScene_destroy "},
@@ -89,7 +89,7 @@ TEST_F(ClientThreadTest, IgnoresASecondAnnouncementAWithdrawalOfNothingAndUnknow
                                            SCENE_WITHDRAWN};
     for (const HostSource source : {HostSource::MANAGER, HostSource::CLIENT, HostSource::DEVICE})
     {
-        // Each source has its own numbers: those of the others mean nothing to it.
+        // Each source has its own numbers and ignores those of the others.
         for (std::uint32_t type = 0; type < 16; ++type)
         {
             const News news(source, type);
@@ -106,7 +106,7 @@ TEST_F(ClientThreadTest, IgnoresASecondAnnouncementAWithdrawalOfNothingAndUnknow
 }
 
 // One signal may stand for several notifications; the later ones must not wait for the next signal.
-TEST_F(ClientThreadTest, OneWakeningReadsAllThatIsPending)
+TEST_F(ClientThreadTest, OneSignalReadsEveryPendingNotification)
 {
     Start();
     Tell({CLIENT_AVAILABLE, DEVICE_AVAILABLE});
@@ -131,7 +131,7 @@ TEST_F(ClientThreadTest, ASceneLivesAsLongAsItIsRead)
     auto descriptor = held->GetCurrentDescriptor();
     ASSERT_TRUE(descriptor.has_value());
     Notify(CLIENT_WITHDRAWN);
-    ASSERT_TRUE(HasConnections(2)); // the manager, and the scene
+    ASSERT_TRUE(HasConnections(2)); // the manager and the scene
     EXPECT_EQ(scene.Get(), nullptr);
     EXPECT_EQ(Calls("Scene_destroy"), "");
     EXPECT_TRUE(held->GetCurrentDescriptor().has_value());
@@ -180,7 +180,7 @@ TEST_F(ClientThreadTest, AManagerThatCannotBeStoppedIsReportedAndDestroyed)
     ConnectAll();
     script.Fail("VRHostClientManager_stop", 16);
     EXPECT_EQ(FailureOf([&] { thread->Shutdown(); }), "16 Cannot stop the client manage");
-    thread.reset(); // nothing is stopped twice
+    thread.reset(); // no connection is stopped twice
     EXPECT_EQ(Calls("_stop"), "ClientManager_stop ");
 }
 
@@ -207,12 +207,13 @@ TEST_F(ClientThreadTest, AServiceIsCompleteOnlyWithEveryFunction)
     }
 }
 
-// Nothing is caught on the worker.
+// The worker catches no exceptions.
 TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const std::string nullPointer = "Error VR_STATUS_ERROR_NULL_PTR \\(2\\)"; // of no handle
-    const std::string failedWait; // its text is the system's
+    // The status for a null handle.
+    const std::string nullPointer = "Error VR_STATUS_ERROR_NULL_PTR \\(2\\)";
+    const std::string failedWait; // the text comes from the system
     const std::pair<const char*, std::string> rows[] = {
         {"VRHostClientManager_start", "Cannot start the client manage"},
         {"VRHostClientManager_start", nullPointer},
@@ -245,7 +246,7 @@ TEST_F(ClientThreadDeathTest, AFailureOnTheWorkerEndsTheProcess)
             Start();
             ConnectAll();
             Notify(CLIENT_WITHDRAWN);
-            Eventually([] { return false; }); // the end comes while it waits
+            Eventually([] { return false; }); // the stop comes while the worker waits
         };
         EXPECT_DEATH(run(), row.second) << row.first;
     }

@@ -1,4 +1,4 @@
-// The poses of tracked objects, from the host service to the tracker's callers.
+// Tests of the poses of tracked objects, from the host service to the callers of the tracker.
 #include <qlt/Sensors/SimulatorTracker.h>
 #include <qlt/qlt_c_api.h>
 
@@ -42,7 +42,8 @@ protected:
         EXPECT_EQ(assertions.Take(), Reports{});
     }
 
-    /// Through both faces. The flat one takes a shorter index, and its handles are addresses.
+    /// The pose through both interfaces. The flat one takes a shorter index, and its handle is the
+    /// address of the tracker.
     std::string Pose(std::uint64_t index)
     {
         const qlt::Vec3 position = tracker.GetObjectPosition(index);
@@ -69,7 +70,7 @@ protected:
 
 } // namespace
 
-// The bytes are in memory of exactly their size, where a sanitizer sees a step past the end.
+// The bytes are in memory of exactly their size, so that a sanitizer sees a read past the end.
 TEST(SceneDescriptorTest, AnObjectIsReadAtItsPlaceAndNothingOutsideTheCount)
 {
     EXPECT_FALSE(qlt::ReadObjectPose(nullptr, 0));
@@ -89,7 +90,7 @@ TEST(SceneDescriptorTest, AnObjectIsReadAtItsPlaceAndNothingOutsideTheCount)
     }
 }
 
-TEST_F(ObjectPoseTest, ReachTheTrackerWhileTheServiceHasThem)
+TEST_F(ObjectPoseTest, PosesReachTheTrackerWhileTheServiceHasThem)
 {
     EXPECT_EQ(Pose(0), NOTHING);
     tracker.Start();
@@ -154,7 +155,7 @@ TEST_F(ObjectPoseTest, FailuresOfADescriptorReachTheCaller)
     const auto read = [this] { tracker.GetObjectOrientation(0); };
     script.Fail("VRHostDeviceScene_getCurrentDescriptor", HostServiceScript::ZERO);
     EXPECT_EQ(FailureOf(read), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
-    script.Fail("VRHost_getHandlePtr", 21); // null data is found before the handle is asked
+    script.Fail("VRHost_getHandlePtr", 21); // null data is checked before the handle
     EXPECT_EQ(FailureOf(read), "2 Error VR_STATUS_ERROR_NULL_PTR (2)");
     EXPECT_EQ(script.Lent(), 0u);
     script.Reset();
@@ -167,7 +168,7 @@ TEST_F(ObjectPoseTest, FailuresOfADescriptorReachTheCaller)
     EXPECT_EQ(FailureOf(read), "");
 }
 
-TEST_F(ObjectPoseTest, WithoutAManagerTheHeadIsTrackedAllTheSame)
+TEST_F(ObjectPoseTest, WithoutAManagerTheHeadIsStillTracked)
 {
     script.Fail("VRHostClientManager_create", 16);
     EXPECT_TRUE(tracker.Start());
@@ -177,7 +178,7 @@ TEST_F(ObjectPoseTest, WithoutAManagerTheHeadIsTrackedAllTheSame)
     EXPECT_EQ(assertions.Take(), Reports{"mClientThread != nullptr|Sensors/Tracker|226"});
 }
 
-TEST_F(ObjectPoseTest, AManagerThatDoesNotStopReachesTheCallerOfStop)
+TEST_F(ObjectPoseTest, AFailureToStopTheManagerReachesTheCallerOfStop)
 {
     StartConnected();
     script.Fail("VRHostClientManager_stop", 16);
@@ -217,7 +218,7 @@ TEST_F(ObjectPoseTest, TheHeadsetsPositionIsThatOfObjectZero)
 }
 
 // Readers see a whole pose or none while the service and the tracker come and go.
-TEST_F(ObjectPoseTest, ReadersMeetAStormOfAnnouncementsAndWithdrawals)
+TEST_F(ObjectPoseTest, ReadersSurviveAStormOfAnnouncementsAndWithdrawals)
 {
     std::atomic<bool> done{false};
     std::vector<std::future<void>> readers;

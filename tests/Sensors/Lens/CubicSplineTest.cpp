@@ -1,4 +1,4 @@
-// The spline, and the band solver under it.
+// Tests of the spline and of the band solver that it uses.
 #include "Sensors/Lens/CubicSpline.h"
 
 #include "Sensors/Lens/BandMatrix.h"
@@ -54,14 +54,14 @@ TEST(BandMatrixTest, BrokenPreconditionsAreReportedAndSurvived)
     a.Solve({1.0}, true);
     const std::string dimension = "this->dim() == (int)b.size()|Sensors/Params";
     const Reports reports = assertions.TakeTexts();
-    EXPECT_EQ(std::count(reports.begin(), reports.end(), dimension), 3); // Solve and both its steps
+    EXPECT_EQ(std::count(reports.begin(), reports.end(), dimension), 3); // Solve and its two steps
     BandMatrix zero(2, 0, 0);
     zero.Decompose();
     EXPECT_EQ(assertions.TakeTexts(), Reports(2, "this->operator()(i, i) != 0.0|Sensors/Params"));
 }
 
 // DistortionFunctionTest.EqualsThePlainModelToTheLastBit compares the cubic spline.
-TEST(CubicSplineTest, WithoutTheCubicItIsLinearAndGoesOnOutside)
+TEST(CubicSplineTest, WithoutTheCubicItIsLinearInsideAndOutsideTheTable)
 {
     const CubicSpline spline = Through({0, 1, 2}, {0, 1, 0}, false);
     for (const auto& [x, y] : {std::pair(0.5, 0.5), {1.75, 0.25}, {-2.0, -2.0}, {4.0, -2.0}})

@@ -40,7 +40,8 @@ void ExpectWholeUpTo(const std::string& path, const std::vector<std::size_t>& cu
         std::filesystem::resize_file(path, cut);
         const Contents read(path);
         const auto expected = std::upper_bound(ends.begin(), ends.end(), cut) - ends.begin();
-        ASSERT_EQ(read.reports, static_cast<std::size_t>(expected)) << "cut at " << cut;
+        ASSERT_EQ(read.reports, static_cast<std::size_t>(expected))
+            << "The file is cut at byte " << cut;
         ASSERT_TRUE(std::equal(read.data.begin(), read.data.end(), whole.data.begin())) << cut;
         ASSERT_EQ(read.problems.size(), 1u) << cut;
         ASSERT_NE(read.Problem().find("cut off"), std::string::npos) << read.Problem();
@@ -160,7 +161,8 @@ TEST(CaptureReaderTest, AnyDamagedByteIsFoundAndCostsAtMostItsChunk)
         ASSERT_GE(read.reports, 8u);
         kept += read.reports == 12 ? 1 : 0;
     }
-    std::cout << bytes.size() << " bytes: named " << named << " of the damaged ones, and lost no "
+    std::cout << "The reader found " << named << " of " << bytes.size()
+              << " damaged bytes and lost no "
               << "report by " << kept << "\n";
     EXPECT_GT(named, bytes.size() * 9 / 10);
 }
@@ -238,7 +240,7 @@ TEST(CaptureReaderTest, AbsurdFilesAreReadInBoundedMemory)
     EXPECT_LE(PeakKilobytes(), before + (25 + 16) * 1024);
 }
 
-TEST(CaptureReaderTest, WhatIsNoCaptureIsRefusedInASentence)
+TEST(CaptureReaderTest, AFileThatIsNoCaptureIsRefusedWithASentence)
 {
     const std::pair<std::string, std::string> cases[] = {
         {"a report as it was read, sixty-four bytes of it in a row, no more", "is no MCAP file"},

@@ -28,7 +28,7 @@ std::string Refusal(const std::filesystem::path& path)
 
 } // namespace
 
-TEST(CaptureWriterTest, WhatIsAddedIsReadInOrderWithItsTimes)
+TEST(CaptureWriterTest, EntriesAreReadInTheirOrderWithTheirTimes)
 {
     const std::filesystem::path path = std::filesystem::u8path("aller retour \xC3\xA9.mcap");
     ManualClock clock;
@@ -103,7 +103,7 @@ TEST(CaptureWriterTest, WhatIsAddedIsReadInOrderWithItsTimes)
     EXPECT_EQ(read.metadata.at("capture.end").at("reports"), "4");
 }
 
-TEST(CaptureWriterTest, WhatFindsNoRoomIsCountedInTheCapture)
+TEST(CaptureWriterTest, EntriesWithoutRoomAreCountedInTheCapture)
 {
     constexpr std::uint64_t EACH = 20000;
     qltkit::CaptureOptions options;
@@ -191,7 +191,7 @@ TEST(CaptureWriterDeathTest, AKilledProcessLeavesAllButTheLastSecond)
     EXPECT_EQ(Contents("killed.part.mcap").reports, read.reports);
 }
 
-TEST(CaptureWriterTest, WhatCannotBeWrittenIsSaidInASentence)
+TEST(CaptureWriterTest, AFileThatCannotBeWrittenIsReportedWithASentence)
 {
     std::filesystem::create_directories("folder.mcap");
     EXPECT_EQ(Refusal("folder.mcap"), "cannot write folder.mcap: it is a folder");

@@ -226,7 +226,7 @@ TEST(ScriptedHeadsetTest, TheHeadGoesSmoothlyThroughItsPointsAndNoFurther)
     EXPECT_EQ(reads.back().truth.angles.yawRate, 0.0);
 }
 
-TEST(ScriptedHeadsetTest, TurnsWithoutFaultsAreTheIdealSoftwareHeadset)
+TEST(ScriptedHeadsetTest, AScriptWithoutFaultsEqualsTheIdealSoftwareHeadset)
 {
     qltkit::SoftwareHeadset ideal(77, true);
     for (const Read& read :
@@ -241,7 +241,7 @@ TEST(ScriptedHeadsetTest, TurnsWithoutFaultsAreTheIdealSoftwareHeadset)
 // The hash covers all bytes that are read, which are the same on every system. The number of
 // reports is one for each millisecond. The drift and repeated reports add to it; dropped, short and
 // unplugged reports reduce it.
-TEST(ScriptedHeadsetTest, AShippedScriptHasItsBytes)
+TEST(ScriptedHeadsetTest, AShippedScriptAlwaysGivesTheSameBytes)
 {
     const std::tuple<const char*, std::size_t, std::uint64_t> scripts[] = {
         {"still", 30000, 0x0FF6C382CC472622},     {"conversation", 30000, 0x26A4DA4C8FC94BF2},

@@ -134,7 +134,7 @@ Vec3 UpInHead(const Quaternion& q) { return Quaternion::Rotate(q.Conjugate(), Ve
 
 } // namespace
 
-TEST(HeadTrackerTest, EveryUnplugGivesOneLostAndOneBack)
+TEST(HeadTrackerTest, EveryUnplugGivesOneLostEventAndOneBackEvent)
 {
     // The letters mean: r is a report, u unplugs the headset and plugs it in again, s is a short
     // read, g leaves out three reports, d repeats the last report, and b steps the sequence back.
@@ -272,7 +272,7 @@ TEST(HeadTrackerTest, ReadersDoNotWaitForAStalledReadNorForAHandler)
                     i % 16 == 0 ? head.tracker->Recentre() : head.tracker->PollEvent().has_value();
                     if (pose.state != PoseState::Held || pose.sinceNs != last.timeNs)
                     {
-                        ADD_FAILURE() << "the pose is not held";
+                        ADD_FAILURE() << "The tracker did not hold the last pose.";
                         return;
                     }
                 }
@@ -431,7 +431,7 @@ TEST(HeadTrackerTest, RecentringTurnsTheHeadingForwardAndKeepsPitchAndRoll)
     }
 }
 
-TEST(PoseTest, TheEyesGoRoundTheNeck)
+TEST(PoseTest, TheEyesTurnAboutTheNeck)
 {
     Pose pose;
     // The head looks to the left.
@@ -494,7 +494,7 @@ TEST(HeadTrackerTest, TheSimulatorIsReadByManyAndDestroyedWhileItRuns)
                         pose.deviceTimeUs != 999000 + 1000 * std::int64_t(pose.reportNumber) ||
                         std::fabs(past.orientation.Norm() - 1.0f) > 1e-4f)
                     {
-                        ADD_FAILURE() << "report " << pose.reportNumber << " is torn";
+                        ADD_FAILURE() << "The pose of report " << pose.reportNumber << " is torn.";
                         return;
                     }
                     lastNs = pose.timeNs;
@@ -543,7 +543,7 @@ TEST(SeqlockRingTest, ARecordIsNeverReadWhileItIsOverwritten)
                     {
                         if (word != count)
                         {
-                            ADD_FAILURE() << "record " << count << " has a word of " << word;
+                            ADD_FAILURE() << "Record " << count << " has a word of record " << word;
                             return;
                         }
                     }

@@ -79,7 +79,7 @@ TEST(OrientationEstimatorTest, RecordingsAreTrackedBetterThanByThePublishedFilte
 {
     if (Recordings().empty())
     {
-        GTEST_SKIP() << "there are no recordings in " << RecordingsFolder();
+        GTEST_SKIP() << "There are no recordings in " << RecordingsFolder();
     }
     double sum = 0.0;
     double drift = 0.0;
@@ -102,7 +102,7 @@ TEST(OrientationEstimatorTest, LostReportsAndInexactTimesChangeLittle)
 {
     if (Recordings().empty())
     {
-        GTEST_SKIP() << "there are no recordings in " << RecordingsFolder();
+        GTEST_SKIP() << "There are no recordings in " << RecordingsFolder();
     }
     const double mean = MeanInclination(Same);
     for (const Change change : {HalfTheRate, OneInTwentyLost, Jitter})
@@ -117,7 +117,7 @@ TEST(OrientationEstimatorTest, AnyStartIsLevelWithinSeconds)
     {
         ScriptedHead head(RandomStart(seed));
         const OrientationEstimator estimator = After(head, 5.0);
-        EXPECT_LT(InclinationErrorDeg(estimator, head), 3.0) << "seed " << seed;
+        EXPECT_LT(InclinationErrorDeg(estimator, head), 3.0) << "The seed is " << seed;
         EXPECT_LT(estimator.GetInclinationDeviation() * DEGREES, 5.0);
     }
     HeadScript upsideDown;
@@ -164,7 +164,7 @@ TEST(OrientationEstimatorTest, TheBiasFollowsTheTemperature)
     EXPECT_NEAR(HeadingErrorDeg(estimator, head), heading, 0.1);
 }
 
-TEST(OrientationEstimatorTest, AnHourLaterItIsAsGood)
+TEST(OrientationEstimatorTest, TheEstimateIsAsGoodAfterAnHour)
 {
     HeadScript script = RandomStart(7);
     script.intervalS = 0.01;
@@ -199,7 +199,7 @@ TEST(OrientationEstimatorTest, TurnedSensorsGiveTurnedResults)
     EXPECT_LT(Length(Rotate(turn, plain.GetBias()) - turned.GetBias()), 1e-5);
 }
 
-TEST(OrientationEstimatorTest, WhatIsBrokenIsRefusedCountedAndHarmless)
+TEST(OrientationEstimatorTest, BrokenSamplesAreRefusedAndCountedAndHarmless)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinite = std::numeric_limits<double>::infinity();
@@ -238,7 +238,7 @@ TEST(OrientationEstimatorTest, WhatIsBrokenIsRefusedCountedAndHarmless)
     EXPECT_LT(InclinationErrorDeg(After(head, 2.0, dirty), head), 3.0);
 }
 
-TEST(OrientationEstimatorTest, TimeIsTheDevices)
+TEST(OrientationEstimatorTest, TheTimeIsThatOfTheDevice)
 {
     HeadScript script;
     script.swing = {0.5, 1.0, 0.3};
@@ -284,7 +284,7 @@ TEST(OrientationEstimatorTest, TimeIsTheDevices)
     EXPECT_LT(InclinationErrorDeg(estimator, head), 1.5);
 }
 
-TEST(OrientationEstimatorTest, SaturatedRatesArePutBackAndLessCertain)
+TEST(OrientationEstimatorTest, SaturatedRatesAreRestoredAndLessCertain)
 {
     HeadScript script;
     script.swing = {0.6, 0.2, 0.1};

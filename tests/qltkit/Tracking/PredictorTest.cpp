@@ -35,7 +35,7 @@ TEST(PredictorTest, RecordingsArePredictedBetterThanByAConstantRate)
             const Recording r = LoadRecording(RecordingsFolder(), published.name);
             if (r.samples.empty())
             {
-                GTEST_SKIP() << "there are no recordings in " << RecordingsFolder();
+                GTEST_SKIP() << "There are no recordings in " << RecordingsFolder();
             }
             const auto next = [&r](std::size_t i) { return r.samples[i]; };
             const PredictionErrors errors = Predict(r.samples.size(), aheadS, 5.0, next);
@@ -58,7 +58,7 @@ TEST(PredictorTest, ASwingIsLearned)
     EXPECT_LT(errors.constantRate, errors.held);
 }
 
-TEST(PredictorTest, RestIsPredictedAsWellAsByHolding)
+TEST(PredictorTest, AtRestThePredictionIsAsGoodAsTheLastPose)
 {
     for (const double noise : {0.035, 0.115}) // the noise of a good and of an average gyroscope
     {

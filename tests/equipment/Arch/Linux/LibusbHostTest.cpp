@@ -117,7 +117,7 @@ TEST_F(LibusbHostTest, EveryErrorHasItsSentence)
     gSearchError = LIBUSB_SUCCESS;
 }
 
-TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIsGone)
+TEST_F(LibusbHostTest, TheReasonForAFailedOpenIsGivenUntilTheHeadsetIsGone)
 {
     bus->Plug();
     emulator.ClaimElsewhere();
@@ -133,7 +133,7 @@ TEST_F(LibusbHostTest, WhatIsInTheWayOfOpeningIsToldAndForgottenWhenTheHeadsetIs
     EXPECT_EQ(host.Problem(), "");
 }
 
-TEST_F(LibusbHostTest, AFailedReadHasWhatCameUntilThen)
+TEST_F(LibusbHostTest, AFailedReadGivesTheBytesThatArrivedBefore)
 {
     Open();
     Bytes report(64);
@@ -145,7 +145,7 @@ TEST_F(LibusbHostTest, AFailedReadHasWhatCameUntilThen)
 }
 
 // The kernel's default is 16 MB.
-TEST_F(LibusbHostTest, FramesForWhichThereIsNoMemoryWaitForTheOthers)
+TEST_F(LibusbHostTest, FramesWithoutKernelMemoryWaitForTheOthers)
 {
     Open();
     emulator.LimitBytes(16 << 20);

@@ -47,7 +47,8 @@ public:
 
     ~LibraryMemory() { *mEntry = mMalloc; }
 
-    static inline std::size_t left = SIZE_MAX; // allocations before the one that fails
+    // The number of allocations before the one that fails.
+    static inline std::size_t left = SIZE_MAX;
 
 private:
     using Malloc = void* (*)(std::size_t);
@@ -117,7 +118,7 @@ TEST_F(DirectModeTest, TheDisplayIsAcquiredOpenedAndSetAndReleasedAtTheEnd)
 }
 
 // Compares every pixel with the lens at its place, except the ring in which the weight falls to 0.
-TEST_F(DirectModeTest, TheImageIsSeenThroughTheLensAndBlackAroundIt)
+TEST_F(DirectModeTest, TheImageIsSeenThroughTheLensAndTheRestIsBlack)
 {
     Bytes pixels(std::size_t{4} * WIDTH * HEIGHT);
     for (std::size_t i = 0; i < pixels.size(); ++i)
@@ -186,25 +187,26 @@ TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
         EXPECT_EQ(TakeLog(), firstFrame);
         EXPECT_TRUE(tried.IsInitialized());
         failing = step;
-        EXPECT_FALSE(tried.Initialize()); // once more, and by hand
+        EXPECT_FALSE(tried.Initialize()); // fails again when the engine calls it
         EXPECT_EQ(TakeLog(), untilThen);
         failing = NEVER;
-        tried.Submit(device.Get(), image.Get()); // with what it had
+        // The renderer still has the objects of the successful attempt.
+        tried.Submit(device.Get(), image.Get());
         EXPECT_EQ(TakeLog(), frame);
         tried.Shutdown();
         TakeLog();
         failing = step;
-        SubmitFirst(tried); // and is destroyed as it is
+        SubmitFirst(tried); // and destroy it after the failed attempt
         TakeLog();
     }
 }
 
 TEST_F(DirectModeTest, AFailedAllocationIsAFailedStep)
 {
-    Steps(); // after which the library has what it allocates once
+    Steps(); // from here on, everything that the library allocates once exists
     renderer->Shutdown();
     LibraryMemory memory;
-    std::set<std::size_t> failures; // by the number of steps that were begun
+    std::set<std::size_t> failures; // the index is the number of started steps
     for (std::size_t allocation = 0; !renderer->IsInitialized(); ++allocation)
     {
         TakeLog();
@@ -212,11 +214,11 @@ TEST_F(DirectModeTest, AFailedAllocationIsAFailedStep)
         SubmitFirst(*renderer);
         failures.insert(log.size());
     }
-    // The list of modes and the two meshes are allocated; then the frame is shown.
+    // The list of modes and the two meshes need allocations. After them the frame is shown.
     EXPECT_EQ(failures, (std::set<std::size_t>{4, 10, 12, log.size()}));
 }
 
-TEST_F(DirectModeTest, ItsObjectsAreHeldByTheOneReferenceThatTheDeviceGave)
+TEST_F(DirectModeTest, EveryObjectHasOnlyTheReferenceFromItsCreation)
 {
     const CD3D11_SAMPLER_DESC description(D3D11_DEFAULT);
     ComPtr<ID3D11SamplerState> sampler;
@@ -249,7 +251,7 @@ TEST_F(DirectModeTest, WithoutADisplayOrAModeNothingIsDrawn)
     EXPECT_EQ(TakeLog().back(), "enumerateModes D0 0 0 0");
     EXPECT_FALSE(renderer->IsInitialized());
     driver.modes = 1;
-    driver.pixelFormat = 20; // that is not listed
+    driver.pixelFormat = 20; // a format that is not listed
     SubmitFirst(*renderer);
     EXPECT_EQ(log[8], "CreateRenderTargetView 0 4 0");
     EXPECT_TRUE(renderer->IsInitialized());
@@ -260,26 +262,26 @@ TEST_F(DirectModeTest, AFrameThatCannotBeShownIsDropped)
     renderer->Submit(nullptr, image.Get());
     EXPECT_EQ(TakeLog(), Log{"enumerateDisplays 37957 0 1"});
     device->AddRef();
-    renderer->Submit(device.Get(), nullptr); // initialises all the same
+    renderer->Submit(device.Get(), nullptr); // it still initialises
     EXPECT_TRUE(renderer->IsInitialized());
     TakeLog();
-    EXPECT_TRUE(IsWanted(frameEvent)); // nobody has waited
+    EXPECT_TRUE(IsWanted(frameEvent)); // no call has waited
     SetEvent(frameEvent);
     failing = 1;
     renderer->Submit(device.Get(), image.Get());
     EXPECT_EQ(TakeLog(), Log(frame.begin(), frame.begin() + 2));
     EXPECT_FALSE(IsWanted(frameEvent));
-    failing = 0; // of the event, which is not looked at
+    failing = 0; // the value of the event, which nobody checks
     SetEvent(frameEvent);
     renderer->Submit(device.Get(), image.Get());
     EXPECT_EQ(TakeLog(), frame);
 }
 
-TEST_F(DirectModeTest, AFrameWaitsForTheDisplayWithoutATimeOut)
+TEST_F(DirectModeTest, AFrameWaitsForTheDisplayWithoutATimeLimit)
 {
     SubmitFirst(*renderer);
     TakeLog();
-    EXPECT_TRUE(IsWanted(frameEvent)); // and no longer
+    EXPECT_TRUE(IsWanted(frameEvent)); // and then it returns
     auto submit =
         std::async(std::launch::async, [this] { renderer->Submit(device.Get(), image.Get()); });
     EXPECT_EQ(submit.wait_for(std::chrono::seconds(1)), std::future_status::timeout);
@@ -329,7 +331,8 @@ TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
     renderer->Shutdown();
     TakeLog();
     SubmitFirst(*renderer);
-    const ULONG references = CountReferences(device); // also by what the steps before have made
+    // The objects of the earlier steps have released it, too.
+    const ULONG references = CountReferences(device);
     assigned.reset();
     EXPECT_EQ(CountReferences(device), references);
     renderer.reset(); // the last one frees it
@@ -344,7 +347,8 @@ TEST(DirectModeDeathTest, ADriverBesideTheProgramIsNotLoaded)
         {
             wchar_t path[MAX_PATH];
             GetSystemDirectoryW(path, MAX_PATH);
-            DeleteFileW(std::wstring(path).append(L"\\nvapi64.dll").c_str()); // of a killed test
+            // Left over from a killed test.
+            DeleteFileW(std::wstring(path).append(L"\\nvapi64.dll").c_str());
             NvidiaRenderer renderer;
             renderer.Submit(nullptr, nullptr);
             const bool found = GetModuleHandleW(L"nvapi64.dll") != nullptr;

@@ -57,14 +57,14 @@ TEST_F(VirtualHeadsetTest, EveryDeviceOfTheDriverCounts)
     EXPECT_EQ(host.Open(1)->ProductId(), 0x00F1);
 }
 
-TEST_F(VirtualHeadsetTest, TheSizeOfTransfersIsInWholePackets)
+TEST_F(VirtualHeadsetTest, TheTransferSizeIsRoundedUpToWholePackets)
 {
     Open();
     EndPoint().SetTransferSize(FRAME_SIZE - 1);
     EXPECT_EQ(headset.TransferSize(), FRAME_SIZE);
 }
 
-TEST_F(VirtualHeadsetTest, ADeviceThatSaysNothingIsAProblem)
+TEST_F(VirtualHeadsetTest, ADeviceThatSendsNoDescriptorsIsAProblem)
 {
     headset.answers = false;
     bus->Plug();
@@ -76,7 +76,7 @@ TEST_F(VirtualHeadsetTest, ADeviceThatSaysNothingIsAProblem)
     EXPECT_EQ(host.Problem(), "");
 }
 
-TEST_F(VirtualHeadsetTest, WhatIsInFlightEndsWithTheDevice)
+TEST_F(VirtualHeadsetTest, ReadsInFlightEndWithTheDevice)
 {
     Open();
     Begin();

@@ -65,7 +65,7 @@ TEST(MatrixTest, RowsAndColumnsAreWrittenInPlaceEvenOutOfRange)
 
 TEST(MatrixTest, AProductCombinesRowsWithColumnsAndIsSummedUpwards)
 {
-    // By hand: row 1 of COUNTING is 4, 5, 6, 7, column 2 is 2, 6, 10, 14.
+    // Calculated by hand: row 1 of COUNTING is 4, 5, 6, 7, and column 2 is 2, 6, 10, 14.
     EXPECT_EQ(Entries(COUNTING * COUNTING)[6], 4.0f * 2 + 5 * 6 + 6 * 10 + 7 * 14);
     EXPECT_EQ(Entries(COUNTING * Matrix::Identity()), Entries(COUNTING));
     // A 1 that is added to 10^8 is lost. Only the terms that are added after 10^8 has cancelled

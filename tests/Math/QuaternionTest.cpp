@@ -44,7 +44,7 @@ TEST(QuaternionTest, OperatorsWorkComponentByComponent)
     EXPECT_EQ(Values(c += b), (Four{11, 18, 33, 36}));
     EXPECT_EQ(Values(c -= a), Values(b));
     EXPECT_EQ(Values(c *= 0.5f), (Four{5, 10, 15, 20}));
-    const float third = 1.0f / 3; // by which a division multiplies
+    const float third = 1.0f / 3; // a division multiplies by this value
     EXPECT_EQ(Bits(c / 3), Bits(Quaternion(5 * third, 10 * third, 15 * third, 20 * third)));
     EXPECT_EQ(Bits(c /= 3), Bits(Quaternion(5 * third, 10 * third, 15 * third, 20 * third)));
     EXPECT_EQ(Values(Quaternion::ConvertToUnity(b)), (Four{-10, 20, 30, -40}));

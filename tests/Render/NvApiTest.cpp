@@ -115,7 +115,7 @@ TEST(NvApiTest, IsInitialisedOnceAndCompleteOnlyWithEveryOtherEntryPoint)
         driver.missing = IDENTIFIERS[i];
         const NvApi incomplete = NvApi::Load(Query);
         EXPECT_FALSE(incomplete.complete);
-        EXPECT_FALSE(incomplete.HasDisplay(0x9445)); // and calls nothing
+        EXPECT_FALSE(incomplete.HasDisplay(0x9445)); // it calls no function of the driver
     }
     EXPECT_FALSE(NvApi::Load(nullptr).HasDisplay(0x9445));
 }

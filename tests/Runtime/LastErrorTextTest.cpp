@@ -17,7 +17,7 @@ TEST(LastErrorTextTest, IsEmptyWithoutAKnownError)
 
 TEST(LastErrorTextTest, IsTheFirstHalfOfTheTextByteByByte)
 {
-    constexpr std::uint32_t FILE_NOT_FOUND = 2; // on every system
+    constexpr std::uint32_t FILE_NOT_FOUND = 2; // every system knows this code
     const std::u16string text = qlt::SystemErrorText(FILE_NOT_FOUND);
     ASSERT_GT(text.size(), 4U);
     // The text consists of as many bytes of its memory as it has characters. Each byte is signed.

@@ -30,7 +30,7 @@ public:
     using qlt::Tracker::NotifyQuaternionEvent;
     using qlt::Tracker::NotifyTemperatureEvent;
 
-    std::atomic<int> runs{0}; // that have ended
+    std::atomic<int> runs{0}; // the runs that have ended
 
 protected:
     void DoProcess() override

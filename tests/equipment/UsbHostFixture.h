@@ -42,7 +42,8 @@ struct Frame
     std::string End() const
     {
         std::uint32_t length = 1;
-        const bool hasEnded = transfer->Wait(LONG_MS) && transfer->Wait(0); // and again
+        // A second wait succeeds, too.
+        const bool hasEnded = transfer->Wait(LONG_MS) && transfer->Wait(0);
         if (transfer->Finish(length))
         {
             const bool isWhole = length == FRAME_SIZE && bytes == Bytes(length, bytes[0]);

@@ -52,7 +52,7 @@ struct ScriptedHeadset
         EXPECT_EQ(host.opened, host.closed);
         out = testing::internal::GetCapturedStdout();
         err = testing::internal::GetCapturedStderr();
-        std::cout << (testing::Test::HasFailure() ? out : ""); // which includes the failures
+        std::cout << (testing::Test::HasFailure() ? out : ""); // the output includes the failures
     }
 
     ScriptedUsbHost host;

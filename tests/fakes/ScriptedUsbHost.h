@@ -16,7 +16,7 @@ struct ScriptedDevice
 {
     std::uint16_t vendorId = 0x04B4;
     std::uint16_t productId = 0x00F1;
-    std::vector<std::uint8_t> attributes = {0, 3, 2}; // of the endpoints, endpoint 0 included
+    std::vector<std::uint8_t> attributes = {0, 3, 2}; // one for each endpoint, from endpoint 0 on
     std::vector<std::uint8_t> addresses = {0, 0x81, 0x82};
 };
 

@@ -57,7 +57,7 @@ struct Recording
     double lagUs = 0.0; // the delay of the samples after the truth
     std::vector<qlt::SensorReport> reports;
     std::vector<qltkit::ImuSample> samples;
-    std::vector<double> timesUs; // the time between two samples
+    std::vector<double> timesUs; // the times of the samples
     Series truth;
     double truthBeginUs = 0.0; // the time of the first row, measured or not
 };
@@ -70,7 +70,7 @@ struct PublishedFigures
     const char* name;
     double inclinationDeg;
     double driftDegPerMin;
-    bool saturated; // it shakes for long, so VQF has a large error
+    bool saturated; // the sensors saturate for long, so VQF has a large error
 };
 
 constexpr PublishedFigures PUBLISHED[] = {

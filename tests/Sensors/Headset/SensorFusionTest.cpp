@@ -39,7 +39,7 @@ TEST_F(SensorFusionTest, RestUprightReportsBothZeroAxesAndChangesNothing)
     EXPECT_EQ(assertions.TakeTexts(),
               std::vector<std::string>(2, "length > FLT_EPSILON|Math/Vector"));
     ExpectNear(fusion.GetQuaternion(), Quaternion::Identity, 0);
-    Step(1000000, Vec3(), Vec3(1, 0, 0)); // the angle of a zero acceleration is unknown
+    Step(1000000, Vec3(), Vec3(1, 0, 0)); // a zero acceleration gives no angle
     EXPECT_TRUE(std::isnan(fusion.GetQuaternion().w()));
 }
 

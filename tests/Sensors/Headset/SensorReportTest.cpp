@@ -54,7 +54,7 @@ TEST(SensorReportTest, TheQuaternionIsRemappedForEveryLength)
     const std::pair<std::array<int, 4>, qlt::Quaternion> rows[] = {
         {{0, 16384, 0, 0}, {h, h, 0, 0}},  {{0, 7, 0, 0}, {h, h, 0, 0}},
         {{0, 0, 9, 0}, {0, 0, h, -h}},     {{0, 0, 0, -9}, {-h, h, 0, 0}},
-        {{-32768, 0, 0, 0}, {0, 0, h, h}}, {{0, 0, 0, 0}, {}}, // which is reported
+        {{-32768, 0, 0, 0}, {0, 0, h, h}}, {{0, 0, 0, 0}, {}}, // this is reported
     };
     for (const auto& [counts, expected] : rows)
     {

@@ -117,7 +117,7 @@ public:
 
     Status LendSignal(const char* function, Kind kind, Handle handle, Handle* event)
     {
-        if (!GivesZero(function)) // which leaves the caller's value
+        if (!GivesZero(function)) // this leaves the caller's value
         {
             *event = mFailures[function] == NO_EVENT ? 0x7FFFFFF0 : mSignals[kind];
         }
@@ -257,8 +257,8 @@ private:
     Handle mLastHandle = 0x100000000; // more than 32 bits, so that a truncated handle is wrong
     std::array<Handle, KINDS> mSignals{};
     std::array<std::deque<std::uint32_t>, KINDS> mQueues;
-    std::map<Handle, Handle> mConnections; // with their kinds
-    std::map<Handle, Handle> mLent;        // with the connections that lent them
+    std::map<Handle, Handle> mConnections; // the kind of each connection
+    std::map<Handle, Handle> mLent;        // the connection that lent each handle
     std::deque<std::string> mDescriptors;  // everything that is still lent
     std::map<std::string, Status> mFailures;
     std::vector<std::string> mCalls;

@@ -81,6 +81,6 @@ private:
     std::map<std::string, std::string> mPlugged; // the paths in /sys, by the nodes in /dev
     std::map<std::string, UMockdevIoctlClient*> mClaims;
     std::set<std::string> mTouched;
-    std::list<Request> mRequests; // the ended requests, until the client takes them
+    std::list<Request> mRequests; // all requests that the client has not reaped yet
     std::map<std::uint8_t, std::deque<Answer>> mAnswers;
 };

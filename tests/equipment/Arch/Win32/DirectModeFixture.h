@@ -47,10 +47,10 @@ protected:
 
     ComPtr<ID3D11Device> device;
     ComPtr<ID3D11DeviceContext> context;
-    ComPtr<ID3D11Texture2D> surface; // of the display
-    ComPtr<ID3D11Texture2D> image;   // of the engine
-    ULONG surfaceReferences = 0;     // when the mode was set
-    std::string devicePointer;       // the names in the log
+    ComPtr<ID3D11Texture2D> surface; // the surface of the display
+    ComPtr<ID3D11Texture2D> image;   // the image of the engine
+    ULONG surfaceReferences = 0;     // the count when the mode was set
+    std::string devicePointer;       // the pointers as the log shows them
     std::string dxgiDevicePointer;
 
     NvApiScript driver;

@@ -196,7 +196,7 @@ TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
         tried.Shutdown();
         TakeLog();
         failing = step;
-        SubmitFirst(tried); // and destroy it after the failed attempt
+        SubmitFirst(tried); // the renderer is destroyed after the failed attempt
         TakeLog();
     }
 }
@@ -318,7 +318,7 @@ TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
     auto copy = std::make_unique<NvidiaRenderer>(*renderer);
     auto assigned = std::make_unique<NvidiaRenderer>();
     *assigned = *copy;
-    *copy = *renderer; // which is the same
+    *copy = *renderer; // both share one state already
     SubmitFirst(*renderer);
     EXPECT_TRUE(copy->IsInitialized());
     TakeLog();

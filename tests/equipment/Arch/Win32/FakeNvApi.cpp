@@ -69,7 +69,7 @@ std::int32_t EnumerateDisplays(std::uint32_t vendorId, std::uint32_t* count, Dis
 std::int32_t EnumerateModes(Display* display, std::uint32_t* count, Mode* modes, std::uint32_t zero)
 {
     const std::uint32_t room = modes == nullptr ? 0 : *count;
-    std::uint32_t versions = 0; // correct arguments
+    std::uint32_t versions = 0; // the number of modes with the correct version
     for (std::uint32_t i = 0; i < room; ++i)
     {
         versions += modes[i].words[0] == 0x10020 ? 1 : 0;
@@ -82,7 +82,7 @@ std::int32_t EnumerateModes(Display* display, std::uint32_t* count, Mode* modes,
 
 std::int32_t Acquire(std::uint32_t vendorId, void* dxgiDevice, Display* display)
 {
-    std::memset(display, 0xDA, sizeof *display); // the script from now on
+    std::memset(display, 0xDA, sizeof *display); // later calls must pass these bytes
     return Call("acquire %u %p", vendorId, dxgiDevice);
 }
 

@@ -101,7 +101,7 @@ private:
     /// A waiting push. Its bytes follow it in memory.
     struct Message
     {
-        LIST_ENTRY entry; // the first byte that no read has taken
+        LIST_ENTRY entry; // must be the first member
         NTSTATUS status;
         ULONG length;
     };

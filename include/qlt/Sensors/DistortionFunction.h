@@ -50,8 +50,8 @@ public:
     /// of view and the width for every lens of the process, because they share these constants.
     void Initialize(DistortParams& params);
 
-    /// The texture coordinate (u, v), each in [0, 1], at which the eye image is sampled for a point
-    /// of the eye's viewport, and as third component the depth: 0 inside the lens, -1.1 outside.
+    /// Gives (u, v, depth) for a point of the eye's viewport. The eye image is sampled at the
+    /// texture coordinate (u, v), each in [0, 1]. The depth is 0 inside the lens and -1.1 outside.
     /// `position` has x (right) and y (up) in [-1, 1]. An uninitialised object and an invalid eye
     /// are reported as assertions; every eye but the right one counts as left. An invalid colour is
     /// reported as an assertion and gives zeros.

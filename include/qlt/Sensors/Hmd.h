@@ -35,8 +35,8 @@ public:
     bool IsConnected() const override;
 
 protected:
-    /// deliberate: the last orientation without extrapolation, with the yaw origin already applied,
-    /// because engines compensate for it. `dt` is ignored.
+    /// deliberate: returns the last orientation without extrapolation. The yaw origin is already
+    /// applied to it, and engines compensate for that. `dt` is ignored.
     Quaternion GetPredictedQuaternion(float dt) const override;
 
     /// Reads reports until the tracker is stopped.

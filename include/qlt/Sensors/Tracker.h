@@ -37,8 +37,9 @@ public:
     /// Creates an idle tracker with the zero position and the identity.
     Tracker();
 
-    /// Asserts that the tracker is stopped and has no listeners. It stops a started tracker, too. A
-    /// subclass must therefore call EndProcessing in its own destructor.
+    /// Asserts that the tracker is stopped and has no listeners. It also stops a started tracker,
+    /// but too late for the members of a subclass. A subclass must therefore call EndProcessing in
+    /// its own destructor.
     virtual ~Tracker();
 
     Tracker(const Tracker&) = delete;
@@ -73,7 +74,7 @@ public:
     void RemoveListener(TrackerListener& listener);
 
     /// The last orientation with the yaw origin applied. The reference follows later events without
-    /// a lock; CopyOrientation gives four values of one event.
+    /// a lock; CopyOrientation gives four values that belong to the same event.
     const Quaternion& GetOrientation() const;
 
     /// The last orientation with the yaw origin applied, copied under the lock. Any thread.

@@ -54,9 +54,9 @@ struct NvApi
     /// has no function with that identifier.
     using QueryInterface = void* (*)(std::uint32_t identifier);
 
-    /// Looks up the functions. It initialises the driver first, if the driver has a function for
-    /// that, because most drivers refuse every operation before. Null stands for no driver and
-    /// gives a table without functions.
+    /// Looks up the functions. If the driver has a function that initialises it, the call uses that
+    /// function first, because most drivers refuse every operation before. Null stands for no
+    /// driver and gives a table without functions.
     static NvApi Load(QueryInterface query);
 
     // HasDisplay says whether a display of the vendor is connected. FindDisplay and FindMode give

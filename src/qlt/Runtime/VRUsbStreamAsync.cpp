@@ -150,8 +150,8 @@ void VRUsbStreamAsync::Begin(Transfer& transfer, std::uint32_t length)
 }
 
 /// Moves the stream to the beginning of a frame. It reads a whole frame and searches for a header.
-/// When bytes come before the header, it reads and drops as many bytes and tries again. It ends
-/// when a frame begins with a header or has none.
+/// When n bytes come before the header, it reads and drops n bytes and tries again. It ends when a
+/// frame begins with a header or has none.
 void VRUsbStreamAsync::Trash()
 {
     Transfer transfer;

@@ -20,7 +20,8 @@ public:
     double operator()(double x) const;
 
     /// The piece on [x_i, x_i+1] is f(x) = ((cubic h + quad) h + lin) h + y with h = x - x_i. The
-    /// last piece is the straight line beyond the table. The row evaluation of the lens reads them.
+    /// last piece is the straight line beyond the table. The row evaluation of the lens reads these
+    /// pieces.
     std::size_t Knots() const { return m_x.size(); }
     const double* X() const { return m_x.data(); }
     const double* Y() const { return m_y.data(); }

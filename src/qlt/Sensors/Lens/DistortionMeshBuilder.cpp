@@ -30,8 +30,8 @@ std::vector<float> GridLines(int resolution)
     return lines;
 }
 
-/// `count` as an int. A count that does not fit throws for a valid grid. For an invalid grid it
-/// becomes 0, because the resolution has already been reported.
+/// `count` as an int. For a valid grid, a count that does not fit throws. For an invalid grid, such
+/// a count becomes 0, because the resolution has already been reported.
 int Count(std::int64_t count, bool isGrid)
 {
     if (isGrid && count > INT32_MAX)

@@ -1,10 +1,10 @@
 // The libusb context of the process. It has one event thread, and one handle for each headset. A
 // tracker and a camera share the handle, because the kernel allows only one claim of an interface.
 //
-// The context lives as long as anybody holds it. Its thread starts with the first device. Nothing
-// lives longer, because an application may unload this library. Lock the gate before you create,
-// use or release anything of this class. The callbacks of transfers on the event thread never lock
-// it.
+// The context lives as long as anybody holds it. Its thread starts with the first device. Both end
+// with the last holder, because an application may unload this library. Lock the gate before you
+// create, use or release anything of this class. The callbacks of transfers on the event thread
+// never lock it.
 #pragma once
 
 #include <atomic>

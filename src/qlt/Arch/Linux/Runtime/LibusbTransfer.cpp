@@ -38,7 +38,8 @@ void Signal(int event)
     const std::uint64_t one = 1;
     if (event > 0 && write(event, &one, sizeof one) < 0)
     {
-        // The write fails only when the counter is full. The event is signalled then.
+        // The write fails only when the counter is full. In that case the event is signalled
+        // already.
         return;
     }
 }
@@ -187,7 +188,8 @@ void LibusbTransfer::Cancel()
 void LibusbTransfer::OnEnd(libusb_transfer* transfer)
 {
     LibusbTransfer& self = *static_cast<LibusbTransfer*>(transfer->user_data);
-    // The waiter may destroy the transfer and its reference to the pipe before the unlock.
+    // Hold the pipe, because the waiter may destroy the transfer and its reference to the pipe
+    // before this function unlocks the mutex.
     const std::shared_ptr<LibusbPipe> pipe = self.mPipe;
     const Lock lock(pipe->mutex);
     auto& inFlight = pipe->inFlight;

@@ -18,6 +18,7 @@ PROGRAM = pathlib.Path(__file__).resolve().parent / "program"
 FILES = ["include/qlt/qlt.h", "include/qlt/Sensors/Tracker.h", "lib/pkgconfig/QueltaSDK.pc",
          "include/qltkit/qltkit.h", "lib/pkgconfig/QueltaKit.pc",
          "lib/cmake/QueltaSDK/QueltaSDKConfig.cmake",
+         "share/QueltaSDK/headsets/bad_cable.json",
          "share/QueltaSDK/bindings/python/quelta/__init__.py",
          "share/QueltaSDK/bindings/csharp/Samples~/TrackedCamera/TrackedCamera.cs",
          "share/doc/QueltaSDK/LICENSE", "share/doc/QueltaSDK/README.txt"]

@@ -339,6 +339,7 @@ class QltTest(unittest.TestCase):
                  ["monitor", "--source", "a.bin", "--csv", "a.bin"],
                  ["view", "--source", "a.bin", "--png", self.path("a.bin")],
                  ["synthesize", "new", "--truth", "d/.././new"],
+                 ["script", "a.bin", "--svg", "d/../a.bin"],
                  ["mesh", "--svg", "x", "--csv", "x"], ["mesh", "--obj", "x", "--csv", "d/../x"]]
         if ARGUMENTS.emulator:
             cases.append(["mesh", "--obj", "d\\x.csv", "--csv", "D/X.csv"])
@@ -491,6 +492,24 @@ class QltTest(unittest.TestCase):
                 drawn = pathlib.Path(self.path(name)).read_bytes()
                 self.assertEqual(drawn, (documents / name).read_bytes())
                 self.assertIn(legend, "".join(xml.etree.ElementTree.fromstring(drawn).itertext()))
+        for script in (documents.parent / "scripts/headsets").iterdir():
+            with self.subTest(script):
+                self.qlt("script", str(script), "--svg", self.path("s.svg"))
+                drawn = pathlib.Path(self.path("s.svg")).read_bytes()
+                picture = documents / "headset-scripts" / (script.stem + ".svg")
+                self.assertEqual(drawn, picture.read_bytes())
+
+    def test_script_says_what_is_in_a_script_or_wrong_with_it(self):
+        path = pathlib.Path(self.path("s.json"))
+        event = '{"at": 0.2, "event": "unplug"}, {"at": 3, "event": "plug"}'
+        path.write_text('{"motion": {"kind": "rest"}, "events": [%s]}' % event)
+        done = self.qlt("script", "s.json", "--seconds", "4")
+        self.assertEqual(done.stdout, "s.json: 4.0 s, reports: 1201, connections: 2, events: 2\n")
+        path.write_text('{"motion": {"kind": "rest"},\n"events": [%s,%s]}' % (event, event))
+        done = self.qlt("script", "s.json", "--svg", "s.svg", code=1)
+        self.assertEqual(done.stderr, "qlt: s.json, line 2: events[2].at must not be earlier than in"
+                                      " the event before\n")
+        self.assertEqual(os.listdir(self.folder), ["s.json"])
 
     def test_mesh_draws_its_lines_up_to_the_round_edge_of_the_lens(self):
         for eye, resolution in (("left", "32x36"), ("right", "9x7")):

@@ -24,6 +24,7 @@ constexpr Command COMMANDS[] = {
     {"info", AddInfo},     {"monitor", AddMonitor},       {"view", AddView},
     {"replay", AddReplay}, {"synthesize", AddSynthesize}, {"mesh", AddMesh},
     {"camera", AddCamera}, {"record", AddRecord},         {"optics", AddOptics},
+    {"script", AddScript},
 #if defined(QLT_HAVE_OPENXR)
     {"openxr", AddOpenXr},
 #endif

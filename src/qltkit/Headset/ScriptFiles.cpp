@@ -103,7 +103,7 @@ fs::path PathInside(const fs::path& folder, const std::string& name)
     {
         throw Error("needs a script that is a file itself");
     }
-    const fs::path path = folder / fs::u8path(name);
+    fs::path path = folder / fs::u8path(name);
     if (!IsPlainName(name) || !IsInside(folder, path))
     {
         throw Error("must be a file in the script's folder, with / between folders");

@@ -1,6 +1,7 @@
 #include "Headset/ScriptPlayer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -49,7 +50,7 @@ const ScriptedRead& ScriptPlayer::Next()
     }
     while (!mIsOver && (mIsPlugged || PlugIn()))
     {
-        const auto ns = static_cast<std::int64_t>(mTimeNs + 0.5);
+        const std::int64_t ns = std::llround(mTimeNs);
         if (!HappenUntil(ns))
         {
             return Gone(mUnplugNs);

@@ -1,6 +1,7 @@
 #include "Headset/ScriptTimeline.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace qltkit
@@ -80,7 +81,7 @@ std::optional<ScriptFault> FindFaultInEvents(const HeadsetScript& script)
 
 } // namespace
 
-std::int64_t ToNs(double seconds) { return static_cast<std::int64_t>(seconds * 1e9 + 0.5); }
+std::int64_t ToNs(double seconds) { return std::llround(seconds * 1e9); }
 
 std::optional<ScriptFault> FindFault(const HeadsetScript& script)
 {

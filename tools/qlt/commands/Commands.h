@@ -23,5 +23,6 @@ CommandBody AddOpenXr(CLI::App& command); // where the runtime is built
 CommandBody AddOptics(CLI::App& command);
 CommandBody AddRecord(CLI::App& command);
 CommandBody AddReplay(CLI::App& command);
+CommandBody AddScript(CLI::App& command);
 CommandBody AddSynthesize(CLI::App& command);
 CommandBody AddView(CLI::App& command);

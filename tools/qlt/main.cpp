@@ -1,5 +1,5 @@
 // The command line of qlt. Exit codes: 0 for success, 1 for a failure (one line on standard error),
-// 2 for a command line that is not understood.
+// 2 for a wrong command line.
 #include "commands/Commands.h"
 #include "output/StandardOutput.h"
 #include "output/Terminal.h"
@@ -30,7 +30,7 @@ constexpr Command COMMANDS[] = {
 #endif
 };
 
-/// Says why a command line is not understood, or gives the help that it asks for.
+/// Prints why a command line is wrong, or the help that it asks for. Returns the exit code.
 int Refuse(const CLI::App& app, const CLI::ParseError& error)
 {
     const std::vector<std::string> rest = app.remaining();
@@ -47,7 +47,7 @@ int Run(int argc, char** argv)
 {
     CLI::App app("The command of the QueltaSDK.", "qlt");
     app.require_subcommand(1);
-    app.allow_windows_style_options(false); // a path may begin with a slash there, too
+    app.allow_windows_style_options(false); // on Windows a path may begin with a slash, too
     app.set_version_flag("--version", QLT_VERSION);
     std::map<const CLI::App*, CommandBody> bodies;
     for (const Command& command : COMMANDS)

@@ -24,7 +24,8 @@ struct PredictionTerms
     /// at once, and each other value applies at its horizon.
     std::array<qlt::Vec3, HORIZONS + 1> bend;
 
-    /// The part of the angular velocity that lasts until each horizon. At once it is 1.
+    /// The part of the angular velocity that lasts until each horizon. It starts at 1 for the
+    /// present.
     std::array<float, HORIZONS> lasting = {1.0f, 1.0f, 1.0f};
 
     /// Returns the turn in `seconds` of a body that has the angular velocity `rate`. `rate` is in

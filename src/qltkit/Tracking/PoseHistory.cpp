@@ -107,8 +107,8 @@ Quaternion RotationOf(const Vec3& turn)
         const float angle = std::sqrt(x);
         return {std::cos(angle), half * (std::sin(angle) / angle)};
     }
-    // These are the series of the cosine and of sin(a) / a. The omitted terms are below 3e-7.
-    // Double precision would take most of the time of a prediction.
+    // These are the series of the cosine and of sin(a) / a. The omitted terms are below 3e-7. In
+    // double precision this computation would take most of the time of a prediction.
     const float xx = x * x;
     const float cosine =
         1.0f - x * (1.0f / 2) + xx * (1.0f / 24 - x * (1.0f / 720) + xx * (1.0f / 40320));

@@ -8,8 +8,8 @@ namespace
 /// A step of the sequence number from this value on is a step back.
 constexpr std::uint32_t HALF_RANGE = 0x80000000u;
 
-/// The writer publishes the errors of predictions once in this number of reports. People need them
-/// no more often.
+/// The writer publishes the errors of predictions once in this number of reports, because people
+/// read them only now and then.
 constexpr std::uint64_t REPORTS_OF_ERRORS = 8;
 
 std::uint32_t U32(const qlt::SensorReport& report, std::size_t offset)

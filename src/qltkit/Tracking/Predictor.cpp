@@ -30,8 +30,9 @@ constexpr double ROUGH_SECONDS = 0.05;
 constexpr double ROUGH_SHARE = 0.5;
 constexpr double LEAST_SQUARE = 0.01; // (rad/s^2)^2
 
-// Learning: the duration of the memory, and the weight of the cautious weights as a number of
-// squares of a typical rate and acceleration. At rest the cautious weights win.
+// Learning: MEMORY_SECONDS is the duration of the memory. CAUTION is the strength of the cautious
+// weights, as a number of squares of a typical rate and acceleration. At rest the cautious weights
+// win.
 constexpr double MEMORY_SECONDS = 10.0;
 constexpr double CAUTION = 200.0;
 constexpr double TYPICAL_RATE = 0.2;         // rad/s

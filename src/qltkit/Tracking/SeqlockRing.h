@@ -71,8 +71,8 @@ private:
         std::array<std::atomic<std::uint64_t>, WORDS> words{};
     };
 
-    /// Copies each word directly to its place, without a loop: a processor stalls when it reads as
-    /// one piece data that it has just written in several pieces.
+    /// Copies each word directly to its place, without a loop. A processor stalls when it has
+    /// written data in several pieces and then reads it in one piece.
     template <std::size_t... I>
     static void CopyWords(const Slot& slot, unsigned char* bytes, std::index_sequence<I...>)
     {

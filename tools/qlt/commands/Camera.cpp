@@ -35,15 +35,15 @@ struct Options
 
 using Clock = std::chrono::steady_clock;
 
-/// What the thread of the OpenGL context tells the one that watches the time: an update may wait
-/// for ever.
+/// The state that the thread of the OpenGL context shares with the thread that watches the time.
+/// Two threads are needed, because an update may wait forever.
 struct Progress
 {
     std::mutex mutex;
     std::condition_variable changed;
     unsigned long frames = 0;
     bool ended = false;
-    std::vector<unsigned char> lastFrame; // grey, once it has ended
+    std::vector<unsigned char> lastFrame; // grey levels, set at the end
     std::exception_ptr failure;
 };
 
@@ -70,7 +70,8 @@ void Show(Clock::time_point end, Progress& progress)
     progress.lastFrame = ReadBack(camera);
 }
 
-/// Until the thread has ended; false when it has not in good time after the end or an interrupt.
+/// Waits until the thread has ended. Returns false when it has not ended in time after `end` or an
+/// interrupt.
 bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::time_point end)
 {
     constexpr std::chrono::seconds PATIENCE(5); // for the start and the last frame
@@ -85,7 +86,7 @@ bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::t
 int Run(const Options& options)
 {
     std::optional<OutputFile> png(options.png);
-    RequireHeadset(HeadsetPart::Camera); // without one the camera itself would end the process
+    RequireHeadset(HeadsetPart::Camera); // without a headset the camera would end the process
     CatchInterrupts();
     const auto seconds =
         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));
@@ -116,7 +117,7 @@ int Run(const Options& options)
         std::fprintf(stderr, "qlt: the camera sends no frames\n");
         std::fflush(stdout);
         png.reset();
-        std::_Exit(1); // the thread that waits for a frame cannot be woken
+        std::_Exit(1); // nothing can wake a thread that waits for a frame
     }
     lock.unlock();
     shower.join();

@@ -22,7 +22,7 @@ struct Options
     int resX = 32; // cells
     int resY = 36;
     bool strip = false;
-    std::string svg; // empty: no file; the same holds for the others
+    std::string svg; // empty: no file; likewise for obj and csv
     std::string obj;
     std::string csv;
 };
@@ -53,8 +53,8 @@ public:
         channels = {{{"red", "#f00", mBuilder.GetTextureR()},
                      {"green", "#0f0", mBuilder.GetTextureG()},
                      {"blue", "#00f", mBuilder.GetTextureB()}}};
-        // Three indices of a list, or any three neighbours of a strip; what joins the rows of a
-        // strip has no area.
+        // A triangle is three indices of a list, or any three neighbours of a strip. The triangles
+        // that join the rows of a strip have no area.
         const int* index = mBuilder.GetIndices();
         for (int i = 0; i + 2 < mBuilder.GetNumIndices(); i += options.strip ? 1 : 3)
         {
@@ -117,7 +117,7 @@ void WriteCsv(const Mesh& mesh, OutputFile& file)
     file.Close();
 }
 
-/// The picture: an eye's viewport, as high for its width as the eye's half of the panel is.
+/// Draws an eye's viewport with the aspect ratio of the eye's half of the panel.
 class Drawing
 {
 public:
@@ -161,10 +161,11 @@ private:
     static constexpr double CAPTION = 20.0;
     static constexpr double LENS_CENTER_X =
         static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X); // of the right eye
-    /// Of the lens's edge: its unit is half the width on both axes, so it is a circle on the paper.
+    /// The radius of the lens's edge. Its unit is half the width on both axes, so the edge is a
+    /// circle in the picture.
     static constexpr double RADIUS =
         static_cast<double>(qlt::DistortConstants::LENS_EDGE_RADIUS) * WIDTH / 2.0;
-    static constexpr int GRID = 24; // lines across the texture, and one less
+    static constexpr int GRID = 24; // cells across the texture; the lines between them are drawn
 
     struct Point
     {
@@ -183,7 +184,7 @@ private:
                     MARGIN, WIDTH, HEIGHT, color);
     }
 
-    /// Whether the nearest point of a line to the lens's centre is inside of the lens.
+    /// True when the point of a line that is nearest to the lens's centre is inside the lens.
     bool MeetsLens(const Point& from, const Point& to) const
     {
         const double x = to.x - from.x;
@@ -194,8 +195,8 @@ private:
                RADIUS;
     }
 
-    /// The lines of equal u and of equal v, interpolated in each triangle as graphics hardware
-    /// does.
+    /// Draws the lines of equal u and of equal v, interpolated in each triangle as graphics
+    /// hardware does.
     void DrawGrid(const Channel& channel)
     {
         mFile.Print(
@@ -210,7 +211,8 @@ private:
                                                       At(channel.texture[t[1]], axis) * GRID,
                                                       At(channel.texture[t[2]], axis) * GRID};
                 const auto [low, high] = std::minmax_element(values.begin(), values.end());
-                // Not the edges of the texture, where it is limited and has no direction.
+                // Skip the edges of the texture, where the coordinate is clamped and the line has
+                // no direction.
                 const int last = std::min(static_cast<int>(std::floor(*high)), GRID - 1);
                 for (int line = std::max(static_cast<int>(std::ceil(*low)), 1); line <= last;
                      ++line)
@@ -222,14 +224,14 @@ private:
         mFile.Write("\"/>\n");
     }
 
-    /// Where `value` lies in the triangle that has `values` at its corners.
+    /// Draws the line of `value` in the triangle that has `values` at its corners.
     void DrawLine(const Triangle& t, const std::array<double, 3>& values, double value)
     {
         std::vector<Point> crossings;
         for (std::size_t a = 0; a < 3; ++a)
         {
             const std::size_t b = (a + 1) % 3;
-            // Half open, so that a corner belongs to one of its edges.
+            // The test is half open, so that a corner belongs to only one of its edges.
             if ((values[a] <= value) == (values[b] <= value))
             {
                 continue;
@@ -277,8 +279,7 @@ int Run(const Options& options)
     return 0;
 }
 
-/// Parses "WxH" in cells into `options`. Returns the sentence that refuses anything else; empty
-/// when there is none.
+/// Parses "WxH" in cells into `options`. Returns an error sentence, or an empty text on success.
 std::string ParseResolution(const std::string& text, Options& options)
 {
     const std::size_t middle = std::min(text.find('x'), text.size());

@@ -26,7 +26,7 @@ namespace
 using nlohmann::json;
 
 constexpr int MOST_FRAMES = 1000000;
-constexpr int PICTURE_FRAMES = 60; // until a program has settled
+constexpr int PICTURE_FRAMES = 60; // after these frames a program has usually settled
 
 struct Options
 {
@@ -39,7 +39,7 @@ struct Options
     std::vector<std::string> program;
 };
 
-/// What a session said the last time, by process.
+/// The last status of each session, by process.
 using Statuses = std::map<int, json>;
 
 Statuses ReadStatuses()
@@ -47,7 +47,8 @@ Statuses ReadStatuses()
     Statuses statuses;
     for (const std::string& text : qltxr::ReadPublishedTexts())
     {
-        const json status = json::parse(text, nullptr, false); // not while it is being replaced
+        const json status =
+            json::parse(text, nullptr, false); // parsing fails while the file is being replaced
         if (status.is_object() && status.contains("pid"))
         {
             statuses[status["pid"].get<int>()] = status;
@@ -75,7 +76,7 @@ void PrintRuntime()
     }
 }
 
-/// How much a count has grown in a second; the whole session when there is nothing earlier.
+/// The growth of a count per second between two statuses. 0 when they have the same time.
 double RateOf(const char* field, const json& now, const json& before)
 {
     const double seconds = (now["time_ns"].get<double>() - before["time_ns"].get<double>()) / 1e9;
@@ -113,7 +114,8 @@ int Status(const Options& options)
     do
     {
         FlushStandardOutput();
-        // Long enough for two texts of a session, which writes one four times a second.
+        // A session writes its status four times a second, so this pause is long enough for two of
+        // them.
         const auto pause = std::chrono::milliseconds(before.empty() && !options.watch ? 0 : 1000);
         std::this_thread::sleep_for(pause);
         const Statuses now = ReadStatuses();
@@ -139,7 +141,7 @@ void SetEnvironment(const char* name, const std::string& value)
     }
 }
 
-/// The runtime writes PPM.
+/// Converts the picture of the runtime, which is a PPM file, to PNG.
 void ConvertPicture(const std::filesystem::path& ppm, OutputFile& png)
 {
     std::ifstream file(ppm, std::ios::binary);

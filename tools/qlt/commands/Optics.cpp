@@ -20,7 +20,7 @@ constexpr double WIDTH = 720.0;
 constexpr double HEIGHT = 440.0;
 constexpr double LEFT = 60.0;
 constexpr double TOP = 20.0;
-constexpr double LEAST = 0.5; // of the scale axis, which ends at 1
+constexpr double LEAST = 0.5; // the smallest value of the scale axis, which ends at 1
 constexpr double LENS_EDGE = static_cast<double>(qlt::DistortConstants::LENS_EDGE_RADIUS);
 
 double ToX(double radius) { return LEFT + radius * WIDTH; }
@@ -39,7 +39,8 @@ const Curve CURVES[] = {{"blue", "#2455d8", qlt::Params::COLOR_BLUE, BLUE},
                         {"green", "#1d9a3c", qlt::Params::COLOR_GREEN, GREEN},
                         {"red", "#d8322c", qlt::Params::COLOR_RED, RED}};
 
-/// The headset's lens in the units of its tables: measured for the eye as it is.
+/// The headset's measured lens in the units of its tables. The field of view and the width are
+/// those of one eye.
 qlt::DistortParams MeasuredLens()
 {
     qlt::DistortParams params;
@@ -52,8 +53,9 @@ qlt::DistortParams MeasuredLens()
     return params;
 }
 
-/// The factor at a radius above 0, as the library evaluates it: straight below the lens centre the
-/// texture is so many times as far from its middle.
+/// The factor at a radius above 0, as the library computes it for a point straight below the lens
+/// centre. It is the quotient of two distances from the middle: that of the texture coordinate and
+/// that of the point.
 double Scale(qlt::DistortionFunction& lens, double radius, qlt::Params::Color channel)
 {
     constexpr float CENTER_X = qlt::DistortConstants::LENS_CENTER_OFFSET_X; // of the right eye

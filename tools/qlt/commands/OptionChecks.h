@@ -1,5 +1,5 @@
-// Options that several commands have, and checks of what an option may be. Each refusal says in a
-// sentence what is accepted.
+// Options that several commands share, and checks of their values. Each refusal is a sentence that
+// names the accepted values.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -11,10 +11,11 @@
 #include <string>
 #include <vector>
 
-/// The longest time that a command can be told to go on for, about eleven days.
+/// The longest duration of a command in seconds, about eleven days.
 constexpr double MAX_SECONDS = 1e6;
 
-/// The whole text as a decimal number in [least, most]; nothing when it is anything else.
+/// Parses the whole text as a decimal number in [least, most]. Empty when the text is anything
+/// else.
 template <typename Number>
 std::optional<Number> ParseNumber(const std::string& text, Number least, Number most)
 {
@@ -26,7 +27,8 @@ std::optional<Number> ParseNumber(const std::string& text, Number least, Number 
     return isInRange ? std::optional<Number>(value) : std::nullopt;
 }
 
-/// The option takes a number in [least, most], whole numbers only when `Number` is an integer.
+/// Accepts only numbers in [least, most]. When `Number` is an integer type, only integers are
+/// accepted.
 template <typename Number>
 CLI::Option* RequireNumber(CLI::Option* option, Number least, Number most)
 {
@@ -42,18 +44,18 @@ CLI::Option* RequireNumber(CLI::Option* option, Number least, Number most)
         });
 }
 
-/// The option takes the name of a file, which is not empty.
+/// Accepts only the name of a file. An empty text is refused.
 CLI::Option* RequireName(CLI::Option* option);
 
-/// CLI::ValidationError when an output has the name of an input or of another output, through
-/// whatever links and spellings. Names that are empty do not count.
+/// Throws CLI::ValidationError when an output is the same file as an input or another output,
+/// through any links and spellings. Empty names are ignored.
 void RequireDistinct(const std::vector<std::string>& inputs,
                      const std::vector<std::string>& outputs);
 
-/// The file that a source is; empty when it is the simulator or the headset.
+/// Returns the file name of a source. Empty for the simulator and the headset.
 std::string FileOfSource(const std::string& source);
 
-/// Adds --source, which says what is tracked.
+/// Adds --source, which names the tracker.
 void AddSource(CLI::App& command, std::string& source);
 
 /// Adds --seconds, a time from a millisecond to MAX_SECONDS, with `text` as its help.

@@ -22,7 +22,7 @@ struct Options
     bool ideal = false; // without bias and noise
 };
 
-/// A truth row is written for every so many reports.
+/// One truth row is written for this number of reports.
 constexpr long TRUTH_STEP = 10;
 
 void WriteTruth(OutputFile& file, long index, const qltkit::SoftwareHeadset::Sample& sample)

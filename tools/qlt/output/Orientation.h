@@ -1,4 +1,4 @@
-// Orientations as the command prints, writes and compares them.
+// Formats, writes and compares orientations.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>
@@ -9,22 +9,25 @@
 #include <string>
 #include <vector>
 
-/// "yaw -1.4 pitch 0.2 roll 0.2 deg": turns about y, then x, then z.
+/// Returns for example "yaw -1.4 pitch 0.2 roll 0.2 deg": turns about y, then x, then z.
 std::string FormatAngles(const qlt::Quaternion& q);
 
-/// "w 0.999920 x 0.002016 y -0.012380 z 0.001892  " and the angles.
+/// Returns for example "w 0.999920 x 0.002016 y -0.012380 z 0.001892  " and then the angles.
 std::string FormatOrientation(const qlt::Quaternion& q);
 
-/// A CSV file of orientations, "report,time_us,qw,qx,qy,qz", nine significant digits.
+/// A CSV file of orientations with the columns "report,time_us,qw,qx,qy,qz" and nine significant
+/// digits.
 class OrientationCsv
 {
 public:
-    /// std::runtime_error when the file cannot be created. An empty path writes nothing.
+    /// Throws std::runtime_error when the file cannot be created. With an empty path, all
+    /// operations do nothing.
     explicit OrientationCsv(const std::string& path);
 
     void Write(std::size_t report, long long timeUs, const qlt::Quaternion& q);
 
-    /// std::runtime_error when something was not written, a full disk for one.
+    /// Completes the file. Throws std::runtime_error when a write has failed, for example on a full
+    /// disk.
     void Close();
 
 private:
@@ -43,12 +46,12 @@ struct TruthRow
     double z = 0.0;
 };
 
-/// Reads "report,time_us,valid,moving,qw,qx,qy,qz" rows; std::runtime_error naming the file and the
-/// line when it cannot.
+/// Reads "report,time_us,valid,moving,qw,qx,qy,qz" rows. Throws std::runtime_error with the file
+/// and the line when a row is malformed.
 std::vector<TruthRow> LoadTruth(const std::string& path);
 
-/// Root mean square, in degrees, of the angle between the two world-up directions in the body
-/// frame, over the valid rows from 5 s after the start. `orientations[i]` is the one after report
-/// i. std::runtime_error when no row counts.
+/// The root mean square, in degrees, of the angle between the two world-up directions in the body
+/// frame. Only valid rows later than 5 s after the start count. `orientations[i]` is the
+/// orientation after report i. Throws std::runtime_error when no row counts.
 double InclinationRmseDeg(const std::vector<TruthRow>& truth,
                           const std::vector<qlt::Quaternion>& orientations);

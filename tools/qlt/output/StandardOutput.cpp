@@ -16,7 +16,7 @@ int gError = 0; // errno of the first failure
 
 bool FlushStandardOutput()
 {
-    // Where standard output has no buffer, the last print has failed, and left its reason.
+    // When standard output has no buffer, the last print has failed already and set errno.
     if (gError == 0 && (std::fflush(stdout) != 0 || std::ferror(stdout) != 0))
     {
         gError = errno != 0 ? errno : EIO;
@@ -26,7 +26,8 @@ bool FlushStandardOutput()
 
 int CompleteStandardOutput(int code)
 {
-    if (FlushStandardOutput() || IsClosedPipe(gError) || code != 0) // which has been told already
+    if (FlushStandardOutput() || IsClosedPipe(gError) ||
+        code != 0) // a code above 0 has been explained already
     {
         return code;
     }

@@ -1,10 +1,10 @@
-// Whether what the command prints reaches its reader.
+// Checks that the printed text reaches its reader.
 #pragma once
 
-/// Writes out what has been printed; false when that, or something before, has failed.
+/// Flushes the printed text. Returns false when this or an earlier write has failed.
 bool FlushStandardOutput();
 
-/// The exit code of a command that ends with `code`: 1, with one line on standard error, when it
-/// would be 0 and something that was printed is lost. A reader that has closed its pipe has had
-/// enough, which is no failure.
+/// Returns the exit code of a command that ends with `code`. When `code` is 0 and printed text was
+/// lost, it prints one line on standard error and returns 1. A reader that closes its pipe is no
+/// failure.
 int CompleteStandardOutput(int code);

@@ -1,18 +1,19 @@
-// What the command asks of the terminal it runs in. One body in each wing.
+// Operations on the terminal and the standard streams. Each wing has one body.
 #pragma once
 
-/// Whether standard output is a terminal and a line on it may be written over.
+/// True when standard output is a terminal, so that a line can be overwritten.
 bool StandardOutputIsTerminal();
 
-/// Before any file is opened: no file takes the place of a standard stream that is closed, and a
-/// reader that closes its pipe does not end the process. False when standard output is closed.
+/// Prepares the standard streams; call it before any file is opened. No file then takes the place
+/// of a closed standard stream, and a reader that closes its pipe does not end the process. Returns
+/// false when standard output is closed.
 bool PrepareStandardStreams();
 
-/// Whether a write to standard output that failed with this errno has met a pipe without a reader.
+/// True when this errno of a failed write to standard output means a pipe without a reader.
 bool IsClosedPipe(int error);
 
-/// While it lives, everything that the process writes to standard output, the SDK's progress lines
-/// included, goes to standard error.
+/// While the object exists, everything that the process writes to standard output goes to standard
+/// error. This includes the SDK's progress lines.
 class StandardOutputToError
 {
 public:

@@ -18,7 +18,8 @@ constexpr long FRAME_BYTES = 0x388000;
 
 using Device = std::unique_ptr<qlt::VendorUsbDevice>;
 
-/// The tracker takes the first device only, the camera the first that has the headset's product.
+/// Opens the device that the part would use: the tracker takes the first device, and the camera
+/// takes the first device with the headset's product number.
 Device OpenCandidate(qlt::UsbHost& host, HeadsetPart part)
 {
     Device device = host.OpenFirst();
@@ -30,7 +31,7 @@ Device OpenCandidate(qlt::UsbHost& host, HeadsetPart part)
     for (std::uint32_t i = 0; i < count && (device == nullptr || device->ProductId() != PRODUCT_ID);
          ++i)
     {
-        device.reset(); // closed before the next one is opened
+        device.reset(); // close it before the next one is opened
         device = host.Open(i);
     }
     return device;

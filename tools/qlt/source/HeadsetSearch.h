@@ -1,4 +1,4 @@
-// Whether the headset is there, by what its tracker and its camera will look for.
+// Searches for the headset as its tracker and its camera do.
 #pragma once
 
 #include <qlt/Runtime/Usb.h>
@@ -11,15 +11,16 @@ enum class HeadsetPart
     Camera,
 };
 
-/// A sentence that says why that part will not be found; empty when a device with the headset's
-/// identifiers has its endpoint.
+/// Returns a sentence that says why that part will not be found. Empty when a device with the
+/// headset's identifiers has the endpoint of that part.
 std::string WhyNoHeadset(qlt::UsbHost& host, HeadsetPart part);
 
-/// std::runtime_error with that sentence, about the machine's own USB, unless the part is there.
+/// Throws std::runtime_error with that sentence when the part is missing on the machine's own USB.
 void RequireHeadset(HeadsetPart part);
 
-/// Says on standard error that a command waits for the sensors, unless they are there.
+/// Prints on standard error that a command waits for the sensors, unless they are connected.
 void SayThatHeadsetIsAwaited();
 
-/// What this much memory for transfers, in MB, means to the camera; 0 is without a limit.
+/// Describes how a limit of `megabytes` MB on the memory for transfers affects the camera. 0 means
+/// no limit.
 std::string DescribeUsbMemory(long megabytes);

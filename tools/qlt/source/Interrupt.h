@@ -1,10 +1,10 @@
-// Ctrl-C, and a request to terminate, for commands that go on until the user has enough: they end
-// in good order and complete what they write.
+// Handles Ctrl-C and the request to terminate, for commands that run until the user stops them.
+// Such a command then completes its files and ends.
 #pragma once
 
-/// From now on the signals no longer end the process. After the outputs have been opened: to open a
-/// pipe may wait for its reader.
+/// After this call the signals do not end the process. Call it after the outputs have been opened,
+/// because opening a pipe may wait for its reader.
 void CatchInterrupts();
 
-/// Whether one of them has come.
+/// True when one of the signals has arrived.
 bool Interrupted();

@@ -1,8 +1,8 @@
-// One body in each wing.
+// Each wing has one body.
 #pragma once
 
 #include <optional>
 
-/// How much memory, in MB, the system gives to all USB transfers in flight, 0 being any; nothing
-/// where that is not known or not limited by a setting.
+/// The memory in MB that the system allows for all USB transfers in flight. 0 means no limit. Empty
+/// when the limit is unknown or the system has no such setting.
 std::optional<long> UsbMemoryMb();

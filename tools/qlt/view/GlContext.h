@@ -1,13 +1,13 @@
-// An OpenGL context without a window to see, current on the thread that made it. One body for each
-// system.
 #pragma once
 
 #include <memory>
 
+/// An OpenGL context without a visible window. It is current on the thread that created it. Each
+/// wing has one body.
 class GlContext
 {
 public:
-    /// std::runtime_error when there is none to be had.
+    /// Throws std::runtime_error when no context is available.
     GlContext();
     ~GlContext();
 

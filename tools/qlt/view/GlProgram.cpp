@@ -16,7 +16,7 @@ void Attach(GLuint program, GLenum stage, const char* firstLine, const std::stri
     glShaderSource(shader, 2, texts, nullptr);
     glCompileShader(shader);
     glAttachShader(program, shader);
-    glDeleteShader(shader); // with the program
+    glDeleteShader(shader); // the deletion happens together with the program's
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
     if (compiled == GL_FALSE)
@@ -32,7 +32,7 @@ void Attach(GLuint program, GLenum stage, const char* firstLine, const std::stri
 
 void LoadOpenGl()
 {
-    glewInit(); // fails without a GLX display, with everything loaded all the same
+    glewInit(); // it fails without a GLX display, but loads everything
     if (GLEW_VERSION_3_0 == GL_FALSE)
     {
         throw std::runtime_error("there is no OpenGL 3.0 here");

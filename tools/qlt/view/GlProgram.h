@@ -1,20 +1,22 @@
-// A program of one of the SDK's pairs of GLSL sources, or of a pair in the same language. It
-// belongs to the OpenGL context that is current when it is made, and is used and destroyed under
-// it.
 #pragma once
 
 #include <string>
 
-/// Loads the entry points of the current context; std::runtime_error when it is older than 3.0.
+/// Loads the entry points of the current context. Throws std::runtime_error when OpenGL is older
+/// than 3.0.
 void LoadOpenGl();
 
+/// A program made of one of the SDK's pairs of GLSL sources, or of another pair in the same
+/// language. It belongs to the OpenGL context that is current at its construction. It may be used
+/// and destroyed only while that context is current.
 class GlProgram
 {
 public:
-    /// For a desktop, whose first versions of the language do not know `precision`.
+    /// The first line of a source for a desktop. The first versions of the desktop language do not
+    /// know `precision`, so this line requests a later one.
     static constexpr const char* FIRST_LINE = "#version 130\n";
 
-    /// std::runtime_error with the compiler's words when it refuses.
+    /// Throws std::runtime_error with the compiler's message when it refuses a source.
     GlProgram(const std::string& vertex, const std::string& fragment,
               const char* firstLine = FIRST_LINE);
     ~GlProgram();
@@ -23,11 +25,11 @@ public:
 
     void Use() const;
 
-    /// Of this program, in use: a matrix of sixteen floats, row by row.
+    /// Sets a matrix of sixteen floats, row by row. The program must be in use.
     void SetMatrix(const char* uniform, const float& matrix) const;
 
-    /// Where an attribute has its array: `components` floats for each vertex, `stride` bytes from
-    /// one to the next. Until the end of the `Array`.
+    /// Gives an attribute its array: `components` floats for each vertex, with `stride` bytes from
+    /// one vertex to the next. It applies while the `Array` exists.
     class Array
     {
     public:

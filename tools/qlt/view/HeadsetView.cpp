@@ -16,16 +16,17 @@ constexpr int MESH_RES_Y = 216;
 constexpr float NEAR_M = 0.05f;
 constexpr float FAR_M = 500.0f;
 
-/// Where the neck is that the head turns about: of someone who stands.
+/// The position of the neck of a standing person, in metres. The head turns about the neck.
 const Vec3 NECK(0.0f, 1.55f, 0.0f);
 
-/// As high for its width as the eye's half of the panel is, which makes the pixels squares.
+/// The height that gives an eye's image the aspect ratio of the eye's half of the panel. The pixels
+/// are then squares.
 int EyeHeight(int width)
 {
     return static_cast<int>(std::lround(static_cast<float>(width) / Params::EYE_ASPECT_RATIO));
 }
 
-/// From the neck to the eye, in the head's axes.
+/// The vector from the neck to the eye in the head's axes, in metres.
 Vec3 EyeOffset(Params::Eye eye)
 {
     const float side = eye == Params::EYE_LEFT ? -0.5f : 0.5f;
@@ -41,8 +42,8 @@ HeadsetView::HeadsetView(int sharpness)
 {
 }
 
-// The projection is symmetric although the lens is not in the middle of its half: the middle of the
-// eye's image is what the lens mesh puts there.
+// The projection is symmetric, although the lens is not in the middle of its half: the lens mesh
+// moves the middle of the eye's image to the lens.
 void HeadsetView::RenderEyes(const qlt::Quaternion& orientation)
 {
     const Matrix projection =

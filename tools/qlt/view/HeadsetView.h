@@ -1,6 +1,3 @@
-// What the headset's panel shows of the scene: each eye's image, seen from where the head is, and
-// then drawn through the eye's lens into its half. Belongs to an OpenGL context as a GlProgram
-// does.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>
@@ -11,17 +8,21 @@
 
 #include <array>
 
+/// The picture on the headset's panel. Each eye's image of the scene is drawn from the eye's
+/// position, and then drawn through the eye's lens into its half of the panel. It belongs to an
+/// OpenGL context, as a GlProgram does.
 class HeadsetView
 {
 public:
-    /// With eye images of so many times the size that the headset's constants name, for pictures
-    /// that are looked at without the lens.
+    /// Makes eye images of `sharpness` times the size in the headset's constants. A factor above 1
+    /// is for pictures that people look at without the lens.
     explicit HeadsetView(int sharpness);
 
-    /// Draws the two eye images, and leaves another target in use.
+    /// Draws the two eye images. Afterwards another target is in use.
     void RenderEyes(const qlt::Quaternion& orientation);
 
-    /// Draws both into the target in use, side by side; without `lens` as they are.
+    /// Draws both images side by side into the current target. Without `lens` they are drawn
+    /// unchanged.
     void Present(int width, int height, bool lens) const;
 
 private:

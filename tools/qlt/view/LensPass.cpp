@@ -13,13 +13,13 @@ using qlt::Vec3;
 namespace
 {
 
-/// The position as it is, without its depth. The depth of the mesh would clip whole triangles at
-/// the lens's edge and leave steps there.
+/// A matrix that keeps the position and removes its depth. With its depth the mesh would lose whole
+/// triangles at the lens's edge, and the edge would have steps.
 constexpr float WITHOUT_DEPTH[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
 
 constexpr Vec3 CORNERS[] = {{-1, -1, 0}, {1, -1, 0}, {-1, 1, 0}, {1, 1, 0}};
 
-/// The place in the lens is relative to the lens's centre; its length is 1 at the lens's edge.
+/// vInLens is the position relative to the lens's centre. Its length is 1 at the lens's edge.
 constexpr const char* EDGE_SHADER_V = R"(attribute vec3 aPosition;
 attribute vec2 aInLens;
 varying vec2 vInLens;
@@ -31,7 +31,7 @@ void main()
 }
 )";
 
-/// The alpha is the part of the pixel that lies outside of the lens.
+/// The alpha is the part of the pixel that is outside the lens.
 constexpr const char* EDGE_SHADER_F = R"(varying vec2 vInLens;
 
 void main()
@@ -42,13 +42,14 @@ void main()
 }
 )";
 
-/// Without blending, as the alpha is 0, and without culling, as the triangles face both ways.
+/// Sets up the state. Blending is off, because the alpha is 0. Culling is off, because the
+/// triangles face both ways.
 void SetUp(const GlProgram& program, unsigned int texture)
 {
     glDisable(GL_BLEND);
     glDisable(GL_CULL_FACE);
     glDisable(GL_DEPTH_TEST);
-    glBindTexture(GL_TEXTURE_2D, texture); // of unit 0, which the sampler has by default
+    glBindTexture(GL_TEXTURE_2D, texture); // unit 0 is the sampler's default
     program.Use();
     program.SetMatrix("uMVPMatrix", *WITHOUT_DEPTH);
 }

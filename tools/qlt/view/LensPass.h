@@ -1,5 +1,3 @@
-// The last step of a frame: an eye's image, drawn into the eye's viewport so that it looks right
-// through the lens. Belongs to an OpenGL context as a GlProgram does.
 #pragma once
 
 #include <qlt/Sensors/DistortionMeshBuilder.h>
@@ -8,17 +6,19 @@
 
 #include <array>
 
+/// The last step of a frame. It draws an eye's image into the eye's viewport so that the image
+/// looks right through the lens. It belongs to an OpenGL context, as a GlProgram does.
 class LensPass
 {
 public:
-    /// With meshes of resX x resY cells.
+    /// Builds meshes of resX x resY cells.
     LensPass(int resX, int resY);
 
-    /// Draws `texture` into the current viewport, and black outside of the lens, whose edge
-    /// is smooth.
+    /// Draws `texture` into the current viewport. The area outside the lens is black, and the
+    /// lens's edge is smooth.
     void Draw(qlt::Params::Eye eye, unsigned int texture) const;
 
-    /// The same without a lens: the image as it is, over the whole viewport.
+    /// Draws `texture` unchanged over the whole viewport, without a lens.
     void DrawFlat(unsigned int texture) const;
 
 private:

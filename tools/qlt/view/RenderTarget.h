@@ -1,28 +1,28 @@
-// A picture that OpenGL draws into instead of a window, with a texture of it. It belongs to the
-// context that is current when it is made.
 #pragma once
 
 #include <vector>
 
+/// An off-screen picture that OpenGL draws into, with a texture of it. It belongs to the context
+/// that is current at its construction.
 class RenderTarget
 {
 public:
-    /// std::runtime_error when the context cannot do so.
+    /// Throws std::runtime_error when the context does not support it.
     RenderTarget(int width, int height);
     ~RenderTarget();
     RenderTarget(const RenderTarget&) = delete;
     RenderTarget& operator=(const RenderTarget&) = delete;
 
-    /// From now on what is drawn goes here, to the whole of it.
+    /// Makes this picture the target of all drawing. The viewport covers the whole picture.
     void Use() const;
 
-    /// Interpolated, and continued by its edge.
+    /// The texture is interpolated, and its edge colours continue outside it.
     unsigned int Texture() const { return mTexture; }
 
     int Width() const { return mWidth; }
     int Height() const { return mHeight; }
 
-    /// Red, green, blue and alpha of every pixel, a byte each, the lowest row first.
+    /// The red, green, blue and alpha bytes of every pixel. The bottom row is the first row.
     std::vector<unsigned char> Pixels() const;
 
 private:

@@ -27,7 +27,7 @@ void main()
 }
 )";
 
-/// How much lighter the set squares of the board are.
+/// The additional light of the light squares of the board.
 constexpr float BOARD_LIGHT = 0.2f;
 
 } // namespace
@@ -56,7 +56,7 @@ void Scene::Draw(const qlt::Matrix& view) const
         const GlProgram::Array color(mColors, "aColor", 3, &first.color, stride);
         glDrawArrays(GL_TRIANGLES, 0, count);
     }
-    // The board on top, as light: where it is not set, it is transparent.
+    // Draw the board on top as light. Its dark squares are transparent.
     glEnable(GL_BLEND);
     glBlendColor(0.0f, 0.0f, 0.0f, BOARD_LIGHT);
     glBlendFunc(GL_CONSTANT_ALPHA, GL_ONE);

@@ -1,8 +1,3 @@
-// What the head looks around in: a sky whose lines tell headings and elevations, a checkered floor,
-// a ring of checkered cubes coloured by their heading (forward is red), and the axes of the world
-// (x red, y green, z blue, towards the viewer). Metres, y up, -z forward, the floor at 0.
-//
-// Belongs to an OpenGL context as a GlProgram does.
 #pragma once
 
 #include <qlt/Math/Matrix.h>
@@ -12,12 +7,18 @@
 
 #include <vector>
 
+/// The scene around the head: a sky with lines that show headings and elevations, a checkered
+/// floor, a ring of checkered cubes coloured by their heading (forward is red), and the axes of the
+/// world (x red, y green, z blue towards the viewer). Units are metres, y is up, -z is forward, and
+/// the floor is at 0.
+///
+/// It belongs to an OpenGL context, as a GlProgram does.
 class Scene
 {
 public:
     Scene();
 
-    /// Draws it into the current target, all of it; `view` maps the world to clip coordinates.
+    /// Draws the scene over the whole current target. `view` maps the world to clip coordinates.
     void Draw(const qlt::Matrix& view) const;
 
 private:

@@ -12,7 +12,7 @@ namespace
 
 constexpr float RAD_PER_DEG = 0.017453292f;
 constexpr float FAR_AWAY = 250.0f;   // the sky and the end of the ground
-constexpr float LINES_AWAY = 120.0f; // before the flat patches that the sky is made of
+constexpr float LINES_AWAY = 120.0f; // nearer than the flat patches of the sky
 
 constexpr Vec3 HAZE(0.72f, 0.80f, 0.86f);
 constexpr Vec3 SKY(0.36f, 0.55f, 0.78f);
@@ -20,7 +20,7 @@ constexpr Vec3 ZENITH(0.10f, 0.22f, 0.45f);
 constexpr Vec3 FLOOR(0.16f, 0.22f, 0.27f);
 constexpr Vec3 LINES(0.92f, 0.96f, 1.0f);
 
-/// At a heading (0 forward, growing to the right) and an elevation, degrees.
+/// The point at a heading (0 is forward, positive to the right) and an elevation, in degrees.
 Vec3 At(float heading, float elevation, float distance)
 {
     const float h = heading * RAD_PER_DEG;
@@ -28,7 +28,7 @@ Vec3 At(float heading, float elevation, float distance)
     return Vec3(std::sin(h) * std::cos(e), std::sin(e), -std::cos(h) * std::cos(e)) * distance;
 }
 
-/// Of full saturation: red at 0, green at 120, blue at 240.
+/// The colour of full saturation at a hue: red at 0, green at 120, blue at 240.
 Vec3 Hue(float degrees)
 {
     const auto part = [degrees](float peak)
@@ -42,7 +42,7 @@ Vec3 Hue(float degrees)
 class Model
 {
 public:
-    /// Around the whole horizon, between two elevations.
+    /// Adds a band around the whole horizon, between two elevations.
     void SkyBand(float low, const Vec3& lowColor, float high, const Vec3& highColor,
                  float distance = FAR_AWAY)
     {
@@ -61,7 +61,7 @@ public:
                {At(left, high, distance), highColor, {}}}});
     }
 
-    /// A ring of the ground, `squares` of the board on each metre.
+    /// Adds a ring of the ground. `squares` is the number of the board's squares in each metre.
     void GroundRing(float inner, const Vec3& innerColor, float outer, const Vec3& outerColor,
                     float squares)
     {
@@ -77,8 +77,8 @@ public:
         }
     }
 
-    /// Around `center`, with its axes along `right`, up and the third one, each with its extent;
-    /// the faces are as bright as the light falls.
+    /// Adds a box around `center`. Its axes are `right`, up and the third direction, each with its
+    /// extent. The brightness of the faces shows the light from above.
     void Box(const Vec3& center, const Vec3& right, const Vec3& extent, const Vec3& color,
              float squares)
     {
@@ -147,7 +147,7 @@ void AddCubes(Model& model)
     }
 }
 
-/// Half a metre each, with a head.
+/// Adds the three axes, each half a metre long with a head.
 void AddAxes(Model& model)
 {
     const Vec3 origin(0.0f, 0.7f, -1.7f);

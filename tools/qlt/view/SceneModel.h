@@ -5,7 +5,8 @@
 
 #include <vector>
 
-/// `board` places the vertex on the checkerboard; all zeros where there is none.
+/// `board` is the position of the vertex on the checkerboard. It is zero for surfaces without a
+/// board.
 struct SceneVertex
 {
     qlt::Vec3 position;

@@ -22,7 +22,7 @@ void OnKey(GLFWwindow* window, int key, int /*scancode*/, int action, int /*modi
     else if (key == GLFW_KEY_SPACE || (key >= GLFW_KEY_A && key <= GLFW_KEY_Z))
     {
         (*static_cast<Window::KeyHandler*>(glfwGetWindowUserPointer(window)))(
-            static_cast<char>(key)); // which is the letter
+            static_cast<char>(key)); // the code of a key is its letter
     }
 }
 

@@ -1,4 +1,3 @@
-// A window with an OpenGL context, current on the thread that made it; the only one of the program.
 #pragma once
 
 #include <functional>
@@ -7,13 +6,15 @@
 
 struct GLFWwindow;
 
+/// The only window of the program, with an OpenGL context that is current on the thread that
+/// created it.
 class Window
 {
 public:
     using KeyHandler = std::function<void(char)>;
 
-    /// `onKey` gets the letter of each key that is pressed, ' ' for the space bar; Escape closes
-    /// the window. std::runtime_error when there is no display or no OpenGL for it.
+    /// `onKey` gets the letter of each pressed key, and ' ' for the space bar. Escape closes the
+    /// window. Throws std::runtime_error when there is no display or no OpenGL.
     Window(int width, int height, KeyHandler onKey);
     ~Window();
     Window(const Window&) = delete;
@@ -21,16 +22,16 @@ public:
 
     void SetTitle(const std::string& title);
 
-    /// Makes the window's own picture what is drawn to; its size in pixels, 0 while it is
+    /// Makes the window the target of all drawing. Gives its size in pixels, which is 0 while it is
     /// minimised.
     void Use(int& width, int& height);
 
-    /// Shows what was drawn at the display's pace, and handles what the user has done; false when
-    /// the window is to be closed.
+    /// Shows the drawn picture at the pace of the display and handles the user's input. Returns
+    /// false when the window should close.
     bool Show();
 
 private:
-    struct Library // ends after the window
+    struct Library // destroyed after the window
     {
         Library();
         ~Library();

@@ -18,7 +18,7 @@ bool PrepareStandardStreams()
     {
         if (fcntl(stream, F_GETFD) == -1)
         {
-            open("/dev/null", O_RDWR); // takes the lowest number that is free, which is this one
+            open("/dev/null", O_RDWR); // takes the lowest free number, which is this stream's
         }
     }
     return isOpen;

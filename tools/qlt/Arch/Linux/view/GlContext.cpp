@@ -4,7 +4,7 @@
 #include <EGL/eglext.h>
 #include <stdexcept>
 
-// Without a surface, so that no display is needed.
+// The context has no surface, so it needs no display.
 struct GlContext::Native
 {
     EGLDisplay display = EGL_NO_DISPLAY;
@@ -47,8 +47,8 @@ GlContext::GlContext()
     }
 }
 
-// Without eglTerminate: it would unload the driver, and what that keeps in static objects would be
-// lost and be made anew for the next context.
+// The destructor does not call eglTerminate, because that would unload the driver. The driver's
+// static objects would be lost and created again for the next context.
 GlContext::~GlContext()
 {
     eglMakeCurrent(mNative->display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);

@@ -22,7 +22,7 @@ bool PrepareStandardStreams()
     return output != nullptr && output != INVALID_HANDLE_VALUE;
 }
 
-// Not every error of a pipe has an errno of its own, and a pipe fails for nothing else.
+// Some errors of a pipe have no errno, and a pipe without a reader is the only cause of a failure.
 bool IsClosedPipe(int) { return GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_PIPE; }
 
 StandardOutputToError::StandardOutputToError()

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <windows.h>
 
-// In a window that is never shown.
+// The context belongs to a window that is never shown.
 struct GlContext::Native
 {
     HWND window = nullptr;

@@ -10,7 +10,7 @@
 namespace
 {
 
-/// A tracker on the simulator with a history of two seconds, shared by all that is measured.
+/// A tracker on the simulator with a history of two seconds. All benchmarks of this file share it.
 qltkit::HeadTracker& Tracker()
 {
     static qltkit::HeadTracker tracker("simulator");
@@ -30,7 +30,8 @@ void LatestPose(benchmark::State& state)
     }
 }
 
-/// So many milliseconds from the last pose, with a look at that one now and then.
+/// Reads the pose at a distance of `ms` milliseconds from the last pose. The time of the last pose
+/// is read again after every LOOK poses.
 void PoseAt(benchmark::State& state)
 {
     constexpr int LOOK = 256;

@@ -1,5 +1,6 @@
-// Three ratios. HeaderSearch compares the search for a header in a frame without one to a plain
-// loop over its words (at most 0.5). ZeroFrame compares zeroing a frame to memset (at most 1.15).
+// These benchmarks measure three ratios. HeaderSearch compares the search for a header in a frame
+// without one to a plain loop over the words of the frame (at most 0.5). ZeroFrame compares zeroing
+// a frame to memset (at most 1.15).
 // ReportToListener compares the round trip of a report, from a blocking source to a listener and
 // back, to the same round trip through a bare thread (at most 1.25).
 #include "Cores.h"

@@ -106,7 +106,7 @@ void BenchInclination(const std::vector<Recording>& recordings)
                 "  %-28s %8s %8s %8s %8s | %8s %8s %8s\n",
                 "recording", "core", "VQF", "kit", "kit max", "core", "VQF", "kit");
     double means[6] = {};
-    double worst = 0.0; // of the kit's by VQF's
+    double worst = 0.0; // the largest quotient of the kit's error and VQF's error
     double worstSaturated = 0.0;
     const auto n = static_cast<double>(recordings.size());
     for (const Recording& recording : recordings)
@@ -137,7 +137,7 @@ void BenchInclination(const std::vector<Recording>& recordings)
     std::printf("  %-28s %8.3f %8.3f %8.3f %8s | %8.1f %8.1f %8.1f\n", "mean (drift: of the size)",
                 means[0], means[1], means[2], "", means[3], means[4], means[5]);
     Goal("inclination, mean", means[2], 0.95, "deg");
-    if (means[1] > 0.0) // not where all recordings are others
+    if (means[1] > 0.0) // false when no recording has published figures
     {
         Goal("inclination of both saturated recordings, worse one", worstSaturated, 2.2, "deg");
         Goal("inclination of the others by VQF's, worst one", worst, 1.05, "");
@@ -201,7 +201,7 @@ void BenchPrediction(const std::vector<Recording>& recordings)
     Goal("prediction by constant rate, worst recording", worst, 0.999, "");
     Goal("its own running error against the one above, worst", 100.0 * worstOwn, 10.0, "%");
     HeadScript rest;
-    rest.gyroscopeNoise = 0.115 * RADIANS; // of a middling gyroscope
+    rest.gyroscopeNoise = 0.115 * RADIANS; // of an average gyroscope
     for (const double ahead : AHEAD_S)
     {
         ScriptedHead head(rest);

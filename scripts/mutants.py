@@ -19,9 +19,9 @@ TEST_SECONDS = 20  # a fault may make a test hang
 
 BINDINGS = ["QueltaSDK", "vr_host_client_lib", "qlt_scripted_sdk"]
 
-# The first folder that fits names the room. Each stage of a room has the targets to build and the
-# tests to run; the second stage meets the faults that the first one misses. A pattern names only
-# programs among its targets, because another program may still have an earlier fault in it.
+# The first folder that fits is the room of a file. Each stage of a room has the targets to build and
+# the tests to run. The second stage runs for the faults that the first one misses. A pattern matches
+# only tests of its own targets, because another program may still contain an earlier fault.
 ROOMS = [
     ("src/qlt/Arch/Linux",
      (["qlt_libusb_tests", "qlt_contract_tests", "qlt_library_tests"],
@@ -74,11 +74,12 @@ Fault = collections.namedtuple("Fault", "file line rule after")
 
 
 def another(number):
-    """Near for a small number, which may be an index, and twice as much for others."""
+    """Returns the next number for a small integer, which may be an index, and else the double."""
     return str(number + 1 if number < 10 and isinstance(number, int) else 2 * number or 1.0)
 
 
-# (rule, what it finds, what takes its place). Spaces around an operator tell it from a declarator.
+# Each entry has the name of the rule, the pattern that it finds, and the replacement. The spaces
+# around an operator distinguish it from a declarator.
 RULES = [
     ("operator", r" \+ ", " - "), ("operator", r" - ", " + "), ("operator", r" \* ", " / "),
     ("operator", r" / ", " * "), ("operator", r" \+= ", " -= "), ("operator", r"\+\+", "--"),
@@ -125,7 +126,7 @@ def sources(windows):
 
 
 def faults_of(file):
-    """Every one-line fault of the file, at most one of each rule and line."""
+    """Returns the one-line faults of the file, at most one for each rule on each line."""
     faults = []
     for number, line in enumerate((ROOT / file).read_text(encoding="utf-8").split("\n"), 1):
         code, comment = re.match(r"((?:[^/\"]|/(?!/)|\"(?:\\.|[^\"\\])*\")*)(.*)$", line).groups()
@@ -154,7 +155,7 @@ def equivalents():
 
 
 def run(command, seconds=None):
-    """Whether the command succeeded in time."""
+    """Returns whether the command succeeded in time."""
     try:
         return subprocess.run(command, timeout=seconds, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -205,7 +206,7 @@ class Builder:
                     "--no-tests=error"])
 
     def passes(self, targets, pattern):
-        """Whether the tests pass with the tree as it is; None when it does not compile."""
+        """Returns whether the tests pass with the tree as it is. None when it does not compile."""
         return self.test(pattern) if self.build(targets) else None
 
     def expect_sound(self, targets, pattern):

@@ -20,7 +20,7 @@ TEST(LastErrorTextTest, IsTheFirstHalfOfTheTextByteByByte)
     constexpr std::uint32_t FILE_NOT_FOUND = 2; // every system knows this code
     const std::u16string text = qlt::SystemErrorText(FILE_NOT_FOUND);
     ASSERT_GT(text.size(), 4U);
-    // The text consists of as many bytes of its memory as it has characters. Each byte is signed.
+    // The result has one signed byte of the text's memory for each character of the text.
     const auto* bytes = reinterpret_cast<const signed char*>(text.data());
     const std::wstring expected(bytes, bytes + text.size());
     qlt::SetLastSystemError(FILE_NOT_FOUND);

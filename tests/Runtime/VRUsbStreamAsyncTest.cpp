@@ -135,7 +135,7 @@ TEST(FrameHeaderTest, AHeaderIsFoundWhereItsWordsAddUpToZero)
         {CutFrame(4), FRAME, {Beginning::NoSignature, 0, true, 4}},
         {CutFrame(FRAME - 4), FRAME, {Beginning::NoSignature, 0, true, FRAME - 4}},
         {CutFrame(FRAME - 4), FRAME - 4, {Beginning::NoSignature, 0, false, 0}},
-        // The header is not at a whole word.
+        // The header does not begin at a whole word.
         {CutFrame(4098), FRAME, {Beginning::NoSignature, 0, false, 0}},
         {Bytes(24, 0x5A), 3, {Beginning::NoSignature, 0, false, 0}},
         {badSum, FRAME, {Beginning::WrongSum, 1, false, 0}},

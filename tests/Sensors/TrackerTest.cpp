@@ -209,7 +209,7 @@ TEST_F(TrackerTest, ListenersMayComeAndGoInsideEveryEvent)
     }
     for (const std::string& report : assertions.TakeTexts())
     {
-        EXPECT_EQ(report, "IsTracking()|Sensors/Tracker"); // only that it is idle
+        EXPECT_EQ(report, "IsTracking()|Sensors/Tracker"); // the tracker is idle
     }
 }
 
@@ -232,16 +232,16 @@ TEST_F(TrackerTest, ResettingTheYawKeepsPitchAndRollAndIsAppliedTwiceToAPredicti
     }
 }
 
-// Each row has no heading, or none to turn. The formulas then report the same assertions every
-// time. Straight up, only rounding is left of the heading. Backward, half a turn about an axis of
-// length zero is nearly the zero quaternion.
+// The formulas report the same assertions every time for these orientations. The identity has no
+// heading to turn. When the head looks straight up, its heading is only a rounding error. When it
+// looks backward, half a turn about an axis of length zero is nearly the zero quaternion.
 TEST_F(TrackerTest, DegenerateHeadingsAreReported)
 {
     const std::string length = "length > FLT_EPSILON|Math/Vector";
     const std::pair<Quaternion, Reports> rows[] = {
         {Quaternion::Identity, {length}},
         {Quaternion(0.70710678f, 0.70710678f, 0, 0),
-         {"!IsZero()|Math/Vector", length}}, // and the results that depend on it
+         {"!IsZero()|Math/Vector", length}}, // more reports follow from these
         {Quaternion(0, 0, 1, 0), {length, "norm > FLT_EPSILON|Math/Quaternion"}}};
     for (const auto& [orientation, expected] : rows)
     {

@@ -31,8 +31,8 @@ namespace Quelta
             return handle;
         }
 
-        /// <summary>Returns an exception that says what the runtime's exceptions about modules, images and entry
-        /// points mean.</summary>
+        /// <summary>Explains an exception of the runtime about modules, images or entry points: returns an
+        /// exception with a clear sentence. Returns any other exception unchanged.</summary>
         internal static Exception Explain(Exception cause)
         {
             if (cause is DllNotFoundException)

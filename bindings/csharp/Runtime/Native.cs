@@ -115,7 +115,7 @@ namespace Quelta
         internal static extern bool qlt_Tracker_Stop(TrackerHandle tracker);
 
         // These functions make and read the library's own values. The structs of Values.cs do not need
-        // them. A program that holds a value of the library does.
+        // these functions. A program that holds a value of the library needs them.
         [DllImport(DLL, CallingConvention = C)]
         internal static extern IntPtr qlt_Quaternion_New();
         [DllImport(DLL, CallingConvention = C)]

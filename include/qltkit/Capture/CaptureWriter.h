@@ -57,7 +57,8 @@ public:
     /// an existing file at `path`. Throws Error when the temporary file cannot be created.
     explicit CaptureWriter(const std::filesystem::path& path, const CaptureOptions& options = {});
 
-    /// Closes the file as Close does, but reports no failure. So call Close before.
+    /// Closes the file as Close does, but reports no failure. To learn of a failure, call Close
+    /// before the destruction.
     ~CaptureWriter();
 
     CaptureWriter(const CaptureWriter&) = delete;
@@ -92,8 +93,8 @@ public:
     /// lacks. Data that is added later is lost. A second call does nothing.
     void Close();
 
-    /// The number of reports that the capture has accepted, in the ring or on their way to the
-    /// disk.
+    /// The number of reports that the capture has accepted. Some of them may not be on the disk
+    /// yet.
     std::uint64_t Reports() const noexcept;
 
     /// The number of reports that the system has taken.

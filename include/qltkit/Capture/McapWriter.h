@@ -33,9 +33,9 @@ struct McapMessage
     std::string_view data;
 };
 
-/// Writes MCAP, the open container format for time-stamped messages on channels. The files have
-/// checksummed chunks, an index and statistics, without compression. Foxglove, PlotJuggler and the
-/// format's own libraries can open them.
+/// Writes MCAP, the open container format for time-stamped messages on channels. The files are not
+/// compressed. They have chunks with checksums, an index and statistics. Foxglove, PlotJuggler and
+/// the format's own libraries can open them.
 ///
 /// A McapWriter does no I/O: it gives the bytes to a sink. One thread at a time.
 class QLTKIT_API McapWriter

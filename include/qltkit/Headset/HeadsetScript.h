@@ -78,7 +78,7 @@ struct HeadsetScript
         ClockJump,     // the device clock jumps by `amount` microseconds
         ClockDrift,    // the device clock is `ppm` too fast from now on
         Stick,         // `axis` of `sensor` keeps its value for `forS`
-        ForeignPlug,   // plugs in another device with the same driver, found before the headset
+        ForeignPlug,   // plugs in another device of the same driver; a search finds it first
         ForeignUnplug, // unplugs that device
     };
 

@@ -62,11 +62,11 @@ public:
     /// at the end of the last read, or -1 ms before the first read.
     std::int64_t NowNs() override;
 
-    /// Ends early at Close. With Fastest it also ends when the script's time has come, and when
-    /// nobody can read.
+    /// Ends early at Close. With Fastest it also ends when the script's time reaches the end of the
+    /// sleep, and when no headset is open.
     void SleepNs(std::int64_t durationNs) override;
 
-    /// As for Source. It also ends reads in progress.
+    /// Does the same as Source::Close, and also ends the reads in progress.
     void Close() override;
 
     /// True when the last report of the script has been read, so every later read fails.

@@ -92,7 +92,8 @@ private:
     const ClockPair mClocks;
     PostList mPosts;
 
-    // While the thread runs, only the thread uses these. Before and after, the caller does.
+    // While the thread runs, only the thread uses these members. Before and after that, only the
+    // caller uses them.
     PartFile mFile;
     McapWriter mMcap;
     CaptureEncoder mEncoder;

@@ -89,8 +89,8 @@ std::optional<std::uint64_t> DamagedByte(std::uint32_t found, std::uint32_t expe
             return size + i;
         }
     }
-    // The CRC is linear, so the difference of a damaged byte passes through the bytes after it as
-    // through zeros. Go back byte by byte until a single byte explains the whole difference.
+    // The CRC is linear. So the bytes after a damaged byte change the difference as if they were
+    // zero. Go back byte by byte until a single byte explains the whole difference.
     for (std::uint64_t i = size; i-- > 0;)
     {
         const std::uint8_t index = INDEX_OF_TOP[difference >> 24];

@@ -31,9 +31,9 @@ inline constexpr std::uint8_t DATA_END = 0x0F;
 // The size of a record's prefix: an opcode and the length of the content.
 inline constexpr std::uint64_t MCAP_PREFIX_SIZE = 9;
 
-// The size of a chunk's content before its records, when it is not compressed: 0 start time, 8 end
-// time, 16 size of the records, 24 their CRC, 28 length of the compression's name (0), 32 size of
-// the records again.
+// The size of an uncompressed chunk's content before its records. The fields and their offsets are:
+// 0 start time, 8 end time, 16 size of the records, 24 their CRC, 28 length of the compression's
+// name (0), 32 size of the records again.
 inline constexpr std::uint64_t MCAP_CHUNK_HEADER_SIZE = 40;
 
 // The size of the last bytes of a file: the footer's record and the magic.

@@ -226,7 +226,7 @@ bool McapScanner::HidesChunk(std::uint8_t opcode, std::uint64_t length)
     return isPlain && FindChunk(begin, begin + length) != NOWHERE;
 }
 
-/// True for a footer that has no end of the data before it.
+/// True for a footer. The scan reaches it only when the DataEnd record before it is missing.
 bool McapScanner::IsFooter(std::uint8_t opcode, std::uint64_t length) const
 {
     return opcode == McapOpcode::FOOTER && length == MCAP_FOOTER_CONTENT_SIZE &&
@@ -338,8 +338,8 @@ void McapScanner::ReportChunkCrc(const ChunkHeader& header, std::uint32_t found)
                                                             "; its records are left out");
 }
 
-/// True when the CRC shows that the chunk has `size` bytes of records. The budget limits the checks
-/// in a file that was forged with many candidates to a few times its size.
+/// True when the CRC shows that the chunk has `size` bytes of records. A forged file may contain
+/// many candidates, so a budget limits the checked bytes to a few times the size of the file.
 bool McapScanner::IsWhole(const ChunkHeader& header, std::uint64_t size)
 {
     if (header.crc == 0 || !header.Fits(size) || size > mSearchBudget)

@@ -22,7 +22,8 @@ struct McapRecord
 class McapScanner
 {
 public:
-    /// Is called for damage, with the first lost or wrong byte and a sentence.
+    /// The scanner calls this function for each damage. It passes the offset of the first lost or
+    /// wrong byte, and a sentence.
     using Report = std::function<void(std::uint64_t, const std::string&)>;
 
     /// Throws Error when the file is no MCAP file. `file` must outlive this object.

@@ -79,8 +79,8 @@ public:
     }
 
 private:
-    /// `turn` is the position of the report that the slot waits for, and this position + 1 when the
-    /// slot holds it.
+    /// While the slot is free, `turn` is the position of the report that it waits for. While the
+    /// slot holds this report, `turn` is the position + 1.
     struct Slot
     {
         std::atomic<std::uint64_t> turn{0};

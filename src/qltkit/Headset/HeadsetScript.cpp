@@ -194,7 +194,7 @@ HeadsetScript::Event EventOf(JsonFields fields)
 HeadsetScript ScriptOf(JsonFields fields, const std::filesystem::path& folder)
 {
     HeadsetScript script;
-    fields.Find("$schema"); // editors use it to complete and to check
+    fields.Find("$schema"); // editors use it to complete and to check the file
     script.about = fields.Has("about") ? fields.Text("about") : "";
     script.seed = fields.Has("seed") ? fields.Count("seed") : 0;
     script.seconds = fields.Number("seconds", {0.001, MAX_SCRIPT_SECONDS}, 0.0);

@@ -30,7 +30,7 @@ struct JsonValue
     double number = 0.0;
     std::uint64_t count = 0;     // the exact number when isCount
     std::string text;            // of a text
-    std::vector<Member> members; // of an object, or of a list, where they have no names
+    std::vector<Member> members; // of an object or a list; in a list they have no names
 };
 
 struct JsonValue::Member

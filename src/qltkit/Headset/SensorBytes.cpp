@@ -41,8 +41,8 @@ double Rounded(double value)
 }
 
 /// Sines and cosines of the three turns. deliberate: only some values are rounded, here and in
-/// FieldOf. The compiler of the first version omitted the others, and the bytes of a seed must not
-/// change.
+/// FieldOf. The compiler of the first version omitted the other roundings, and the bytes of a seed
+/// must not change.
 struct Turns
 {
     Turns(double yaw, double pitch, double roll)

@@ -9,8 +9,8 @@ namespace
 
 constexpr std::chrono::milliseconds REPORT_PERIOD(1);
 
-/// When a reader is later than this, the headset has stood still meanwhile. So the reader finds no
-/// backlog of reports.
+/// When a reader is later than this, the headset pauses until the reader comes. So the reader finds
+/// no backlog of reports.
 constexpr std::chrono::milliseconds MAX_LATE(100);
 
 class EndPointOf final : public qlt::UsbEndPoint

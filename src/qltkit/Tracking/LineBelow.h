@@ -25,8 +25,8 @@ struct Line
 ///
 /// The line must lie below all lowest points. The result is the mean of all such lines. The weight
 /// of a line falls exponentially with its depth below the points. The slope of the means limits the
-/// slopes, because the lowest points alone say little about it. The standard deviation of the slope
-/// of the means is never taken to be less than `leastDeviation`.
+/// slopes, because the lowest points alone say little about the slope. When the standard deviation
+/// of the slope of the means is less than `leastDeviation`, `leastDeviation` replaces it.
 Line LineBelow(const Point* lowest, const Point* means, std::size_t blocks, double leastDeviation);
 
 constexpr std::size_t MAX_BLOCKS = 128;

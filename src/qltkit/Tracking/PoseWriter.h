@@ -41,7 +41,7 @@ public:
     PredictionErrors GetErrors() const { return ReadErrors().all; }
     PredictionErrors GetRecentErrors() const { return ReadErrors().recent; }
 
-    /// After this call a failing read is our own doing, so OnLost ignores it. Any thread.
+    /// After this call the tracker itself makes reads fail, so OnLost ignores them. Any thread.
     void Close() { mClosed = true; }
 
 private:

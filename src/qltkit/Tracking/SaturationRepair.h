@@ -1,4 +1,4 @@
-// Restores the angle or the velocity that is lost while an axis is saturated:
+// Restores the angle or the velocity that is lost while an axis is saturated.
 #pragma once
 
 #include <qltkit/Tracking/ImuSample.h>

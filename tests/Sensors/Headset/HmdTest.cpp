@@ -70,8 +70,9 @@ TEST(HmdTest, AReportBecomesSevenEventsInOrderWithCountedTime)
     headset.Start(headset.log);
     headset.Deliver(ReportWriter(1).I16(34, 8000).U32(44, 1000000));
     headset.Deliver(ReportWriter(2, 7000000));
-    // This event has the device's own estimate and not the fused orientation; w alone is a quarter
-    // turn about x. The position of the report is not used, and the host service has none.
+    // The quaternion event has the device's own estimate and not the fused orientation. An estimate
+    // with only w is a quarter turn about x. The position of the report is not used, and the host
+    // service has no position.
     EXPECT_EQ(headset.log.WaitFor(8),
               (std::vector<std::string>{
                   "accelerometer 0.0121987 0.910223 0.0197377 @ 0",

@@ -24,8 +24,8 @@ TEST(SensorReportTest, FieldsComeFromTheirOffsets)
 
 // The scaled counts (x, y, z) become (-y, x, z). The calibration subtracts the middle of the range
 // and multiplies the accelerometer by half of the range. 1000 counts are 30.517578 degrees a
-// second, 1000 / 8192 g, 0.14615609 gauss, 3.90625 degrees Celsius, 0.1 m, each scale the nearest
-// float.
+// second, 1000 / 8192 g, 0.14615609 gauss, 3.90625 degrees Celsius or 0.1 m. Each scale is the
+// nearest float.
 TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
 {
     ReportWriter report(1);
@@ -44,9 +44,9 @@ TEST(SensorReportTest, VectorsAreTurnedIntoTheTrackersAxesThenCalibrated)
     EXPECT_EQ(Bits(qlt::HEADSET_SCALES.position), 0x38D1B717u);
 }
 
-// The counts are z, w, x, y. With w alone the device lies on its back, which is a quarter turn
-// about x. The other rows are calculated by hand: q1 = (w, -y, x, z), then the quarter turn from
-// the left, then z reversed.
+// The counts are z, w, x, y. When only w is set, the device lies on its back, which is a quarter
+// turn about x. The other rows are calculated by hand: q1 = (w, -y, x, z), then the quarter turn
+// from the left, then z reversed.
 TEST(SensorReportTest, TheQuaternionIsRemappedForEveryLength)
 {
     AssertionRecorder assertions;

@@ -40,7 +40,8 @@ TEST(CaptureWriterTest, EntriesAreReadInTheirOrderWithTheirTimes)
     qltkit::CaptureWriter writer(path, options);
     EXPECT_EQ(writer.TemporaryPath(), std::filesystem::u8path("aller retour \xC3\xA9.part.mcap"));
 
-    // The device's clock is about to wrap, runs 0.1 % fast, and restarts after a plug.
+    // The device's clock is about to wrap, runs 0.1 % fast, and restarts when the device is plugged
+    // in again.
     std::array<qltkit::CaptureReport, 4> reports{};
     const std::uint32_t timesUs[] = {0xFFFFFF00, 0xFFFFFF00 + 1001, 0xFFFFFF00 + 2002, 77};
     for (std::uint32_t i = 0; i < 4; ++i)

@@ -44,7 +44,7 @@ double WorstErrorMs(double driftPpm, double noiseMs, double stallAtS, std::int64
 TEST(ClockFitTest, DriftAndLateWakeUpsLeaveLessThanAThirdOfAMillisecond)
 {
     EXPECT_LT(WorstErrorMs(0.0, 0.0, -1.0, 0), 0.001);
-    // Chance alone lets an estimate of two seconds miss by more now and then.
+    // An estimate from two seconds sometimes has a larger error by chance.
     int misses = 0;
     for (std::uint64_t seed = 0; seed < 40; ++seed)
     {

@@ -311,8 +311,8 @@ CommandBody AddMesh(CLI::App& command)
         ->check([options](const std::string& text) { return ParseResolution(text, *options); });
     command.add_flag("--strip", options->strip, "One triangle strip instead of a list");
     RequireName(command.add_option("--svg", options->svg,
-                                   "Draw it: a grid as the panel shows it to the lens"));
-    RequireName(command.add_option("--obj", options->obj, "Write it for other programs"));
+                                   "Draw a square grid as the panel shows it to the lens"));
+    RequireName(command.add_option("--obj", options->obj, "Write the mesh for other programs"));
     RequireName(command.add_option("--csv", options->csv, "Write its vertices as numbers"));
     command.callback(
         [options] {

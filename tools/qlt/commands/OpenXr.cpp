@@ -203,12 +203,12 @@ CommandBody AddOpenXr(CLI::App& command)
     command.description("Run programs that speak OpenXR on the headset");
     command.require_subcommand(1);
     CLI::App* status =
-        command.add_subcommand("status", "Which runtime is active, and how its sessions fare");
+        command.add_subcommand("status", "Show the active runtime and the state of its sessions");
     status->add_flag("--watch", options->watch, "Go on until Ctrl-C");
     CLI::App* enable =
-        command.add_subcommand("enable", "Make this runtime the one of your programs");
+        command.add_subcommand("enable", "Make this runtime the active one for your programs");
     enable->add_flag("--force", options->force, "Put another runtime's setting aside");
-    CLI::App* disable = command.add_subcommand("disable", "Take that back");
+    CLI::App* disable = command.add_subcommand("disable", "Undo enable");
     SetUpRun(*command.add_subcommand("run", "Run one program on this runtime"), *options);
     return [options, status, enable, disable]
     {

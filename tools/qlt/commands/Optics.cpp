@@ -54,8 +54,8 @@ qlt::DistortParams MeasuredLens()
 }
 
 /// The factor at a radius above 0, as the library computes it for a point straight below the lens
-/// centre. It is the quotient of two distances from the middle: that of the texture coordinate and
-/// that of the point.
+/// centre. It is the distance of the texture coordinate from the middle, divided by the distance of
+/// the point from the middle.
 double Scale(qlt::DistortionFunction& lens, double radius, qlt::Params::Color channel)
 {
     constexpr float CENTER_X = qlt::DistortConstants::LENS_CENTER_OFFSET_X; // of the right eye

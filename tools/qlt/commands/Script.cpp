@@ -20,12 +20,12 @@ namespace
 using qltkit::ScriptedHeadset;
 
 constexpr double DEG_PER_RAD = 57.29577951308232;
-constexpr double MOMENTS = 450.0; // in a picture
+constexpr double MOMENTS = 450.0; // the number of moments in a picture
 
 struct Options
 {
     std::string script;
-    double seconds = 60.0; // of a script that is longer, or has no end
+    double seconds = 60.0; // the length of a run when the script is longer or has no end
     std::string svg;       // empty: none
 };
 
@@ -42,7 +42,7 @@ ScriptMoment::Triple InDegrees(double a, double b, double c)
     return {a * DEG_PER_RAD, b * DEG_PER_RAD, c * DEG_PER_RAD};
 }
 
-/// Yaw, pitch and roll; the yaw in the turn that is nearest to `nearDeg`.
+/// Returns yaw, pitch and roll. Whole turns are added to the yaw so that it is near `nearDeg`.
 ScriptMoment::Triple AnglesOf(const qlt::Quaternion& q, double nearDeg)
 {
     const double w = static_cast<double>(q.w());

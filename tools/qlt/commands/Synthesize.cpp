@@ -71,7 +71,7 @@ CommandBody AddSynthesize(CLI::App& command)
     RequireNumber(command.add_option("--seconds", options->seconds, "Length of the recording"),
                   0.001, 3600.0)
         ->capture_default_str();
-    RequireNumber(command.add_option("--seed", options->seed, "Another seed, another motion"),
+    RequireNumber(command.add_option("--seed", options->seed, "Another seed gives another motion"),
                   std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max())
         ->capture_default_str();
     command.add_flag("--ideal", options->ideal, "Sensors without bias and noise");

@@ -20,7 +20,7 @@ constexpr double MARGIN = 30.0;
 
 const char* const COLORS[] = {"#2455d8", "#1d9a3c", "#d8322c"};
 
-/// One of the diagrams, from top to bottom.
+/// One of the diagrams, which stand one below another.
 struct Diagram
 {
     double top;
@@ -51,7 +51,7 @@ struct Picture
     double Top() const { return MARGIN + LABEL_HEIGHT * static_cast<double>(labelRows); }
 };
 
-/// A round step that divides `span` into about five.
+/// Returns a round step that divides `span` into about five parts.
 double StepOf(double span)
 {
     const double rough = span / 5.0;
@@ -133,7 +133,7 @@ void DrawLegend(const Picture& picture, const Diagram& diagram,
     }
 }
 
-/// Grey where no report arrives.
+/// Draws the times without reports in grey.
 void DrawGaps(const Picture& picture, double top, double bottom)
 {
     double last = 0.0;
@@ -188,7 +188,7 @@ std::string LabelOf(const HeadsetScript::Event& event)
     return "";
 }
 
-/// In rows, so that neighbours do not cover each other.
+/// Draws the events. Their labels stand in rows, so that neighbours do not cover each other.
 void DrawEvents(const Picture& picture, double bottom)
 {
     std::size_t row = 0;

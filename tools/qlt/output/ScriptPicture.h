@@ -21,7 +21,7 @@ struct ScriptMoment
     double temperatureC = 0.0;
 };
 
-/// `moments` ascend and end at `endS` or before; a step of more than `gapS` seconds between two of
-/// them is a time without reports.
+/// Draws the picture. The times of `moments` ascend and are at most `endS`. A step of more than
+/// `gapS` seconds between two moments is a time without reports.
 void DrawScript(OutputFile& file, const qltkit::HeadsetScript& script,
                 const std::vector<ScriptMoment>& moments, double endS, double gapS);

@@ -22,7 +22,8 @@ bool PrepareStandardStreams()
     return output != nullptr && output != INVALID_HANDLE_VALUE;
 }
 
-// Some errors of a pipe have no errno, and a pipe without a reader is the only cause of a failure.
+// Some errors of a pipe have no errno. A write to a pipe fails only when the pipe has no reader, so
+// the type of the output is enough.
 bool IsClosedPipe(int) { return GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_PIPE; }
 
 StandardOutputToError::StandardOutputToError()

@@ -42,7 +42,7 @@ TREES = {
     "src/openxr": ("openxr/", "GL/glcorearb.h", "nlohmann/", "generated/"),
     "tests/openxr": ("openxr/", "generated/", "gtest/", "GL/glcorearb.h"),
     "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h", "GLFW/"),
-    "bench": ("benchmark/",),
+    "bench": ("benchmark/", "openxr/"),
     "examples": (),
     "tests": ("gtest/", "GL/glew.h"),
 }

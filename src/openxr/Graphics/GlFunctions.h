@@ -20,10 +20,11 @@ namespace qltxr
     _(DeleteVertexArrays) _(Disable) _(DrawElements) _(Enable) _(EnableVertexAttribArray) \
     _(FenceSync) _(Finish) _(Flush) _(FramebufferTexture2D) _(GenBuffers) _(GenFramebuffers) \
     _(GenSamplers) _(GenTextures) _(GenVertexArrays) _(GetError) _(GetIntegerv) _(GetProgramiv) \
-    _(GetShaderInfoLog) _(GetShaderiv) _(GetUniformLocation) _(LinkProgram) _(PixelStorei) \
-    _(ReadPixels) _(SamplerParameteri) _(ShaderSource) _(TexParameteri) _(TexStorage2D) \
-    _(TexStorage3D) _(TexSubImage2D) _(TexSubImage3D) _(Uniform1f) _(Uniform1i) _(Uniform2f) _(Uniform4f) _(UniformMatrix3fv) \
-    _(UseProgram) _(VertexAttribPointer) _(Viewport) _(WaitSync)
+    _(GetShaderInfoLog) _(GetShaderiv) _(GetUniformLocation) _(IsTexture) _(LinkProgram) \
+    _(PixelStorei) _(ReadPixels) _(SamplerParameteri) _(ShaderSource) _(TexParameteri) \
+    _(TexStorage2D) _(TexStorage3D) _(TexSubImage2D) _(TexSubImage3D) _(Uniform1f) _(Uniform1i) \
+    _(Uniform2f) _(Uniform4f) _(UniformMatrix3fv) _(UseProgram) _(VertexAttribPointer) \
+    _(Viewport) _(WaitSync)
 // clang-format on
 
 struct GlFunctions

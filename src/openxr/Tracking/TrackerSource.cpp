@@ -1,6 +1,9 @@
 #include "Tracking/TrackerSource.h"
 
+#include <qltkit/Headset/ScriptedHeadset.h>
+
 #include <exception>
+#include <filesystem>
 
 namespace qltxr
 {
@@ -23,11 +26,20 @@ const char* StateText(qltkit::PoseState state)
     }
 }
 
+/// A headset script by its file, or what the kit knows by its name.
+std::unique_ptr<qltkit::Source> Open(const std::string& source)
+{
+    const std::filesystem::path file(source);
+    return file.extension() == ".json"
+               ? std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(file))
+               : qltkit::OpenSource(source);
+}
+
 } // namespace
 
 TrackerSource::TrackerSource(const std::string& source)
     : mSource(source)
-    , mTracker(source)
+    , mTracker(Open(source))
 {
 }
 

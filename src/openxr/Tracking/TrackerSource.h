@@ -11,7 +11,8 @@ namespace qltxr
 class TrackerSource final : public PoseSource
 {
 public:
-    /// `source` as the kit names it; qltkit::Error when it is none.
+    /// `source` as the kit names it, or the file of a headset script, FILE.json. qltkit::Error when
+    /// it is neither.
     explicit TrackerSource(const std::string& source);
 
     HeadMoment At(XrTime time) const override;

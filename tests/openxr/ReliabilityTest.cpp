@@ -1,0 +1,185 @@
+// Many lives, several threads, and the costs of a frame, with real graphics.
+#include "GraphicsFixture.h"
+
+#include "fakes/AllocationCounter.h"
+#include "fakes/OpenHandles.h"
+
+#include <atomic>
+#include <thread>
+
+namespace qltxr
+{
+
+namespace
+{
+
+/// The long form of a test has so many rounds for each of the short one.
+int Rounds(int few) { return std::getenv("QLT_SOAK") != nullptr ? 50 * few : few; }
+
+} // namespace
+
+class ReliabilityTest : public GraphicsTest
+{
+protected:
+    ReliabilityTest()
+        : GraphicsTest("64x64")
+    {
+    }
+
+    void OneFrame() const
+    {
+        XrFrameState state{XR_TYPE_FRAME_STATE};
+        EXPECT_EQ(WaitFrame(session, nullptr, &state), XR_SUCCESS);
+        EXPECT_GE(BeginFrame(session, nullptr), 0);
+        EXPECT_EQ(End({}, state.predictedDisplayTime), XR_SUCCESS);
+    }
+};
+
+TEST_F(ReliabilityTest, LivesOfSessionsLeaveNothingBehind)
+{
+    const auto live = [this](int rounds)
+    {
+        for (int i = 0; i < rounds; ++i)
+        {
+            EXPECT_EQ(DestroySession(session), XR_SUCCESS);
+            ASSERT_EQ(CreateGraphical(program.Binding()), XR_SUCCESS);
+            Begin();
+            MakeSwapchain(8, 8); // goes with the session
+            OneFrame();
+        }
+    };
+    live(3); // the driver's own first times
+    const std::size_t files = CountOpenHandles();
+    const std::size_t threads = CountThreads();
+    const std::size_t handles = TheRuntime().handles.Size();
+    live(Rounds(20));
+    EXPECT_EQ(CountOpenHandles(), files);
+    EXPECT_EQ(CountThreads(), threads);
+    EXPECT_EQ(TheRuntime().handles.Size(), handles);
+}
+
+TEST_F(ReliabilityTest, LivesOfSwapchainsLeaveNothingBehind)
+{
+    const std::size_t handles = TheRuntime().handles.Size();
+    GLuint highest = 0;
+    for (int i = 0; i < Rounds(200); ++i)
+    {
+        const ProgramSwapchain one = MakeSwapchain(8, 8);
+        highest = std::max(highest, one.textures.back());
+        Acquire(one);
+        Release(one); // leaves a fence
+        EXPECT_EQ(DestroySwapchain(one.handle), XR_SUCCESS);
+    }
+    EXPECT_EQ(TheRuntime().handles.Size(), handles);
+    TheCompositor().TakePicture(); // deletes what was left, and needs one texture itself
+    int alive = 0;
+    for (GLuint name = 1; name <= highest; ++name)
+    {
+        alive += program.gl.IsTexture(name) == GL_TRUE ? 1 : 0;
+    }
+    EXPECT_LE(alive, 1);
+}
+
+// One thread runs frames, one asks, one makes and destroys, and at last the session goes under all
+// of them. For the thread sanitizer.
+TEST_F(ReliabilityTest, FramesQuestionsAndDestructionComeFromSeveralThreads)
+{
+    ASSERT_EQ(Begin(), XR_SUCCESS);
+    program.MakeNothingCurrent();
+    const XrSpace local = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_LOCAL);
+    const XrSpace view = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_VIEW);
+    std::atomic<bool> gone{false};
+    const auto run = [&](const std::function<XrResult()>& call)
+    {
+        return std::thread(
+            [&gone, call]
+            {
+                while (!gone)
+                {
+                    const XrResult result = call();
+                    EXPECT_TRUE(result >= 0 || result == XR_ERROR_HANDLE_INVALID ||
+                                result == XR_ERROR_CALL_ORDER_INVALID ||
+                                result == XR_ERROR_SESSION_LOST)
+                        << result;
+                }
+            });
+    };
+    std::vector<std::thread> threads;
+    threads.push_back(run(
+        [this]
+        {
+            XrFrameState state{XR_TYPE_FRAME_STATE};
+            WaitFrame(session, nullptr, &state);
+            BeginFrame(session, nullptr);
+            return End({});
+        }));
+    threads.push_back(run(
+        [&]
+        {
+            XrSpaceVelocity velocity{XR_TYPE_SPACE_VELOCITY};
+            XrSpaceLocation location{XR_TYPE_SPACE_LOCATION, &velocity};
+            XrEventDataBuffer event{XR_TYPE_EVENT_DATA_BUFFER};
+            PollEvent(instance, &event);
+            return LocateSpace(view, local, Now(), &location);
+        }));
+    threads.push_back(run(
+        [this]
+        {
+            XrSwapchainCreateInfo info{XR_TYPE_SWAPCHAIN_CREATE_INFO};
+            info.format = GL_RGBA8;
+            info.width = info.height = info.sampleCount = info.faceCount = info.arraySize =
+                info.mipCount = 1;
+            XrSwapchain swapchain = XR_NULL_HANDLE;
+            const XrResult result = CreateSwapchain(session, &info, &swapchain);
+            return result == XR_SUCCESS ? DestroySwapchain(swapchain) : result;
+        }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(Rounds(300)));
+    EXPECT_EQ(DestroySession(session), XR_SUCCESS);
+    gone = true;
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    program.MakeCurrent();
+}
+
+TEST_F(ReliabilityTest, AFrameAllocatesNothingOnTheProgramsThread)
+{
+    ASSERT_EQ(Begin(), XR_SUCCESS);
+    const XrSpace local = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_LOCAL);
+    const ProgramSwapchain swapchain = MakeSwapchain(16, 16);
+    Acquire(swapchain);
+    Release(swapchain);
+    XrCompositionLayerProjectionView views[2];
+    const XrCompositionLayerProjection layer{
+        XR_TYPE_COMPOSITION_LAYER_PROJECTION, nullptr, 0, local, 2, views};
+    const auto* header = reinterpret_cast<const XrCompositionLayerBaseHeader*>(&layer);
+    for (XrCompositionLayerProjectionView& view : views)
+    {
+        view = {XR_TYPE_COMPOSITION_LAYER_PROJECTION_VIEW,
+                nullptr,
+                IDENTITY,
+                {-1, 1, 1, -1},
+                Whole(swapchain)};
+    }
+    const XrFrameEndInfo end{XR_TYPE_FRAME_END_INFO,           nullptr, SOME_TIME,
+                             XR_ENVIRONMENT_BLEND_MODE_OPAQUE, 1,       &header};
+    const XrViewLocateInfo locate{XR_TYPE_VIEW_LOCATE_INFO, nullptr,
+                                  XR_VIEW_CONFIGURATION_TYPE_PRIMARY_STEREO, SOME_TIME, local};
+    XrFrameState state{XR_TYPE_FRAME_STATE};
+    XrViewState viewState{XR_TYPE_VIEW_STATE};
+    XrView located[2] = {{XR_TYPE_VIEW}, {XR_TYPE_VIEW}};
+    std::uint32_t count = 0;
+    long before = 0;
+    for (int i = 0; i < 12; ++i)
+    {
+        before = i == 2 ? ThreadAllocationCount() : before; // after the states' events
+        WaitFrame(session, nullptr, &state);
+        BeginFrame(session, nullptr);
+        LocateViews(session, &locate, &viewState, 2, &count, located);
+        EXPECT_EQ(EndFrame(session, &end), XR_SUCCESS);
+    }
+    EXPECT_EQ(ThreadAllocationCount(), before);
+}
+
+} // namespace qltxr

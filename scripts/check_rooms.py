@@ -43,7 +43,7 @@ TREES = {
     "tests/openxr": ("openxr/", "generated/", "gtest/", "GL/glcorearb.h"),
     "tools": ("CLI/", "nlohmann/", "stb/", "GL/glew.h", "GLFW/"),
     "bench": ("benchmark/", "openxr/"),
-    "examples": (),
+    "examples": ("openxr/", "GLFW/"),
     "tests": ("gtest/", "GL/glew.h"),
 }
 

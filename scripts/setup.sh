@@ -3,26 +3,28 @@
 # fetches the sources of GLEW and GLFW into build/. It asks no question, changes nothing else, and prints
 # nothing when all packages are there. It needs root or sudo if a package is missing.
 #
-# The groups are demo (build the library and the command), linux (build and test), windows (cross-build,
-# run under Wine) and house (format, clang-tidy and doxygen). Without a group it installs linux, windows
-# and house.
+# The groups are demo (build the library and the command), openxr (build the OpenXR runtime as well, and
+# run its demo), linux (build and test), windows (cross-build, run under Wine) and house (format,
+# clang-tidy and doxygen). Without a group it installs linux, windows and house.
 set -euo pipefail
 
 packages_of()
 {
     local demo="g++ cmake ninja-build pkgconf libusb-1.0-0-dev libglew-dev libglfw3-dev libegl-dev
         libgl1-mesa-dri libcli11-dev nlohmann-json3-dev libstb-dev"
-    local linux="$demo python3 python3-pytest mono-mcs mono-runtime googletest netpbm
-        libbenchmark-dev libumockdev-dev umockdev libopenxr-dev libopenxr-loader1 libopenxr-utils
-        openxr-layer-corevalidation libx11-dev libxrandr-dev xvfb xauth"
+    local openxr="$demo libopenxr-dev libopenxr-loader1 libopenxr-utils libx11-dev libxrandr-dev xvfb
+        xauth"
+    local linux="$openxr python3 python3-pytest mono-mcs mono-runtime googletest netpbm
+        libbenchmark-dev libumockdev-dev umockdev openxr-layer-corevalidation"
     # Node.js packages from other sources contain npm and conflict with Debian's packages.
     command -v npm >/dev/null || linux+=" nodejs npm"
     case $1 in
     demo) echo "$demo" ;;
+    openxr) echo "$openxr" ;;
     linux) echo "$linux" ;;
     windows) echo "$linux g++-mingw-w64-x86-64-posix wine64 xvfb xz-utils" ;;
     house) echo "$linux clang-format clang-tidy doxygen" ;;
-    *) fail "there is no group '$1'; groups are demo, linux, windows, house" ;;
+    *) fail "there is no group '$1'; groups are demo, openxr, linux, windows, house" ;;
     esac
 }
 

@@ -59,6 +59,14 @@ Session::Session(HandleTable& table, EventQueue& events, const Configuration& se
     state.Create(Now());
 }
 
+Session::~Session()
+{
+    if (compositor != nullptr)
+    {
+        compositor->Stop();
+    }
+}
+
 std::unique_ptr<Session> TakeSession(Instance& instance)
 {
     Session* session = instance.session.get();

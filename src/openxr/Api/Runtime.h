@@ -30,6 +30,11 @@ struct Session
     Session(HandleTable& table, EventQueue& events, const Configuration& settings,
             std::unique_ptr<PoseSource> source, std::unique_ptr<Graphics> graphics);
 
+    /// A thread that makes a swapchain may still have the compositor, so it is stopped by name.
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
     Registration<XrSession, KIND> handle;
     const Configuration configuration;
     HeadModel head;

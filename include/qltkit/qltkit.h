@@ -4,10 +4,17 @@
 #include <qltkit/Capture/CaptureItem.h>
 #include <qltkit/Capture/CaptureReader.h>
 #include <qltkit/Capture/CaptureWriter.h>
+#include <qltkit/Capture/InputFile.h>
 #include <qltkit/Capture/McapWriter.h>
+#include <qltkit/Capture/OutputFile.h>
+#include <qltkit/Capture/Recording.h>
+#include <qltkit/Capture/RecordingCheck.h>
 #include <qltkit/Error.h>
 #include <qltkit/Headset/HeadMotion.h>
 #include <qltkit/Headset/HeadsetScript.h>
+#include <qltkit/Headset/RecordingPlayer.h>
+#include <qltkit/Headset/ReportFollower.h>
+#include <qltkit/Headset/ReportRecorder.h>
 #include <qltkit/Headset/ReportTap.h>
 #include <qltkit/Headset/ScriptedHeadset.h>
 #include <qltkit/Headset/SoftwareHeadset.h>

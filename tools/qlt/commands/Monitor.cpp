@@ -1,6 +1,7 @@
 #include "commands/Commands.h"
 
 #include <qlt/qlt.h>
+#include <qltkit/Headset/ReportFollower.h>
 
 #include "commands/OptionChecks.h"
 #include "output/Orientation.h"
@@ -10,7 +11,6 @@
 #include "source/TrackerSource.h"
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -30,8 +30,8 @@ struct Options
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// What the monitored tracker said last.
-class Latest final : public qlt::TrackerListener
+/// The last pose of the monitored tracker.
+class Latest final : public qltkit::ReportFollower
 {
 public:
     struct Pose
@@ -42,7 +42,8 @@ public:
     };
 
     Latest(OrientationCsv& csv, const TrackerSource& source)
-        : mCsv(csv)
+        : ReportFollower(source.Recorded(), source.Reports())
+        , mCsv(csv)
         , mSource(source)
     {
     }
@@ -53,37 +54,28 @@ public:
         mPose.temperature = temperature;
     }
 
-    void OnOrientationEvent(const qlt::Quaternion& orientation, float time) override
-    {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mCsv.Write(mPose.reports, mSource.TimeUs(mPose.reports, time), orientation);
-        mPose.orientation = orientation;
-        ++mPose.reports;
-        lock.unlock();
-        if (mPose.reports == mSource.Reports())
-        {
-            mEnded = true;
-            mSource.Hold();
-        }
-    }
-
     Pose Get() const
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         return mPose;
     }
 
-    bool Ended() const { return mEnded; }
-
 private:
+    void OnReport(std::size_t report, const qlt::Quaternion& orientation, float time) override
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mCsv.Write(report, mSource.TimeUs(report, time), orientation);
+        mPose.orientation = orientation;
+        mPose.reports = report + 1;
+    }
+
     mutable std::mutex mMutex; // guards the pose
     Pose mPose;
     OrientationCsv& mCsv;
     const TrackerSource& mSource;
-    std::atomic<bool> mEnded{false};
 };
 
-/// One line that is written over in a terminal, one line after another elsewhere.
+/// Shows one line that is written over in a terminal, and one line after another elsewhere.
 class Display
 {
 public:
@@ -133,7 +125,8 @@ std::string Describe(const Latest::Pose& pose, std::size_t newReports, double el
     return head.data() + FormatOrientation(pose.orientation);
 }
 
-/// The poses of the first objects, as far as they have one: how many there are cannot be asked.
+/// Describes the first objects that have a pose. The tracker does not tell how many objects there
+/// are.
 std::string DescribeObjects(const qlt::Tracker& tracker)
 {
     constexpr std::uint64_t SHOWN_OBJECTS = 8;

@@ -1,11 +1,11 @@
 #include "commands/Commands.h"
 
 #include <qlt/qlt.h>
+#include <qltkit/Headset/ReportRecorder.h>
 
 #include "commands/OptionChecks.h"
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
-#include "source/ReportRecorder.h"
 
 #include <chrono>
 #include <cstdio>
@@ -24,11 +24,12 @@ struct Options
 
 int Run(const Options& options)
 {
-    ReportRecorder recorder(qlt::UsbHost::System(), options.recording);
+    qltkit::ReportRecorder recorder(options.recording);
     CatchInterrupts();
     SayThatHeadsetIsAwaited();
     {
-        qlt::Hmd hmd(recorder);
+        qltkit::ReportTap tap(qlt::UsbHost::System(), qlt::Clock::System(), recorder);
+        qlt::Hmd hmd(tap);
         hmd.Start();
         const auto start = std::chrono::steady_clock::now();
         const auto isOver = [&]

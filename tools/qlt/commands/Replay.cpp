@@ -1,9 +1,11 @@
 #include "commands/Commands.h"
 
+#include <qltkit/Headset/ReportFollower.h>
+
 #include "commands/OptionChecks.h"
 #include "output/Orientation.h"
 #include "output/Terminal.h"
-#include "source/RecordingPlayer.h"
+#include "source/RecordingFaults.h"
 
 #include <nlohmann/json.hpp>
 
@@ -28,33 +30,31 @@ struct Options
 using SteadyClock = std::chrono::steady_clock;
 
 /// Keeps every orientation of a replay and notices its end.
-class Collector final : public qlt::TrackerListener
+class Collector final : public qltkit::ReportFollower
 {
 public:
-    Collector(const RecordingTracker& tracker, std::size_t reports)
-        : mTracker(tracker)
+    Collector(const qltkit::RecordingTracker& tracker, std::size_t reports)
+        : ReportFollower(&tracker, reports)
         , mReports(reports)
     {
         orientations.reserve(reports);
     }
 
-    void OnOrientationEvent(const qlt::Quaternion& orientation, float) override
-    {
-        orientations.push_back(orientation);
-        if (orientations.size() == mReports)
-        {
-            mEnd.set_value(SteadyClock::now());
-            mTracker.WaitForStop();
-        }
-    }
-
-    /// Waits for the last report; the moment it was done.
+    /// Waits for the last report and returns the moment when it was done.
     SteadyClock::time_point WaitForEnd() { return mEnd.get_future().get(); }
 
     std::vector<qlt::Quaternion> orientations;
 
 private:
-    const RecordingTracker& mTracker;
+    void OnReport(std::size_t report, const qlt::Quaternion& orientation, float) override
+    {
+        orientations.push_back(orientation);
+        if (report + 1 == mReports)
+        {
+            mEnd.set_value(SteadyClock::now());
+        }
+    }
+
     const std::size_t mReports;
     std::promise<SteadyClock::time_point> mEnd;
 };
@@ -62,14 +62,14 @@ private:
 struct Result
 {
     std::vector<qlt::Quaternion> orientations;
-    double seconds = 0.0; // that the replay took, from the start of tracking to the last event
+    double seconds = 0.0; // from the start of tracking to the last event
     std::optional<double> inclinationRmseDeg;
 };
 
-Result Replay(const Recording& recording)
+Result Replay(const qltkit::Recording& recording)
 {
-    RecordingPlayer player(recording, RecordingPlayer::Pace::Fastest);
-    RecordingTracker tracker(player);
+    qltkit::RecordingPlayer player(recording, qltkit::RecordingPlayer::Pace::Fastest);
+    qltkit::RecordingTracker tracker(player);
     Collector collector(tracker, recording.reports.size());
     tracker.AddListener(collector);
     const SteadyClock::time_point start = SteadyClock::now();
@@ -81,7 +81,7 @@ Result Replay(const Recording& recording)
     return {std::move(collector.orientations), elapsed.count(), {}};
 }
 
-void WriteCsv(OrientationCsv& csv, const Recording& recording, const Result& result)
+void WriteCsv(OrientationCsv& csv, const qltkit::Recording& recording, const Result& result)
 {
     for (std::size_t i = 0; i < result.orientations.size(); ++i)
     {
@@ -105,7 +105,7 @@ void PrintJson(const Result& result)
     std::cout << json.dump() << '\n';
 }
 
-void PrintText(const std::string& path, const Recording& recording, const Result& result)
+void PrintText(const std::string& path, const qltkit::Recording& recording, const Result& result)
 {
     const auto reports = static_cast<double>(result.orientations.size());
     const double recorded = recording.DurationS();
@@ -122,7 +122,7 @@ void PrintText(const std::string& path, const Recording& recording, const Result
 int Run(const Options& options)
 {
     OrientationCsv csv(options.csv);
-    const Recording recording = LoadRecording(options.recording);
+    const qltkit::Recording recording = qltkit::LoadRecording(options.recording);
     const bool whole = ReportFaults(recording, options.recording);
     std::vector<TruthRow> truth;
     if (!options.truth.empty())

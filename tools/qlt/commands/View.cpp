@@ -1,6 +1,7 @@
 #include "commands/Commands.h"
 
 #include <qlt/qlt.h>
+#include <qltkit/Headset/ReportFollower.h>
 
 #include "commands/OptionChecks.h"
 #include "output/Orientation.h"
@@ -33,89 +34,67 @@ struct Options
 using qlt::Params;
 using SteadyClock = std::chrono::steady_clock;
 
-/// The moment of a picture: the filter has settled, and the simulator looks a little down.
+/// The moment of a picture. By then the filter has settled, and the simulator looks a little down.
 constexpr double DEFAULT_MOMENT_S = 6.0;
 
-/// The source's tracker at work, and where its head was at the last report.
-class Head final : public qlt::TrackerListener
+/// Runs the source's tracker, and keeps the orientation of the head at the last report.
+class Head final : public qltkit::ReportFollower
 {
 public:
-    /// Follows it for so many reports, or without an end.
+    /// Follows the tracker for so many reports, or without an end when that is 0.
     Head(TrackerSource& source, std::size_t reports)
-        : mSource(source)
-        , mLastReport(reports)
+        : ReportFollower(source.Recorded(), reports)
+        , mTracker(source.Get())
     {
-        mSource.Get().AddListener(*this);
-        mSource.Get().Start();
+        mTracker.AddListener(*this);
+        mTracker.Start();
     }
 
     ~Head() override
     {
-        Stop();
-        mSource.Get().RemoveListener(*this);
+        mTracker.Stop();
+        mTracker.RemoveListener(*this);
     }
 
-    void OnOrientationEvent(const qlt::Quaternion&, float) override
+    qlt::Quaternion Orientation() const
     {
-        if (mEnded)
-        {
-            return;
-        }
-        KeepOrientation();
-        if (++mReports == mLastReport)
-        {
-            mEnded = true;
-            mSource.Hold();
-        }
-    }
-
-    qlt::Quaternion Orientation()
-    {
-        if (mEnded && mYawIsToBeReset) // there will be no event to do it in
-        {
-            Stop();
-            KeepOrientation();
-        }
         const std::lock_guard<std::mutex> lock(mMutex);
         return mOrientation;
     }
 
+    /// Makes the current heading forward, at the next report or while the tracker is held.
     void ResetYaw() { mYawIsToBeReset = true; }
 
-    bool Ended() const { return mEnded; }
-
-    bool HasReport() const { return mReports != 0; }
-
 private:
-    /// Under the tracker's lock or without its thread: a held tracker would keep others waiting.
-    void KeepOrientation()
+    void OnReport(std::size_t, const qlt::Quaternion& orientation, float) override
+    {
+        Keep(orientation);
+        WhileHeld();
+    }
+
+    // On the tracker's thread, because a held tracker would keep other threads waiting.
+    void WhileHeld() override
     {
         if (mYawIsToBeReset.exchange(false))
         {
-            mSource.Get().ResetYawOrigin();
+            mTracker.ResetYawOrigin();
+            Keep(mTracker.GetOrientation());
         }
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mOrientation = mSource.Get().GetOrientation();
     }
 
-    void Stop()
+    void Keep(const qlt::Quaternion& orientation)
     {
-        if (mSource.Get().IsTracking())
-        {
-            mSource.Get().Stop();
-        }
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mOrientation = orientation;
     }
 
-    TrackerSource& mSource;
-    const std::size_t mLastReport;
-    std::atomic<std::size_t> mReports{0};
-    std::atomic<bool> mEnded{false};
+    qlt::Tracker& mTracker;
     std::atomic<bool> mYawIsToBeReset{false};
-    std::mutex mMutex; // guards the orientation
+    mutable std::mutex mMutex; // guards the orientation
     qlt::Quaternion mOrientation = qlt::Quaternion::Identity;
 };
 
-/// What the window's title says, every half second.
+/// The text of the window's title, which changes every half second.
 class Title
 {
 public:
@@ -124,7 +103,7 @@ public:
     {
     }
 
-    /// After each frame; true when there is a new text.
+    /// Call it after each frame. True when there is a new text.
     bool Update(const qlt::Quaternion& orientation)
     {
         ++mFrames;
@@ -184,13 +163,13 @@ int ShowWindow(const Options& options)
     return source.ExitCode();
 }
 
-/// The head after so many seconds of its tracker's time.
+/// Returns the orientation of the head after so many seconds of its tracker's time.
 qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
 {
     const auto patience = std::chrono::duration<double>(seconds + 10.0);
     const SteadyClock::time_point start = SteadyClock::now();
     Head head(source, source.ReportsIn(seconds));
-    while (!head.Ended() && !(Interrupted() && head.HasReport()))
+    while (!head.Ended() && !(Interrupted() && head.Reports() != 0))
     {
         if (Interrupted() || SteadyClock::now() - start > patience)
         {
@@ -201,7 +180,7 @@ qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
     return head.Orientation();
 }
 
-/// Without the alpha, and the upper row first.
+/// Returns the pixels without alpha, the upper row first.
 std::vector<unsigned char> ForPng(const RenderTarget& target)
 {
     const std::vector<unsigned char> pixels = target.Pixels();

@@ -6,8 +6,5 @@
 /// Whether the name leads to the standard output of the process.
 bool IsStandardOutput(const std::filesystem::path& path);
 
-/// Whether the system reserves the name for a device or a pipe.
-bool IsDeviceName(const std::filesystem::path& path);
-
 /// Whether two names, both in their normal form, are one to the system.
 bool AreSameName(const std::filesystem::path& a, const std::filesystem::path& b);

@@ -1,6 +1,6 @@
 #include "output/Orientation.h"
 
-#include "source/InputFile.h"
+#include <qltkit/Capture/InputFile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -73,7 +73,7 @@ void OrientationCsv::Close() { mFile.Close(); }
 
 std::vector<TruthRow> LoadTruth(const std::string& path)
 {
-    std::istringstream file(ReadInput(path));
+    std::istringstream file(qltkit::ReadInput(path));
     std::string line;
     if (!std::getline(file, line))
     {

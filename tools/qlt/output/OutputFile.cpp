@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <random>
+#include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
@@ -15,10 +15,10 @@ namespace fs = std::filesystem;
 namespace
 {
 
-// The temporary files of the process, for its signal handler.
+// The temporary files of the process, which its signal handler removes.
 std::array<std::atomic<const char*>, 8> gTemporaries{};
 
-/// For a command that does not catch the signal itself: it ends, and leaves nothing half-written.
+/// Ends a command that does not catch the signal itself, and leaves no half-written file.
 void RemoveTemporaries(int signal)
 {
     for (const auto& temporary : gTemporaries)
@@ -56,19 +56,8 @@ void CatchSignals()
     }
 }
 
-/// The file that a chain of links ends at; it need not exist.
-fs::path FollowLinks(fs::path path)
-{
-    constexpr int MAX_LINKS = 40;
-    std::error_code error;
-    for (int i = 0; i < MAX_LINKS && fs::is_symlink(fs::symlink_status(path, error)); ++i)
-    {
-        path = path.parent_path() / fs::read_symlink(path, error);
-    }
-    return path;
-}
-
-/// In one spelling. Folders that exist are looked up, because links may lead to them.
+/// Returns the path in one spelling. Existing folders are looked up, because links may lead to
+/// them.
 fs::path Normal(const fs::path& path)
 {
     std::error_code error;
@@ -79,103 +68,47 @@ fs::path Normal(const fs::path& path)
 
 bool IsSameFile(const std::string& a, const std::string& b)
 {
-    const fs::path first = FollowLinks(a);
-    const fs::path second = FollowLinks(b);
+    const fs::path first = qltkit::OutputFile::FollowLinks(a);
+    const fs::path second = qltkit::OutputFile::FollowLinks(b);
     std::error_code error;
     return fs::equivalent(first, second, error) || AreSameName(Normal(first), Normal(second));
-}
-
-/// Whether the file is, or will be, one that another may be renamed to.
-bool IsRegular(const fs::path& path)
-{
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    return !IsDeviceName(path) && (!fs::exists(status) || fs::is_regular_file(status));
 }
 
 } // namespace
 
 OutputFile::OutputFile(const std::string& path)
     : mName(path)
+    , mIsStandardOutput(!path.empty() && IsStandardOutput(path))
 {
-    if (!mName.empty())
+    if (mName.empty() || mIsStandardOutput)
     {
-        Open();
+        return;
+    }
+    mFile.emplace(path);
+    if (!mFile->TemporaryPath().empty())
+    {
+        ReplaceTemporary(nullptr, mFile->TemporaryPath().c_str());
+        CatchSignals();
     }
 }
 
 OutputFile::~OutputFile()
 {
-    if (mFile != nullptr && mFile != stdout)
+    if (mFile)
     {
-        std::fclose(mFile);
-    }
-    if (mFile != nullptr && !mTemporary.empty())
-    {
-        ReplaceTemporary(mTemporary.c_str(), nullptr);
-        std::remove(mTemporary.c_str());
-    }
-}
-
-void OutputFile::Open()
-{
-    std::error_code error;
-    mPath = FollowLinks(mName);
-    if (IsStandardOutput(mName))
-    {
-        mFile = stdout; // whose position in a file is shared with what is printed
-    }
-    else if (fs::is_directory(mPath, error))
-    {
-        errno = EISDIR;
-    }
-    else if (IsRegular(mPath))
-    {
-        OpenTemporary();
-    }
-    else
-    {
-        mFile = std::fopen(mPath.string().c_str(), "wb");
-    }
-    if (mFile == nullptr)
-    {
-        throw std::runtime_error("cannot write " + mName + ": " +
-                                 std::generic_category().message(errno));
-    }
-}
-
-void OutputFile::OpenTemporary()
-{
-    std::error_code error;
-    const fs::file_status status = fs::status(mPath, error);
-    if (fs::exists(status))
-    {
-        // A file that may not be written may not be replaced, either.
-        std::FILE* old = std::fopen(mPath.string().c_str(), "r+b");
-        if (old == nullptr)
-        {
-            return;
-        }
-        std::fclose(old);
-    }
-    mTemporary = mPath.string() + Format(".%08x.part", std::random_device()());
-    mFile = std::fopen(mTemporary.c_str(), "wb");
-    if (mFile == nullptr)
-    {
-        return;
-    }
-    ReplaceTemporary(nullptr, mTemporary.c_str());
-    CatchSignals();
-    if (fs::exists(status))
-    {
-        fs::permissions(mTemporary, status.permissions(), error);
+        ReplaceTemporary(mFile->TemporaryPath().c_str(), nullptr);
     }
 }
 
 void OutputFile::Write(const std::string& bytes)
 {
-    if (mFile != nullptr && mError == 0 &&
-        std::fwrite(bytes.data(), 1, bytes.size(), mFile) != bytes.size())
+    if (mFile)
+    {
+        mFile->Write(bytes);
+    }
+    // The position in a file is shared with the printed text, so both go through one stream.
+    else if (mIsStandardOutput && mError == 0 &&
+             std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size())
     {
         mError = errno;
     }
@@ -183,7 +116,11 @@ void OutputFile::Write(const std::string& bytes)
 
 bool OutputFile::Flush()
 {
-    if (mFile != nullptr && mError == 0 && std::fflush(mFile) != 0)
+    if (mFile)
+    {
+        return mFile->Flush();
+    }
+    if (mIsStandardOutput && mError == 0 && std::fflush(stdout) != 0)
     {
         mError = errno;
     }
@@ -192,27 +129,16 @@ bool OutputFile::Flush()
 
 void OutputFile::Close()
 {
-    if (mFile == nullptr)
-    {
-        return;
-    }
     Flush();
-    if (mFile != stdout && std::fclose(mFile) != 0 && mError == 0)
+    if (mFile)
     {
-        mError = errno;
+        ReplaceTemporary(mFile->TemporaryPath().c_str(), nullptr);
+        mFile->Close();
     }
-    mFile = nullptr;
-    ReplaceTemporary(mTemporary.c_str(), nullptr);
-    std::error_code error(mError, std::generic_category());
-    if (!mTemporary.empty() && !error)
-    {
-        fs::rename(mTemporary, mPath, error);
-    }
+    const std::error_code error(mError, std::generic_category());
     if (error && error != std::errc::broken_pipe)
     {
-        throw std::runtime_error(
-            "cannot write all of " + mName + ": " + error.message() +
-            (mTemporary.empty() ? "" : "; what has been written is in " + mTemporary));
+        throw std::runtime_error("cannot write all of " + mName + ": " + error.message());
     }
 }
 

@@ -1,31 +1,31 @@
-// A file that a command writes, with the same bytes on every system.
-//
-// A regular file is written under a temporary name beside it and takes its name at Close, so that
-// an older file is replaced only by a complete one. Pipes and devices are written directly.
+// A file that a command writes, with the same bytes on every system. It is a qltkit::OutputFile, or
+// standard output. A signal that ends the process removes the file's temporary part.
 #pragma once
 
+#include <qltkit/Capture/OutputFile.h>
+
 #include <cstdio>
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 class OutputFile
 {
 public:
-    /// std::runtime_error when it cannot be created. An empty path writes nothing, anywhere.
+    /// std::runtime_error when it cannot be created. With an empty path, all operations do nothing.
     explicit OutputFile(const std::string& path);
 
-    /// Removes what was not completed.
+    /// Removes a file that was not completed.
     ~OutputFile();
 
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Text as of std::printf; up to 255 characters at once.
+    /// Writes text in the manner of std::printf, at most 255 characters at once.
     template <typename... Values>
     void Print(const char* format, Values... values)
     {
-        if (mFile != nullptr)
+        if (!mName.empty())
         {
             Write(Format(format, values...));
         }
@@ -33,15 +33,15 @@ public:
 
     void Write(const std::string& bytes);
 
-    /// Hands what was written to the system; false when that, or something before, has failed.
+    /// Hands the written bytes to the system. False when that or an earlier write has failed.
     bool Flush();
 
-    /// Completes the file. std::runtime_error when something was not written, on a full disk for
-    /// one; the older file and the part that was written are both kept. A reader that has closed
-    /// its pipe is no error.
+    /// Completes the file. std::runtime_error when a write has failed, for example on a full disk;
+    /// the older file and the part that was written are both kept. A reader that closes its pipe
+    /// causes no error.
     void Close();
 
-    /// The text by itself.
+    /// Returns the text that Print would write.
     template <typename... Values>
     static std::string Format(const char* format, Values... values)
     {
@@ -51,17 +51,13 @@ public:
     }
 
 private:
-    void Open();
-    void OpenTemporary();
-
     const std::string mName; // as the user calls it
-    std::filesystem::path mPath;
-    std::string mTemporary; // empty for a pipe or a device
-    std::FILE* mFile = nullptr;
-    int mError = 0; // errno of the first failure
+    std::optional<qltkit::OutputFile> mFile;
+    bool mIsStandardOutput = false;
+    int mError = 0; // errno of the first failure of standard output
 };
 
-/// A sentence that says which output has the name of an input or of another output, through
-/// whatever links and spellings; empty when there is none. Empty names are left out.
+/// Returns a sentence that says which output is the same file as an input or another output,
+/// through any links and spellings; empty when there is none. Empty names are left out.
 std::string DescribeClash(const std::vector<std::string>& inputs,
                           const std::vector<std::string>& outputs);

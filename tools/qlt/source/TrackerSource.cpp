@@ -1,8 +1,9 @@
 #include "source/TrackerSource.h"
 
-#include "source/HeadsetSearch.h"
-
 #include <qlt/Sensors/SimulatorTracker.h>
+
+#include "source/HeadsetSearch.h"
+#include "source/RecordingFaults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,10 +35,10 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
         SayThatHeadsetIsAwaited();
         return;
     }
-    mRecording = LoadRecording(name);
+    mRecording = qltkit::LoadRecording(name);
     mWhole = ReportFaults(*mRecording, name);
-    mPlayer = std::make_unique<RecordingPlayer>(*mRecording, pace);
-    auto tracker = std::make_unique<RecordingTracker>(*mPlayer);
+    mPlayer = std::make_unique<qltkit::RecordingPlayer>(*mRecording, pace);
+    auto tracker = std::make_unique<qltkit::RecordingTracker>(*mPlayer);
     mRecorded = tracker.get();
     mTracker = std::move(tracker);
 }
@@ -46,7 +47,7 @@ TrackerSource::~TrackerSource()
 {
     if (mPlayer != nullptr)
     {
-        mPlayer->Close(); // whose sleepers the end of the tracker would wait for
+        mPlayer->Close(); // else the tracker's end would wait for sleepers
     }
 }
 
@@ -70,12 +71,4 @@ std::int64_t TrackerSource::TimeUs(std::size_t report, float eventTime) const
 {
     return mRecording ? mRecording->timesUs[report]
                       : std::llround(static_cast<double>(eventTime) * 1e6);
-}
-
-void TrackerSource::Hold() const
-{
-    if (mRecorded != nullptr)
-    {
-        mRecorded->WaitForStop();
-    }
 }

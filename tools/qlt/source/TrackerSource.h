@@ -1,8 +1,7 @@
-// What a command tracks, by the name that its --source has: "simulator", "headset", or else the
-// file of a recording.
+// The tracker that the option --source names: "simulator", "headset", or the file of a recording.
 #pragma once
 
-#include "source/RecordingPlayer.h"
+#include <qltkit/Headset/RecordingPlayer.h>
 
 #include <cstdint>
 #include <memory>
@@ -12,10 +11,10 @@
 class TrackerSource
 {
 public:
-    using Pace = RecordingPlayer::Pace;
+    using Pace = qltkit::RecordingPlayer::Pace;
 
-    /// std::runtime_error with one clear sentence for a file that cannot be read. A recording that
-    /// is cut off is reported on standard error. `pace` is of a recording and of the simulator.
+    /// std::runtime_error with one clear sentence for a file that cannot be read. The faults of a
+    /// recording are reported on standard error. `pace` applies to recordings and the simulator.
     explicit TrackerSource(const std::string& name, Pace pace = Pace::Recorded);
     ~TrackerSource();
     TrackerSource(const TrackerSource&) = delete;
@@ -23,28 +22,27 @@ public:
 
     qlt::Tracker& Get() { return *mTracker; }
 
-    /// How many reports there will be; 0 without an end, which only a recording has.
+    /// How many reports there will be; 0 for a source without an end. Only a recording has one.
     std::size_t Reports() const;
 
-    /// How many of them are there after so many seconds, one at least.
+    /// How many reports the source gives in so many seconds, at least one.
     std::size_t ReportsIn(double seconds) const;
 
-    /// The time of a report, microseconds: by the headset's clock in a recording, else by the time
-    /// of its event, which starts at zero.
+    /// The time of a report, microseconds: the headset's clock in a recording, else the time of the
+    /// event, which starts at zero.
     std::int64_t TimeUs(std::size_t report, float eventTime) const;
 
-    /// For a listener that has a recording's last report, or enough of it: holds the tracker, which
-    /// would otherwise go on and find the headset gone, until it is being stopped.
-    void Hold() const;
+    /// The tracker of a recording, for a qltkit::ReportFollower; null for the other sources.
+    const qltkit::RecordingTracker* Recorded() const { return mRecorded; }
 
-    /// 1 for a recording that is cut off, 0 else.
+    /// 1 for a recording that is cut off, otherwise 0.
     int ExitCode() const { return mWhole ? 0 : 1; }
 
 private:
     std::unique_ptr<qlt::Clock> mClock; // of a simulator that does not wait
-    std::optional<Recording> mRecording;
-    std::unique_ptr<RecordingPlayer> mPlayer;
-    std::unique_ptr<qlt::Tracker> mTracker; // ends before what it is made of
-    const RecordingTracker* mRecorded = nullptr;
+    std::optional<qltkit::Recording> mRecording;
+    std::unique_ptr<qltkit::RecordingPlayer> mPlayer;
+    std::unique_ptr<qlt::Tracker> mTracker; // destroyed before its clock, recording and player
+    const qltkit::RecordingTracker* mRecorded = nullptr;
     bool mWhole = true;
 };

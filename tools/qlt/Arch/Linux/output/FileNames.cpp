@@ -15,11 +15,4 @@ bool IsStandardOutput(const std::filesystem::path& path)
            named.st_dev == standard.st_dev && named.st_ino == standard.st_ino;
 }
 
-// The files below them are the kernel's, or other names of files that are open.
-bool IsDeviceName(const std::filesystem::path& path)
-{
-    const std::string name = std::filesystem::absolute(path).lexically_normal().string();
-    return name.rfind("/dev/", 0) == 0 || name.rfind("/proc/", 0) == 0;
-}
-
 bool AreSameName(const std::filesystem::path& a, const std::filesystem::path& b) { return a == b; }

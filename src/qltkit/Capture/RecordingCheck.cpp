@@ -1,33 +1,17 @@
-#include "source/RecordingCheck.h"
+#include <qltkit/Capture/RecordingCheck.h>
 
-#include "output/OutputFile.h"
+#include "Capture/Format.h"
+#include "Capture/RecordingStep.h"
 
 #include <algorithm>
+
+namespace qltkit
+{
 
 namespace
 {
 
-using Report = Recording::Report;
-
-// Bounds of a step, for each report that it counts: devices' clocks and hosts are not exact.
-constexpr std::int64_t MIN_STEP_US = 250;
-constexpr std::int64_t MAX_STEP_US = 4000;
-constexpr std::int64_t MAX_PAUSE_US = 10000000;
-
-std::uint32_t U32(const std::uint8_t* bytes)
-{
-    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-           static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
-}
-
-/// Of reports that begin at these bytes.
-RecordingStep StepFrom(const std::uint8_t* before, const std::uint8_t* after)
-{
-    return {static_cast<std::int32_t>(U32(after) - U32(before)),
-            static_cast<std::int32_t>(U32(after + 4) - U32(before + 4))};
-}
-
-/// Goes through the reports once. The last report that made sense is what the next is compared to.
+/// Goes through the reports once. Each report is compared to the last one that made sense.
 class Scan
 {
 public:
@@ -39,6 +23,9 @@ public:
         {
             Take(mNext);
         }
+        result.steps = mReports.size() - 1;
+        result.isRecording = result.implausibleSteps * 100 <= result.steps &&
+                             (result.steps > 0 || recording.extraBytes == 0);
     }
 
     RecordingCheck result;
@@ -96,31 +83,30 @@ private:
         else if (const std::size_t shift = FindShift(i))
         {
             Note(i, mReports.size() - i,
-                 OutputFile::Format("from here on the reports begin %zu bytes late", shift));
+                 Format("from here on the reports begin %zu bytes late", shift));
             mNext = mReports.size();
         }
         else
         {
             Note(i, 1,
-                 OutputFile::Format("the sequence steps by %d and the device time by %.6f s",
-                                    step.reports, step.timeUs / 1e6));
+                 Format("the sequence steps by %d and the device time by %.6f s", step.reports,
+                        step.timeUs / 1e6));
         }
     }
 
-    /// By how many bytes later the reports from this one on begin; 0 when they do not, or when no
-    /// shift makes sense of them.
+    /// How many bytes late the reports begin from this one on; 0 when no shift makes sense of them.
     std::size_t FindShift(std::size_t i)
     {
-        constexpr std::size_t MAX_TRIES = 16; // a file that is no recording has a jump everywhere
+        constexpr std::size_t MAX_TRIES = 16; // other files have a jump at every report
         std::size_t shift = 0;
         if (mReports.size() - i >= 4 && ++mTries <= MAX_TRIES)
         {
-            while (shift < Recording::REPORT_SIZE && !GoesOn(i, shift))
+            while (shift < qlt::SENSOR_REPORT_SIZE && !GoesOn(i, shift))
             {
                 ++shift;
             }
         }
-        return shift % Recording::REPORT_SIZE;
+        return shift % qlt::SENSOR_REPORT_SIZE;
     }
 
     /// Whether reports that begin so many bytes after this one go on for some steps.
@@ -132,7 +118,7 @@ private:
         const std::uint8_t* bytes = mReports[i].data() + shift;
         for (std::size_t step = 0; step < std::min(mReports.size() - i - 2, ENOUGH); ++step)
         {
-            const std::uint8_t* next = bytes + Recording::REPORT_SIZE;
+            const std::uint8_t* next = bytes + qlt::SENSOR_REPORT_SIZE;
             const RecordingStep found = StepFrom(bytes, next);
             if (found.reports > MAX_REPORTS || !IsPlausible(found))
             {
@@ -150,13 +136,12 @@ private:
         std::string text;
         if (step.timeUs > MAX_STEP_US * step.reports)
         {
-            text = OutputFile::Format("it comes %.3f s after the one before", step.timeUs / 1e6);
+            text = Format("it comes %.3f s after the one before", step.timeUs / 1e6);
         }
         if (lost > 0)
         {
-            text += OutputFile::Format("%s%lld %s lost before it", text.empty() ? "" : ", and ",
-                                       static_cast<long long>(lost),
-                                       lost == 1 ? "report is" : "reports are");
+            text += Format("%s%lld %s lost before it", text.empty() ? "" : ", and ",
+                           static_cast<long long>(lost), lost == 1 ? "report is" : "reports are");
         }
         if (!text.empty())
         {
@@ -171,7 +156,7 @@ private:
     }
 
     const Recording& mRecording;
-    const std::vector<Report>& mReports;
+    const std::vector<qlt::SensorReport>& mReports;
     std::size_t mLast = 0;
     std::size_t mNext = 0;
     std::size_t mTries = 0;
@@ -179,17 +164,6 @@ private:
 
 } // namespace
 
-std::uint32_t DeviceTimeUs(const Recording::Report& report) { return U32(report.data() + 4); }
-
-RecordingStep StepBetween(const Recording::Report& before, const Recording::Report& after)
-{
-    return StepFrom(before.data(), after.data());
-}
-
-bool IsPlausible(const RecordingStep& step)
-{
-    return step.reports > 0 && step.timeUs >= MIN_STEP_US * step.reports &&
-           step.timeUs <= MAX_STEP_US * step.reports + MAX_PAUSE_US;
-}
-
 RecordingCheck CheckRecording(const Recording& recording) { return Scan(recording).result; }
+
+} // namespace qltkit

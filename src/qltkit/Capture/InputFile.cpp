@@ -1,22 +1,26 @@
-#include "source/InputFile.h"
+#include <qltkit/Capture/InputFile.h>
+
+#include <qltkit/Error.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <system_error>
+
+namespace qltkit
+{
 
 namespace
 {
 
 [[noreturn]] void Fail(const std::string& path, const std::string& reason)
 {
-    throw std::runtime_error("cannot read " + path + ": " + reason);
+    throw Error("cannot read " + path + ": " + reason);
 }
 
-/// Whether reading might never end, or needs more than reading.
+/// Reading a device might never end, or might need more than reading.
 bool IsDevice(const std::string& path)
 {
     namespace fs = std::filesystem;
@@ -58,3 +62,5 @@ std::string ReadInput(const std::string& path)
     }
     return bytes;
 }
+
+} // namespace qltkit

@@ -1,4 +1,4 @@
-#include "source/ReportRecorder.h"
+#include <qltkit/Headset/ReportRecorder.h>
 
 #include "fakes/ReportWriter.h"
 #include "fakes/ScriptedUsbHost.h"
@@ -33,14 +33,15 @@ struct Folder
         fs::temp_directory_path() / ("qlt_recorder_" + std::to_string(std::random_device()()));
 };
 
-/// Reads `reports` and then a short report through the recorder, and calls `between` after each.
-/// Returns the bytes that must be on the disk.
+/// Reads `reports` and then a short report through a tap with the recorder, and calls `between`
+/// after each. Returns the bytes that must be on the disk.
 template <typename Check>
-std::string Read(ScriptedUsbHost& host, ReportRecorder& recorder, std::uint32_t reports,
-                 const Check& between)
+std::string Read(qltkit::ReportRecorder& recorder, std::uint32_t reports, const Check& between)
 {
     std::string expected;
-    const auto device = recorder.OpenFirst();
+    ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
+    qltkit::ReportTap tap(host, qlt::Clock::System(), recorder);
+    const auto device = tap.OpenFirst();
     for (std::uint32_t i = 0; i <= reports; ++i)
     {
         const ReportWriter report(i);
@@ -62,11 +63,10 @@ TEST(ReportRecorderTest, WritesEveryReportWhenItArrives)
 {
     const Folder folder;
     const fs::path path = folder.path / "r.bin";
-    ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
-    ReportRecorder recorder(host, path.string());
+    qltkit::ReportRecorder recorder(path.string());
     // Each report is on the disk at once, so a killed recorder loses nothing.
     const std::string all =
-        Read(host, recorder, 5,
+        Read(recorder, 5,
              [&](const std::string& text)
              {
                  EXPECT_EQ(folder.Contents(), text);
@@ -85,9 +85,8 @@ TEST(ReportRecorderTest, ReportsAFullDiskAndContinuesToRead)
     {
         GTEST_SKIP() << "This system has no /dev/full.";
     }
-    ScriptedUsbHost host(std::vector<ScriptedDevice>(1));
-    ReportRecorder recorder(host, "/dev/full");
-    Read(host, recorder, 3, [&](const std::string&) { EXPECT_TRUE(recorder.Failed()); });
+    qltkit::ReportRecorder recorder("/dev/full");
+    Read(recorder, 3, [&](const std::string&) { EXPECT_TRUE(recorder.Failed()); });
     EXPECT_EQ(recorder.Reports(), 0u);
     EXPECT_THROW(recorder.Close(), std::runtime_error);
 }

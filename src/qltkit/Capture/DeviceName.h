@@ -1,0 +1,12 @@
+// Each wing has one body.
+#pragma once
+
+#include <filesystem>
+
+namespace qltkit
+{
+
+/// Whether the system reserves the name for a device or a pipe.
+bool IsDeviceName(const std::filesystem::path& path);
+
+} // namespace qltkit

@@ -113,6 +113,25 @@ TEST_F(GlSessionTest, TheProgramsOwnOpenGlIsLeftAsItWas)
     gl.DeleteTextures(1, &own);
 }
 
+// The display in memory has a monitor, which gets the identification data of the panel.
+TEST_F(GlSessionTest, ThePictureFillsTheMonitorThatIsTheHeadsets)
+{
+    EXPECT_EQ(TheCompositor().DescribeOutput(), "a window on the desktop");
+    EXPECT_EQ(DestroySession(session), XR_SUCCESS);
+    unsigned width = 0;
+    unsigned height = 0;
+    if (!program.SetHeadsetMonitor(true, width, height))
+    {
+        GTEST_SKIP() << "the display has no monitors";
+    }
+    EXPECT_EQ(CreateGraphical(program.Binding()), XR_SUCCESS);
+    EXPECT_EQ(TheCompositor().DescribeOutput().find("the headset's display "), 0u);
+    const Picture picture = TheCompositor().TakePicture();
+    EXPECT_EQ(picture.width, width);
+    EXPECT_EQ(picture.height, height);
+    program.SetHeadsetMonitor(false, width, height);
+}
+
 TEST_F(GlSessionTest, AProgramMayCycleImagesForEverOnAnyThread)
 {
     const ProgramSwapchain swapchain = MakeSwapchain(16, 16);

@@ -23,6 +23,10 @@ public:
     void MakeNothingCurrent() const;
     bool IsCurrent() const;
 
+    /// Gives the display's monitor the identification data of the headset's panel, or takes them
+    /// away; false where the display has no monitors. Its size in pixels.
+    bool SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned& height) const;
+
     GlFunctions gl;
 
 private:

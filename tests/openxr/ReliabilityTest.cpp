@@ -13,8 +13,12 @@ namespace qltxr
 namespace
 {
 
-/// The long form of a test has so many rounds for each of the short one.
-int Rounds(int few) { return std::getenv("QLT_SOAK") != nullptr ? 50 * few : few; }
+/// A sanitizer has fewer rounds, and the long form of a test has more.
+int Rounds(int usual)
+{
+    const char* percent = std::getenv("QLT_ROUNDS_PERCENT");
+    return percent == nullptr ? usual : usual * std::atoi(percent) / 100;
+}
 
 } // namespace
 

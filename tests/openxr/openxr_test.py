@@ -80,6 +80,16 @@ class OpenXrTest(unittest.TestCase):
         self.assertGreater(ground, 0.4 * 640 * 360)
         self.assertEqual(pixels[:3], b"\0\0\0")
 
+    def test_the_example_shows_its_squares(self):
+        png = self.folder / "panel.png"
+        program = pathlib.Path(QLT).parent / "hello_openxr"
+        run = subprocess.run([*XVFB, QLT, "openxr", "run", "--source", "simulator", "--mirror", "640x360",
+                              "--frames", "30", "--png", png, program], env=self.environment, text=True,
+                             capture_output=True, timeout=100)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        plain = subprocess.run(["pngtopnm", png], check=True, capture_output=True).stdout
+        self.assertGreater(sum(value > 120 for value in plain.split(b"\n", 3)[3]), 1000)
+
     def test_status_follows_a_session_until_its_program_dies(self):
         process = self.hello("--source", "simulator", "--mirror", "320x180")
         status = self.wait_for_status(r"session +hello_xr, process (\d+)\n  source +simulator, (.*)\n"

@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr auto INTERVAL = std::chrono::milliseconds(250);
+constexpr int PATIENCE = 6; // intervals in which a headset may be found
 constexpr double NS_PER_MS = 1e6;
 
 } // namespace
@@ -39,10 +40,18 @@ StatusPublisher::~StatusPublisher()
 
 void StatusPublisher::Run()
 {
+    std::string said;
+    int rounds = 0;
     std::unique_lock lock(mMutex);
     do
     {
         mText.Write(Describe());
+        const std::string source = mHead.Source().Describe();
+        if (++rounds > PATIENCE && source != said)
+        {
+            Say("the head's orientation comes from: " + source);
+            said = source;
+        }
     } while (!mStop.wait_for(lock, INTERVAL, [this] { return mStopping; }));
 }
 

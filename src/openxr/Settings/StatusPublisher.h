@@ -1,6 +1,7 @@
-// A thread that publishes how a session fares, four times a second, for `qlt openxr status`. The
-// fields of the JSON text: pid, program, source, reports, output, period_ms, frames, dropped,
-// pictures, missed, draw_ms, time_ns and sentences.
+// A thread that publishes how a session fares, four times a second, for `qlt openxr status`, and
+// says where the head's orientation comes from, whenever that has changed. The fields of the JSON
+// text: pid, program, source, reports, output, period_ms, frames, dropped, pictures, missed,
+// draw_ms, time_ns and sentences.
 #pragma once
 
 #include "Compositor/Compositor.h"

@@ -3,7 +3,9 @@
 #define XR_USE_PLATFORM_XLIB
 #define XR_USE_GRAPHICS_API_OPENGL
 #include <GL/glx.h>
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <X11/extensions/Xrandr.h>
 #include <openxr/openxr.h>
 #include <openxr/openxr_platform.h>
 
@@ -86,6 +88,29 @@ void ProgramContext::MakeCurrent() const
 }
 
 void ProgramContext::MakeNothingCurrent() const { glXMakeCurrent(mNative->display, None, nullptr); }
+
+bool ProgramContext::SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned& height) const
+{
+    Display* display = mNative->display;
+    XRRScreenResources* resources = XRRGetScreenResources(display, DefaultRootWindow(display));
+    if (resources == nullptr || resources->noutput == 0 || resources->ncrtc == 0)
+    {
+        return false;
+    }
+    // 128 bytes, of which two name the manufacturer: "QLT", five bits for each letter.
+    unsigned char edid[128] = {0x00, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0x00, 0x45, 0x94};
+    const Atom name = XInternAtom(display, "EDID", False);
+    isHeadset ? XRRChangeOutputProperty(display, resources->outputs[0], name, XA_INTEGER, 8,
+                                        PropModeReplace, edid, sizeof(edid))
+              : XRRDeleteOutputProperty(display, resources->outputs[0], name);
+    XRRCrtcInfo* crtc = XRRGetCrtcInfo(display, resources, resources->crtcs[0]);
+    width = crtc->width;
+    height = crtc->height;
+    XRRFreeCrtcInfo(crtc);
+    XRRFreeScreenResources(resources);
+    XSync(display, False);
+    return true;
+}
 
 bool ProgramContext::IsCurrent() const { return glXGetCurrentContext() == mNative->context; }
 

@@ -46,10 +46,12 @@ struct Entry
     NamedFunction function;
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the extension is one field of an initialiser
 #define QLT_XR_ENTRY(name, extension)                                                              \
     {"xr" #name, {reinterpret_cast<PFN_xrVoidFunction>(&Guarded<&name>::Call), extension}},
 const Entry ENTRIES[] = {QLT_XR_FUNCTIONS(QLT_XR_ENTRY)};
 #undef QLT_XR_ENTRY
+// NOLINTEND(bugprone-macro-parentheses)
 
 } // namespace
 

@@ -30,16 +30,18 @@ const char* StateText(qltkit::PoseState state)
 std::unique_ptr<qltkit::Source> Open(const std::string& source)
 {
     const std::filesystem::path file(source);
-    return file.extension() == ".json"
-               ? std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(file))
-               : qltkit::OpenSource(source);
+    if (file.extension() == ".json")
+    {
+        return std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(file));
+    }
+    return qltkit::OpenSource(source);
 }
 
 } // namespace
 
 TrackerSource::TrackerSource(const std::string& source)
     : mSource(source)
-    , mTracker(Open(source))
+    , mTracker(Open(source)) // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it takes the source
 {
 }
 

@@ -61,7 +61,7 @@ public:
         : mDevice(std::move(device))
         , mTapped(mDevice->EndPointCount())
     {
-        for (std::uint8_t i = 1; i < mTapped.size(); ++i)
+        for (std::uint8_t i = 1; i < mDevice->EndPointCount(); ++i)
         {
             qlt::UsbEndPoint& endPoint = mDevice->EndPoint(i);
             if (endPoint.Attributes() == INTERRUPT_TRANSFER)

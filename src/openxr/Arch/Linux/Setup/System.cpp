@@ -13,8 +13,6 @@
 #include <system_error>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace qltxr
 {
 
@@ -103,6 +101,7 @@ std::vector<std::string> ReadPublishedTexts()
 int RunProgram(const std::vector<std::string>& arguments)
 {
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
     {
         pointers.push_back(const_cast<char*>(argument.c_str()));

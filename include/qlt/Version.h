@@ -1,4 +1,5 @@
-// The version of the library, for the preprocessor. The build takes its version from here.
+/// @file
+/// The version of the library, for the preprocessor. The build takes its version from here.
 #pragma once
 
 #define QLT_VERSION_MAJOR 1

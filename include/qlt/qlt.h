@@ -1,4 +1,14 @@
-// All of the class interface.
+/// @file
+/// This header includes the whole class interface of the core. Programs usually begin with these
+/// classes:
+///
+/// - Hmd tracks the head. SimulatorTracker does the same without a headset.
+/// - TrackerListener gets every report of a tracker.
+/// - DistortionMeshBuilder makes the mesh that pre-distorts an eye image for the lens.
+/// - Camera gives the passthrough image as a texture.
+/// - Params has the constants of the headset.
+///
+/// Bindings of other languages use qlt/qlt_c_api.h instead.
 #pragma once
 
 #include <qlt/Math/MathUtil.h>

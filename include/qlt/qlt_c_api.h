@@ -34,12 +34,18 @@ extern "C"
     /** One byte: 0 is false, everything else is true. Results are 0 or 1. */
     typedef uint8_t qlt_bool;
 
+    /** The headset's passthrough camera. */
     typedef struct qlt_Camera qlt_Camera;
+    /** The lens mesh of one eye. */
     typedef struct qlt_DistortionMeshBuilder qlt_DistortionMeshBuilder;
+    /** A source of head poses. */
     typedef struct qlt_Tracker qlt_Tracker;
-    typedef struct qlt_Quaternion qlt_Quaternion; /**< four floats: w, x, y, z */
-    typedef struct qlt_Vec2 qlt_Vec2;             /**< two floats: x, y */
-    typedef struct qlt_Vec3 qlt_Vec3;             /**< three floats: x, y, z */
+    /** A rotation as four floats in memory: w, x, y, z. */
+    typedef struct qlt_Quaternion qlt_Quaternion;
+    /** A texture coordinate as two floats in memory: x, y. */
+    typedef struct qlt_Vec2 qlt_Vec2;
+    /** A vector as three floats in memory: x, y, z. */
+    typedef struct qlt_Vec3 qlt_Vec3;
 
     /* ---- Camera: the headset's passthrough image as an OpenGL texture. Call all of these
      * functions on the thread whose OpenGL context is current. */
@@ -53,8 +59,9 @@ extern "C"
     QLT_API void qlt_Camera_Update(qlt_Camera* pCamera);
     /** The name of the OpenGL texture. Not checked. */
     QLT_API int32_t qlt_Camera_GetTextureId(qlt_Camera* pCamera);
-    /** The size of the image in pixels, 2560 x 1440. The handle is not read and may be null. */
+    /** The width of the image in pixels, 2560. The handle is not read and may be null. */
     QLT_API int32_t qlt_Camera_GetWidth(qlt_Camera* pCamera);
+    /** The height of the image in pixels, 1440. The handle is not read and may be null. */
     QLT_API int32_t qlt_Camera_GetHeight(qlt_Camera* pCamera);
 
     /* ---- Lens mesh of one eye: a grid that an engine draws over the eye's viewport without
@@ -67,10 +74,10 @@ extern "C"
     /** Deletes the builder and all of its arrays. Checked. */
     QLT_API void
     qlt_DistortionMeshBuilder_Delete(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
-    /** The numbers of vertices and indices of the last BuildMesh; 0 before the first one. Checked.
-     */
+    /** The number of vertices of the last BuildMesh; 0 before the first one. Checked. */
     QLT_API int32_t
     qlt_DistortionMeshBuilder_GetNumVertices(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
+    /** The number of indices of the last BuildMesh; 0 before the first one. Checked. */
     QLT_API int32_t
     qlt_DistortionMeshBuilder_GetNumIndices(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
     /** The first vertex: x and y in the viewport, each in [-1, 1], and the depth, which is 0 inside
@@ -78,12 +85,14 @@ extern "C"
      * is deleted. Null before the first BuildMesh. Checked. */
     QLT_API const qlt_Vec3*
     qlt_DistortionMeshBuilder_GetPosition(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
-    /** The first texture coordinate of a colour channel, u and v in [0, 1]. The array belongs to
+    /** The first texture coordinate of the red channel, u and v in [0, 1]. The array belongs to
      * the builder as the vertices do. Checked. */
     QLT_API const qlt_Vec2*
     qlt_DistortionMeshBuilder_GetTextureR(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
+    /** The first texture coordinate of the green channel. Checked. */
     QLT_API const qlt_Vec2*
     qlt_DistortionMeshBuilder_GetTextureG(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
+    /** The first texture coordinate of the blue channel. Checked. */
     QLT_API const qlt_Vec2*
     qlt_DistortionMeshBuilder_GetTextureB(qlt_DistortionMeshBuilder* pDistortionMeshBuilder);
     /** The first index. The array belongs to the builder as the vertices do. Checked. */
@@ -116,62 +125,88 @@ extern "C"
                                                      qlt_Quaternion* pOrientation, float lookAhead);
     /** Writes the head's position into pPosition. Both handles are checked. */
     QLT_API void qlt_Tracker_GetPosition(qlt_Tracker* pTracker, qlt_Vec3* pPosition);
-    /** Write the pose of an object that the host service tracks. A missing object has the zero
-     * position and the identity, and so has every negative index. Both handles are checked. Throw
+    /** Writes the position in metres of an object that the host service tracks. A missing object
+     * has the zero position, and so has every negative index. Both handles are checked. Throws
      * VRException when the service fails. */
     QLT_API void qlt_Tracker_GetObjectPosition(qlt_Tracker* pTracker, qlt_Vec3* pPosition,
                                                int32_t index);
+    /** Writes the orientation of an object that the host service tracks. A missing object has the
+     * identity, and so has every negative index. Both handles are checked. Throws VRException when
+     * the service fails. */
     QLT_API void qlt_Tracker_GetObjectOrientation(qlt_Tracker* pTracker,
                                                   qlt_Quaternion* pOrientation, int32_t index);
     /** Makes the current heading the forward direction. Checked. */
     QLT_API void qlt_Tracker_ResetYawOrigin(qlt_Tracker* pTracker);
-    /** Start and stop the tracker, and return true. Stop waits for the tracker's threads. Checked.
-     * Throw VRException when the host service fails. */
+    /** Starts the tracker and returns true. A failure of the host service is not reported; there
+     * are no object poses then. Checked. */
     QLT_API qlt_bool qlt_Tracker_Start(qlt_Tracker* pTracker);
+    /** Stops the tracker and returns true. It waits for the tracker's threads. Checked. Throws
+     * VRException when the host service refuses to disconnect. */
     QLT_API qlt_bool qlt_Tracker_Stop(qlt_Tracker* pTracker);
 
     /* ---- Values. */
 
-    /** New returns all zeros, which is no rotation. New4 takes w, the scalar part, first. */
+    /** Returns a quaternion of four zeros, which is no rotation. */
     QLT_API qlt_Quaternion* qlt_Quaternion_New(void);
+    /** Returns a quaternion of these components. The scalar part w comes first. */
     QLT_API qlt_Quaternion* qlt_Quaternion_New4(float w, float x, float y, float z);
-    /** All of these functions are checked. */
+    /** Deletes the quaternion. Checked. */
     QLT_API void qlt_Quaternion_Delete(qlt_Quaternion* pQuaternion);
+    /** The scalar part, which is the cosine of half the angle. Checked. */
     QLT_API float qlt_Quaternion_w(const qlt_Quaternion* pQuaternion);
+    /** The first component of the vector part. Checked. */
     QLT_API float qlt_Quaternion_x(const qlt_Quaternion* pQuaternion);
+    /** The second component of the vector part. Checked. */
     QLT_API float qlt_Quaternion_y(const qlt_Quaternion* pQuaternion);
+    /** The third component of the vector part. Checked. */
     QLT_API float qlt_Quaternion_z(const qlt_Quaternion* pQuaternion);
+    /** Sets w and leaves the other components. Checked. */
     QLT_API void qlt_Quaternion_set_w(qlt_Quaternion* pQuaternion, float w);
+    /** Sets x and leaves the other components. Checked. */
     QLT_API void qlt_Quaternion_set_x(qlt_Quaternion* pQuaternion, float x);
+    /** Sets y and leaves the other components. Checked. */
     QLT_API void qlt_Quaternion_set_y(qlt_Quaternion* pQuaternion, float y);
+    /** Sets z and leaves the other components. Checked. */
     QLT_API void qlt_Quaternion_set_z(qlt_Quaternion* pQuaternion, float z);
-    /** Converts in place to the axes of Unity. Checked. */
+    /** Converts in place to the axes of Unity: (-w, x, y, -z). Checked. */
     QLT_API void qlt_Quaternion_ConvertToUnity(qlt_Quaternion* pQuaternion);
 
     /** Returns a zero vector. */
     QLT_API qlt_Vec2* qlt_Vec2_New(void);
-    /** Delete is checked; the components are not. */
+    /** Deletes the vector. Checked. */
     QLT_API void qlt_Vec2_Delete(qlt_Vec2* pVec2);
+    /** The component to the right. Not checked. */
     QLT_API float qlt_Vec2_x(const qlt_Vec2* pVec2);
+    /** The upward component. Not checked. */
     QLT_API float qlt_Vec2_y(const qlt_Vec2* pVec2);
 
     /** Returns a zero vector. */
     QLT_API qlt_Vec3* qlt_Vec3_New(void);
-    /** All of these functions are checked. */
+    /** Deletes the vector. Checked. */
     QLT_API void qlt_Vec3_Delete(qlt_Vec3* pVec3);
+    /** The component to the right. Checked. */
     QLT_API float qlt_Vec3_x(const qlt_Vec3* pVec3);
+    /** The upward component. Checked. */
     QLT_API float qlt_Vec3_y(const qlt_Vec3* pVec3);
+    /** The backward component. Checked. */
     QLT_API float qlt_Vec3_z(const qlt_Vec3* pVec3);
 
     /* ---- Constants of the headset and of a default user. */
 
-    QLT_API float qlt_Params_EYE_FOV_DEG(void);       /**< horizontal, of one eye, in degrees */
-    QLT_API int32_t qlt_Params_EYE_RESOLUTION(void);  /**< width of an eye's image in pixels */
-    QLT_API float qlt_Params_EYE_STRETCH(void);       /**< of the eye image over the viewport */
-    QLT_API qlt_bool qlt_Params_EYE_DISTORT(void);    /**< whether engines apply the lens mesh */
-    QLT_API float qlt_Params_USER_IPD_M(void);        /**< between the eyes, in metres */
-    QLT_API float qlt_Params_USER_NECK_EYE_H_M(void); /**< forward from neck to eyes */
-    QLT_API float qlt_Params_USER_NECK_EYE_V_M(void); /**< upward from neck to eyes */
+    /** The horizontal field of view of one eye in degrees. */
+    QLT_API float qlt_Params_EYE_FOV_DEG(void);
+    /** The width of an eye's image in pixels. */
+    QLT_API int32_t qlt_Params_EYE_RESOLUTION(void);
+    /** The stretch of the eye image over the viewport. */
+    QLT_API float qlt_Params_EYE_STRETCH(void);
+    /** Whether engines have to apply the lens mesh. */
+    QLT_API qlt_bool qlt_Params_EYE_DISTORT(void);
+    /** The distance between the eyes in metres. */
+    QLT_API float qlt_Params_USER_IPD_M(void);
+    /** The forward distance from the neck to the eyes in metres. */
+    QLT_API float qlt_Params_USER_NECK_EYE_H_M(void);
+    /** The upward distance from the neck to the eyes in metres. */
+    QLT_API float qlt_Params_USER_NECK_EYE_V_M(void);
 
 #ifdef __cplusplus
 }

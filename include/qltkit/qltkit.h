@@ -1,4 +1,15 @@
-// This header includes every public header of QueltaKit.
+/// @file
+/// This header includes every public header of QueltaKit. The kit stands on the core and uses only
+/// its public headers. It has three rooms:
+///
+/// - Tracking gives the pose of the head at any moment. HeadTracker is the class for programs;
+///   OrientationEstimator, Predictor and ClockFit are its parts for programs with their own input.
+/// - Headset makes and observes reports. OpenSource and ScriptedHeadset give a headset in software,
+///   RecordingPlayer plays a recording, and ReportTap shows the reports of any host to a sink.
+/// - Capture stores reports. CaptureWriter and CaptureReader handle captures, which are MCAP files,
+///   and LoadRecording reads plain recordings.
+///
+/// All failures are exceptions of the class Error. Link the CMake target `QueltaSDK::QueltaKit`.
 #pragma once
 
 #include <qltkit/Capture/CaptureItem.h>

@@ -12,11 +12,13 @@ namespace qlt
 class QLT_API MathUtil
 {
 public:
-    /// Degrees to radians and radians to degrees.
+    /// Converts degrees to radians: deg * 0.017453292.
     QLT_INLINE static constexpr float Deg2Rad(float deg) { return deg * 0.017453292f; }
+
+    /// Converts radians to degrees: rad * 57.29578.
     QLT_INLINE static constexpr float Rad2Deg(float rad) { return rad * 57.29578f; }
 
-    /// `x` limited to [a, b]. An `a` above `b` is reported as an assertion.
+    /// Returns `x` limited to [a, b]. An `a` above `b` is reported as an assertion.
     static float clamp(float x, float a, float b);
 
     /// (1 - t) * a + b * t. A `t` outside [0, 1] is reported as an assertion, and so is an `a`

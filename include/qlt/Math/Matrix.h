@@ -10,7 +10,14 @@ namespace qlt
 /// A 4 x 4 matrix in single precision. Storage is row-major: element (r, c) is entry 4r + c.
 /// Vectors are columns that stand on the right: a point p maps to M * p, so a translation is in the
 /// entries 3, 7 and 11. Coordinates are right-handed. A default matrix is all zero and not the
-/// identity. Different threads may use different matrices.
+/// identity.
+///
+///     const qlt::Matrix view = qlt::Matrix::FirstPersonView(eyeOffset, position, orientation);
+///     const qlt::Matrix projection = qlt::Matrix::PerspectiveProjection(
+///         qlt::Params::EYE_FOV_DEG, qlt::Params::EYE_ASPECT_RATIO, 0.1f, 100.0f);
+///     glUniformMatrix4fv(location, 1, GL_TRUE, &(projection * view).array());
+///
+/// No operation throws. Different threads may use different matrices.
 class QLT_API Matrix
 {
 public:
@@ -24,22 +31,30 @@ public:
     /// same, so never pass one.
     void SetRow(int row, float a, float b, float c, float d);
 
-    /// Write a column. A `col` outside 0 .. 3 is reported as an assertion and then written all the
+    /// Writes a column. A `col` outside 0 .. 3 is reported as an assertion and then written all the
     /// same, so never pass one.
     void SetColumn(int col, float a, float b, float c, float d);
+
+    /// Writes the components of `v` and then `w` into a column, as the other SetColumn does.
     void SetColumn(int col, const Vec3& v, float w);
 
-    /// Write the four entries of the diagonal and leave the others.
+    /// Writes `s` into the four entries of the diagonal and leaves the others.
     void SetDiagonal(float s);
+
+    /// Writes the four entries of the diagonal, from the first row to the last, and leaves the
+    /// others.
     void SetDiagonal(float a, float b, float c, float d);
 
     /// Exchanges rows and columns in place.
     void Transpose();
 
+    /// The matrix that changes nothing.
     static Matrix Identity();
 
-    /// Scales x, y and z. Entry 15 is 1.
+    /// Scales x, y and z by `s`. Entry 15 is 1.
     static Matrix ScaleMatrix(float s);
+
+    /// Scales each axis by its own factor. Entry 15 is 1.
     static Matrix ScaleMatrix(float x, float y, float z);
 
     /// Moves a point by `t`.

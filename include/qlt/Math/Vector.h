@@ -9,24 +9,35 @@ namespace qlt
 {
 
 /// Two floats, x and y, without padding, so an array of Vec2 is an array of texture coordinates.
-/// The default is zero. Different threads may use different vectors.
+/// The default is zero. The components have the unit that the user gives them. Different threads
+/// may use different vectors.
 class QLT_API Vec2
 {
 public:
+    /// Creates the zero vector.
     QLT_INLINE constexpr Vec2()
         : mX(0.0f)
         , mY(0.0f)
     {
     }
+
+    /// Creates a vector from its components.
     QLT_INLINE constexpr Vec2(float x, float y)
         : mX(x)
         , mY(y)
     {
     }
 
+    /// The component to the right.
     QLT_INLINE constexpr float x() const { return mX; }
+
+    /// The upward component.
     QLT_INLINE constexpr float y() const { return mY; }
+
+    /// The component to the right, for writing.
     QLT_INLINE float& x() { return mX; }
+
+    /// The upward component, for writing.
     QLT_INLINE float& y() { return mY; }
 
 private:
@@ -35,20 +46,34 @@ private:
 };
 
 /// Three floats, x, y and z, without padding, so an array of Vec3 is a vertex array. The default is
-/// zero. The tolerance for zero is FLT_EPSILON. Different threads may use different vectors.
+/// zero. The tolerance for zero is FLT_EPSILON. The components have the unit that the user gives
+/// them.
+///
+///     const qlt::Vec3 toTarget = target - head;
+///     const float angle = qlt::Vec3(0.0f, 0.0f, -1.0f).Angle(toTarget); // 0 is straight ahead
+///
+/// No operation throws. Different threads may use different vectors.
 class QLT_API Vec3
 {
 public:
+    /// The unit vector to the right: (1, 0, 0).
     static const Vec3 X_AXIS;
+
+    /// The unit vector upward: (0, 1, 0).
     static const Vec3 Y_AXIS;
+
+    /// The unit vector backward: (0, 0, 1).
     static const Vec3 Z_AXIS;
 
+    /// Creates the zero vector.
     QLT_INLINE constexpr Vec3()
         : mX(0.0f)
         , mY(0.0f)
         , mZ(0.0f)
     {
     }
+
+    /// Creates a vector from its components.
     QLT_INLINE constexpr Vec3(float x, float y, float z)
         : mX(x)
         , mY(y)
@@ -56,16 +81,31 @@ public:
     {
     }
 
+    /// The component to the right.
     QLT_INLINE constexpr float x() const { return mX; }
+
+    /// The upward component.
     QLT_INLINE constexpr float y() const { return mY; }
+
+    /// The backward component.
     QLT_INLINE constexpr float z() const { return mZ; }
+
+    /// The component to the right, for writing.
     QLT_INLINE float& x() { return mX; }
+
+    /// The upward component, for writing.
     QLT_INLINE float& y() { return mY; }
+
+    /// The backward component, for writing.
     QLT_INLINE float& z() { return mZ; }
 
+    /// The vector of the opposite direction.
     QLT_INLINE Vec3 operator-() const { return Vec3(-mX, -mY, -mZ); }
+
+    /// A copy of this vector.
     QLT_INLINE Vec3 operator+() const { return *this; }
 
+    /// Multiplies every component by `s`.
     QLT_INLINE Vec3& operator*=(float s)
     {
         mX *= s;
@@ -74,6 +114,7 @@ public:
         return *this;
     }
 
+    /// Adds `b`, component by component.
     QLT_INLINE Vec3& operator+=(const Vec3& b)
     {
         mX += b.mX;
@@ -82,6 +123,7 @@ public:
         return *this;
     }
 
+    /// Subtracts `b`, component by component.
     QLT_INLINE Vec3& operator-=(const Vec3& b)
     {
         mX -= b.mX;
@@ -103,8 +145,10 @@ public:
         return Vec3(mY * b.mZ - mZ * b.mY, mZ * b.mX - mX * b.mZ, mX * b.mY - mY * b.mX);
     }
 
-    /// The squared length and the length.
+    /// The squared length, x^2 + y^2 + z^2 in this order.
     QLT_INLINE float Length2() const { return mX * mX + mY * mY + mZ * mZ; }
+
+    /// The length, which is the square root of Length2.
     QLT_INLINE float Length() const { return std::sqrt(Length2()); }
 
     /// Whether the absolute value of every component is below FLT_EPSILON.
@@ -147,21 +191,25 @@ private:
     float mZ;
 };
 
+/// The sum a + b, component by component.
 QLT_API_INLINE Vec3 operator+(const Vec3& a, const Vec3& b)
 {
     return Vec3(a.x() + b.x(), a.y() + b.y(), a.z() + b.z());
 }
 
+/// The difference a - b, component by component.
 QLT_API_INLINE Vec3 operator-(const Vec3& a, const Vec3& b)
 {
     return Vec3(a.x() - b.x(), a.y() - b.y(), a.z() - b.z());
 }
 
+/// The vector with every component multiplied by `s`.
 QLT_API_INLINE Vec3 operator*(const Vec3& v, float s)
 {
     return Vec3(v.x() * s, v.y() * s, v.z() * s);
 }
 
+/// The vector with every component multiplied by `s`.
 QLT_API_INLINE Vec3 operator*(float s, const Vec3& v)
 {
     return Vec3(v.x() * s, v.y() * s, v.z() * s);

@@ -37,12 +37,16 @@ namespace qlt
 class QLT_API Shaders
 {
 public:
-    /// The vertex and the fragment shader of the distortion.
+    /// The vertex shader of the distortion.
     static const std::string& TextureShaderV();
+
+    /// The fragment shader of the distortion.
     static const std::string& TextureShaderF();
 
-    /// The vertex and the fragment shader of the checkerboard.
+    /// The vertex shader of the checkerboard.
     static const std::string& ObjectShaderV();
+
+    /// The fragment shader of the checkerboard.
     static const std::string& ObjectShaderF();
 
 private:

@@ -10,8 +10,11 @@ namespace qlt
 /// The kind of a line, and the stream that the default handler prints it on.
 enum class LogLevel : int
 {
-    Info = 0,  // progress and statistics, on standard output
-    Error = 1, // failures, on standard error
+    /// Progress and statistics, on standard output.
+    Info = 0,
+
+    /// Failures, on standard error.
+    Error = 1,
 };
 
 /// Receives a line without its line end. It returns and must not throw. Any thread may call it,

@@ -47,7 +47,8 @@ public:
     /// number of bytes received, even after a failure. False on failure.
     virtual bool TransferData(std::uint8_t* buffer, std::uint32_t& length) = 0;
 
-    /// Sets how many bytes one request of the system asks for, rounded up to whole packets.
+    /// Sets the number of bytes that one request of the system asks for, rounded up to whole
+    /// packets. It is only a hint for speed, and the default ignores it.
     virtual void SetTransferSize(std::uint32_t bytes);
 
     /// Starts to read `length` bytes into `buffer`, which must exist until the transfer has
@@ -70,8 +71,10 @@ class QLT_API VendorUsbDevice
 public:
     virtual ~VendorUsbDevice();
 
-    /// The identifiers of the vendor and of the product.
+    /// The USB identifier of the vendor.
     virtual std::uint16_t VendorId() const = 0;
+
+    /// The USB identifier of the product.
     virtual std::uint16_t ProductId() const = 0;
 
     /// The number of endpoints, with the control endpoint 0.
@@ -93,15 +96,18 @@ public:
     /// driver. Elsewhere it finds the devices with vendor 04B4 and product 00F1.
     virtual std::unique_ptr<VendorUsbDevice> OpenFirst() = 0;
 
-    /// CountDevices gives the number of these devices. Open opens the device at `index`; it returns
-    /// null as OpenFirst does, and for an index that is too large. The defaults know the first
-    /// device only.
+    /// The number of devices that Open can open. The default is 1.
     virtual std::uint32_t CountDevices();
+
+    /// Opens the device at `index`, from 0 to CountDevices() - 1. Returns null when the device
+    /// cannot be opened and when the index is too large. The default opens the first device only.
     virtual std::unique_ptr<VendorUsbDevice> Open(std::uint32_t index);
 
-    /// The name of the host, for example "libusb 1.0.26", and the reason why the last device could
-    /// not be opened, as a sentence for a person. Both may be empty.
+    /// The name of the host, for example "libusb 1.0.26". It may be empty. Any thread.
     virtual std::string Name() const;
+
+    /// The reason why the last device could not be opened, as a sentence for a person. It may be
+    /// empty. Any thread.
     virtual std::string Problem() const;
 
     /// The machine's own USB host, which is never destroyed.

@@ -9,6 +9,17 @@
 /// A failure of the operating system, the USB layer or the host service, with its status code and
 /// its text. The library throws exceptions by value. A handler for VRException or for
 /// std::exception catches every kind.
+///
+///     try
+///     {
+///         pose = tracker.GetObjectPosition(1);
+///     }
+///     catch (const VRException& failure)
+///     {
+///         std::fprintf(stderr, "%s (%d)\n", failure.what(), failure.status);
+///     }
+///
+/// An exception is a plain value. Different threads may use different exceptions.
 class QLT_API VRException : public std::exception
 {
 public:
@@ -28,7 +39,10 @@ public:
     /// The characters of `message`. They are valid until this exception is changed or destroyed.
     const char* what() const noexcept override;
 
+    /// The status code. Compare it to the values of VR_STATUS.
     VR_STATUS status;
+
+    /// The text of the failure.
     std::string message;
 };
 

@@ -2,7 +2,17 @@
 
 #include <cstdint>
 
-/// The status codes that a VRException carries.
+/// The status codes that a VRException carries. The numbers never change, because programs store
+/// and compare them.
+///
+/// The library itself makes four of them:
+///
+/// - VR_STATUS_ERROR_NULL_PTR: the host service reports success but returns no object.
+/// - VR_STATUS_ERROR_TIMEOUT: a wait for an event has timed out or failed.
+/// - VR_STATUS_ERROR_SOFTWARE: a wait for several events at once has failed.
+/// - VR_STATUS_ERROR_EVENT: an event could not be created or signalled.
+///
+/// Every other code comes from the host service, and the library passes it on unchanged.
 enum VR_STATUS : std::int32_t
 {
     VR_STATUS_OK = 0,

@@ -11,6 +11,14 @@ namespace qlt
 /// The headset's passthrough camera as a texture of 2560 x 1440 grey levels. Every Update shows the
 /// newest frame.
 ///
+///     qlt::Camera camera; // on the thread whose OpenGL context is current
+///     while (drawing)
+///     {
+///         camera.Update();
+///         glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(camera.GetTextureId()));
+///         DrawBackground();
+///     }
+///
 /// With RENDERER_GL the constructor, Update and the destructor run on the thread whose OpenGL
 /// context is current. A process has one camera at a time, because cameras share the event of their
 /// frames; on Windows all processes share it. Without the headset the constructor ends the process,
@@ -18,10 +26,14 @@ namespace qlt
 class QLT_API Camera
 {
 public:
+    /// The owner of the texture. The values are part of the flat interface.
     enum RENDERER : int
     {
-        RENDERER_GL = 0, // the camera uploads into an OpenGL texture
-        RENDERER_D3D = 1 // the application has its own texture; Update only keeps the pace
+        /// The camera uploads into an OpenGL texture.
+        RENDERER_GL = 0,
+
+        /// The application has its own texture. Update only keeps the pace.
+        RENDERER_D3D = 1
     };
 
     /// Opens the device and returns when its frames are on their way. With RENDERER_GL an id of 0
@@ -47,8 +59,10 @@ public:
     /// since the last call are skipped.
     void Update();
 
-    /// The size of a frame in pixels. Any thread.
+    /// The width of a frame in pixels: 2560. Any thread.
     static int GetWidth();
+
+    /// The height of a frame in pixels: 1440. Any thread.
     static int GetHeight();
 
     /// The name of the texture. Any thread.

@@ -17,13 +17,26 @@ class CubicSpline;
 /// strictly. The four arrays have the same length of at least 2.
 struct DistortParams
 {
+    /// The radii at which the lens was measured.
     std::vector<double> radius;
+
+    /// The scale factor of red at each radius.
     std::vector<double> red;
+
+    /// The scale factor of green at each radius.
     std::vector<double> green;
+
+    /// The scale factor of blue at each radius.
     std::vector<double> blue;
-    double offsetYMm = 0.0; // height of the lens centre above the middle of the viewport
-    double fovDeg = 0.0;    // field of view for which the tables were measured
-    double widthMm = 0.0;   // panel width against which the tables are scaled
+
+    /// The height of the lens centre above the middle of the viewport in millimetres.
+    double offsetYMm = 0.0;
+
+    /// The field of view in degrees for which the tables were measured.
+    double fovDeg = 0.0;
+
+    /// The width of the panel in millimetres, against which the tables are scaled.
+    double widthMm = 0.0;
 };
 
 /// The lens model of the headset. It says where a rendered eye image has to be sampled so that the

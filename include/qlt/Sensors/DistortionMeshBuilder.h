@@ -14,6 +14,12 @@ namespace qlt
 /// channel. Draw it without back-face culling, because the two triangles of a cell have opposite
 /// orientations.
 ///
+///     qlt::DistortionMeshBuilder mesh(32, 32, qlt::Params::EYE_LEFT, true);
+///     mesh.BuildMesh();
+///     Upload(mesh.GetPosition(), mesh.GetTextureR(), mesh.GetTextureG(), mesh.GetTextureB(),
+///            mesh.GetNumVertices());
+///     UploadIndices(mesh.GetIndices(), mesh.GetNumIndices());
+///
 /// The builder owns the arrays. One thread at a time may use a builder; the builders of both eyes
 /// may run in parallel.
 class QLT_API DistortionMeshBuilder
@@ -37,8 +43,10 @@ public:
     /// as it was.
     void BuildMesh();
 
-    /// The counts of the last BuildMesh; 0 before the first one.
+    /// The number of vertices of the last BuildMesh; 0 before the first one.
     int GetNumVertices() const;
+
+    /// The number of indices of the last BuildMesh; 0 before the first one.
     int GetNumIndices() const;
 
     /// GetNumVertices() positions (x, y, depth) in the eye's viewport: x (right) and y (up) in
@@ -47,12 +55,16 @@ public:
     /// and stay valid until the builder is destroyed.
     const Vec3* GetPosition() const;
 
-    /// GetNumVertices() texture coordinates (u, v) in [0, 1] for each colour channel.
+    /// GetNumVertices() texture coordinates (u, v) in [0, 1] for the red channel.
     const Vec2* GetTextureR() const;
+
+    /// GetNumVertices() texture coordinates (u, v) in [0, 1] for the green channel.
     const Vec2* GetTextureG() const;
+
+    /// GetNumVertices() texture coordinates (u, v) in [0, 1] for the blue channel.
     const Vec2* GetTextureB() const;
 
-    /// GetNumIndices() indices of vertices.
+    /// GetNumIndices() indices of vertices: three for each triangle of a list, or one strip.
     const int* GetIndices() const;
 
 private:

@@ -15,6 +15,11 @@ namespace qlt
 /// The tracker of the real headset. It finds the inertial sensor on USB, decodes and calibrates the
 /// reports, fuses them and raises every event of a tracker.
 ///
+///     qlt::Hmd hmd;
+///     hmd.Start(); // the headset may be plugged in later
+///     const qlt::Quaternion head = hmd.CopyOrientation();
+///     hmd.Stop();
+///
 /// A connection watcher lives as long as the object and looks for the headset once a second,
 /// whether or not the tracker is started, so an unplugged headset is found again. The tracker
 /// prints progress ("USB Connected") on standard output and read errors on standard error. A

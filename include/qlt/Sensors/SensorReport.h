@@ -25,13 +25,22 @@ constexpr std::uint32_t SENSOR_REPORT_SIZE = 64;
 ///            56 u32 reserved C       60 u32 reserved D
 using SensorReport = std::array<std::uint8_t, SENSOR_REPORT_SIZE>;
 
-/// The value of one count of each sensor.
+/// The value of one count of each sensor. The defaults leave the counts as they are.
 struct SensorScales
 {
+    /// The value of a count of the gyroscope, in rad/s for the headset.
     float gyroscope = 1.0f;
+
+    /// The value of a count of the accelerometer, in g for the headset.
     float accelerometer = 1.0f;
+
+    /// The value of a count of the magnetometer, in gauss for the headset.
     float magnetometer = 1.0f;
+
+    /// The value of a count of the temperature, in degrees Celsius for the headset.
     float temperature = 1.0f;
+
+    /// The value of a count of the position, in metres for the headset.
     float position = 1.0f;
 };
 
@@ -49,17 +58,41 @@ constexpr SensorScales HEADSET_SCALES = {
 /// metres.
 struct SensorSample
 {
+    /// The number of the report. It grows by one for each report and wraps after 2^32 reports.
     std::uint32_t sequence = 0;
+
+    /// The device time in seconds. deliberate: it is rounded to single precision, because the
+    /// filter takes single precision. After an hour its steps are about 0.25 ms.
     double deviceTimeS = 0.0;
-    Quaternion quaternion; // the device's own estimate
+
+    /// The device's own estimate of the orientation, normalised.
+    Quaternion quaternion;
+
+    /// The calibrated angular velocity.
     Vec3 gyroscope;
+
+    /// The calibrated acceleration.
     Vec3 accelerometer;
+
+    /// The magnetic field.
     Vec3 magnetometer;
+
+    /// The temperature of the sensor.
     float temperature = 0.0f;
+
+    /// The first field without a meaning yet, as the headset sends it.
     std::uint32_t reservedA = 0;
+
+    /// The second field without a meaning.
     std::uint32_t reservedB = 0;
+
+    /// The position that the device reports.
     Vec3 position;
+
+    /// The third field without a meaning.
     std::uint32_t reservedC = 0;
+
+    /// The fourth field without a meaning.
     std::uint32_t reservedD = 0;
 };
 

@@ -24,7 +24,13 @@ class ListenerSet;
 ///
 /// Between Start and Stop the tracker's own processing thread raises events. Every event updates
 /// the pose that the getters return and is passed to the listeners. The application owns its
-/// listeners. It removes them and stops the tracker before it destroys the tracker.
+/// listeners. It removes them and stops the tracker before it destroys the tracker:
+///
+///     tracker.AddListener(listener);
+///     tracker.Start();
+///     Draw(tracker.CopyOrientation());
+///     tracker.Stop();
+///     tracker.RemoveListener(listener);
 ///
 /// One thread at a time may call Start and Stop; any thread may call everything else at any time. A
 /// recursive mutex guards the pose, the listeners and the thread. Listeners are called with it
@@ -99,12 +105,18 @@ public:
     /// assertions of Vec3 and gets the result of the formulas. Any thread.
     void ResetYawOrigin();
 
-    /// The pose of an object that the host service tracks, the position in metres. A missing object
-    /// has the zero position and the identity. Object 0 is the head; GetClientPosition uses it.
-    /// deliberate: an object whose confidence is below FLT_EPSILON has the zero position and keeps
-    /// its orientation. Throws VRException when the service fails. Any thread.
+    /// The position in metres of an object that the host service tracks. A missing object has the
+    /// zero position. Object 0 is the head. deliberate: an object whose confidence is below
+    /// FLT_EPSILON has the zero position and keeps its orientation. Throws VRException when the
+    /// service fails. Any thread.
     Vec3 GetObjectPosition(std::uint64_t index) const;
+
+    /// The orientation of an object that the host service tracks. A missing object has the
+    /// identity. Throws VRException when the service fails. Any thread.
     Quaternion GetObjectOrientation(std::uint64_t index) const;
+
+    /// The position of object 0, which is the head. Throws VRException when the service fails. Any
+    /// thread.
     Vec3 GetClientPosition() const;
 
 protected:
@@ -123,14 +135,27 @@ protected:
     /// could use destroyed members of the subclass.
     void EndProcessing();
 
-    /// Raise an event on the calling thread. They call every listener under the lock and pass
-    /// `time` to it unchanged. An idle tracker is reported as an assertion.
+    /// Raises an event on the calling thread. The call passes the acceleration in g and `time` to
+    /// every listener under the lock. An idle tracker is reported as an assertion. The same holds
+    /// for the other operations.
     void NotifyAccelerometerEvent(const Vec3& acceleration, float time);
+
+    /// Raises an event with an angular velocity in radians per second.
     void NotifyGyroscopeEvent(const Vec3& angularVelocity, float time);
+
+    /// Raises an event with a magnetic field in gauss.
     void NotifyMagnetometerEvent(const Vec3& field, float time);
+
+    /// Raises an event with the device's own estimate of the orientation.
     void NotifyQuaternionEvent(const Quaternion& quaternion, float time);
+
+    /// Raises an event with a temperature in degrees Celsius.
     void NotifyTemperatureEvent(float temperature, float time);
+
+    /// Stores the orientation, applies the yaw origin to it and raises an event with the result.
     void NotifyOrientationEvent(const Quaternion& orientation, float time);
+
+    /// Stores the position in metres and raises an event with it.
     void NotifyPositionEvent(const Vec3& position, float time);
 
 private:

@@ -13,31 +13,46 @@ namespace qltkit
 {
 
 /// Plays a recording to a headset tracker, once. It is the USB host on which the tracker finds a
-/// headset, and a clock that goes by the recording's device time. Reads past the end fail, which
-/// the tracker takes for an unplugged headset; a ReportFollower stops there in good order.
+/// headset, and a clock that goes by the recording's device time.
 ///
-/// One thread reads, as a tracker does. NowNs, SleepNs and Close are for any thread.
+///     const qltkit::Recording recording = qltkit::LoadRecording("walk.bin");
+///     qltkit::RecordingPlayer player(recording, qltkit::RecordingPlayer::Pace::Fastest);
+///     qltkit::RecordingTracker tracker(player);
+///
+/// A device that is opened again continues after the last report that was read. Reads past the end
+/// fail. The tracker takes that for an unplugged headset; a ReportFollower stops there in good
+/// order.
+///
+/// One thread reads, as a tracker does. Any thread may call NowNs, SleepNs and Close.
 class QLTKIT_API RecordingPlayer final : public Source
 {
 public:
+    /// The pace of the reports.
     enum class Pace
     {
-        Recorded, // each report comes at its time after the first
-        Fastest,  // a report comes as soon as it is read
+        /// Each report comes at its time after the first report.
+        Recorded,
+
+        /// A report comes as soon as it is read.
+        Fastest,
     };
 
-    /// `recording` must outlive this.
+    /// Prepares to play. `recording` must have at least one report and must outlive the player.
     RecordingPlayer(const Recording& recording, Pace pace);
     ~RecordingPlayer() override;
 
+    /// Opens the headset of the recording. Null after Close.
     std::unique_ptr<qlt::VendorUsbDevice> OpenFirst() override;
     std::string Name() const override { return "recording"; }
 
-    /// The device time of the last report that was read, nanoseconds; 1 ms before the first report
-    /// until then.
+    /// The device time of the last report that was read, in nanoseconds. Until the first read it is
+    /// 1 ms before the first report.
     std::int64_t NowNs() override;
 
+    /// Sleeps by the machine's clock, and ends early at Close.
     void SleepNs(std::int64_t durationNs) override;
+
+    /// Does the same as Source::Close. It also ends a read that waits for the time of its report.
     void Close() override;
 
 private:
@@ -48,14 +63,15 @@ private:
     std::unique_ptr<State> mState;
 };
 
-/// The headset tracker of a RecordingPlayer, which must outlive it.
+/// The headset tracker of a RecordingPlayer, which must outlive it. Threads: as for qlt::Hmd.
 class QLTKIT_API RecordingTracker final : public qlt::Hmd
 {
 public:
+    /// Makes a tracker that finds the player's headset and uses the player's clock.
     explicit RecordingTracker(RecordingPlayer& player);
     ~RecordingTracker() override;
 
-    /// Whether Stop has been called and waits for the processing thread. Any thread.
+    /// True when Stop has been called and waits for the processing thread. Any thread.
     bool IsStopping() const { return ShouldStop(); }
 };
 

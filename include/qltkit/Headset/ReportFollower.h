@@ -10,36 +10,50 @@
 namespace qltkit
 {
 
-/// A listener that follows a tracker up to a last report. A recording's tracker would find its
-/// headset gone after that report, so the follower holds it inside the report's last event until
-/// the tracker is being stopped. Other trackers go on, and the follower ignores their reports.
+/// A listener that follows a tracker up to a last report.
 ///
-/// Derive from it, add it to the tracker before Start, stop the tracker, and remove it. The
-/// operations are for any thread.
+/// The tracker of a recording would find its headset gone after that report. So the follower holds
+/// the tracker inside the last report's event until the tracker is stopped. Other trackers go on,
+/// and the follower ignores their later reports.
+///
+/// Derive from it, add it to the tracker before Start, and wait for Ended. Then stop the tracker
+/// and remove the follower:
+///
+///     tracker.AddListener(follower);
+///     tracker.Start();
+///     while (!follower.Ended())
+///     {
+///         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+///     }
+///     tracker.Stop();
+///     tracker.RemoveListener(follower);
+///
+/// Any thread may call Reports and Ended.
 class QLTKIT_API ReportFollower : public qlt::TrackerListener
 {
 public:
     /// Follows `reports` reports, or all of them when that is 0. `held` is the recording's tracker
-    /// and must outlive this; null for a tracker that goes on.
+    /// and must outlive this object. It is null for a tracker that goes on.
     ReportFollower(const RecordingTracker* held, std::size_t reports);
 
     ~ReportFollower() override;
 
+    /// Counts the report and calls OnReport. The tracker calls it.
     void OnOrientationEvent(const qlt::Quaternion& orientation, float time) final;
 
-    /// How many reports have been followed.
+    /// The number of reports that have been followed.
     std::size_t Reports() const { return mReports; }
 
-    /// Whether the last report has been followed.
+    /// True when the last report has been followed.
     bool Ended() const { return mEnded; }
 
 protected:
-    /// Takes the orientation after a report, whose number begins at 0. `time` is the event's time,
-    /// seconds. Called on the tracker's thread, under its lock.
+    /// Takes the orientation after a report, whose number begins at 0. `time` is the event's time
+    /// in seconds. The tracker's thread calls it under the tracker's lock.
     virtual void OnReport(std::size_t report, const qlt::Quaternion& orientation, float time) = 0;
 
-    /// Called about every 100 us while the tracker is held, on its thread and under its lock: the
-    /// place for calls that would wait for the lock elsewhere. Does nothing by default.
+    /// Runs about every 100 us while the tracker is held, on its thread and under its lock. It is
+    /// the place for calls that would wait for the lock elsewhere. It does nothing by default.
     virtual void WhileHeld();
 
 private:

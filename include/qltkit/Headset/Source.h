@@ -10,8 +10,9 @@
 namespace qltkit
 {
 
-/// A source of a headset's reports: a USB host together with the clock of its reports. Threads: as
-/// for qlt::UsbHost and qlt::Clock.
+/// A source of a headset's reports: a USB host together with the clock of its reports. A
+/// HeadTracker can own one, so that it can end its reads and sleeps when it is destroyed. Threads:
+/// as for qlt::UsbHost and qlt::Clock.
 class QLTKIT_API Source : public qlt::UsbHost, public qlt::Clock
 {
 public:

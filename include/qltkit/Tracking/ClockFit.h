@@ -16,26 +16,37 @@ namespace qltkit
 /// late and never early, so the earliest arrival of each short block counts most. After two seconds
 /// of delays of up to 5 ms, the error is below 0.3 ms in nearly every run.
 ///
-/// One thread at a time. Operations allocate nothing and read no clock.
+/// Add every report in the order of arrival, and convert device times at any moment:
+///
+///     qltkit::ClockFit fit;
+///     fit.Add(deviceUs, clock.NowNs()); // for each report, as soon as it arrives
+///     const std::int64_t madeNs = fit.HostNs(deviceUs);
+///
+/// One thread at a time may use an object. The operations allocate nothing, read no clock and never
+/// throw.
 class QLTKIT_API ClockFit
 {
 public:
     /// Adds a report that was made at `deviceUs` and arrived at `hostNs`. `deviceUs` is the
     /// device's clock in microseconds without its wrap, and `hostNs` is the host's clock in
-    /// nanoseconds. The fit restarts when the device's clock steps back, and when either clock
-    /// jumps by more than JUMP_NS.
+    /// nanoseconds.
+    ///
+    /// The fit restarts when the device's clock steps back, and when either clock jumps by more
+    /// than JUMP_NS. A report that is too early shows a jump at once. Late reports show a jump only
+    /// when more than 100 of them arrive in a row, because a busy host also makes reports late.
     void Add(std::int64_t deviceUs, std::int64_t hostNs);
 
-    /// Converts a time of the device's clock into host time, in nanoseconds. 0 before the first
-    /// Add.
+    /// Converts a time of the device's clock in microseconds into host time in nanoseconds. The
+    /// time may be in the past or in the future, because the line has no end. The result is 0
+    /// before the first Add.
     std::int64_t HostNs(std::int64_t deviceUs) const;
 
     /// The drift between the clocks in parts per million. It is positive when the host's clock is
     /// faster than the device's clock. It is 0 until eight blocks are complete (about half a
-    /// second), and it stays within -1000 .. 1000.
+    /// second), and it stays within -1000 .. 1000, because no crystal has a larger error.
     double DriftPpm() const { return mSlope * 1e6; }
 
-    /// The number of restarts since the construction.
+    /// The number of restarts since the construction. The first report is no restart.
     std::uint32_t Restarts() const { return mRestarts; }
 
     /// The smallest jump of a clock that restarts the fit, in nanoseconds.

@@ -10,13 +10,21 @@
 namespace qltkit
 {
 
-/// The state of a tracker.
+/// The state of a tracker. Every pose carries it, so a program can tell the user why the picture
+/// stands still.
 enum class PoseState : std::int32_t
 {
-    NeverSeen, // no report has arrived yet
-    Tracking,  // reports arrive
-    Held,      // the last report is older than 100 ms, but no read has failed
-    Lost,      // the headset was unplugged, or a read failed
+    /// No report has arrived yet.
+    NeverSeen,
+
+    /// Reports arrive.
+    Tracking,
+
+    /// The last report is older than 100 ms, but no read has failed.
+    Held,
+
+    /// The headset was unplugged, or a read failed.
+    Lost,
 };
 
 /// The pose of the head at one moment of the tracker's clock: in the past, now or in the future. A
@@ -38,15 +46,17 @@ struct Pose
     /// restarts after a loss of the headset.
     std::int64_t deviceTimeUs = 0;
 
-    /// The last report that the pose includes: the number of reports so far including it, and the
-    /// sequence number that the headset gave it.
+    /// The number of reports so far, up to the last report that the pose includes.
     std::uint64_t reportNumber = 0;
+
+    /// The sequence number that the headset gave this report.
     std::uint32_t sequence = 0;
 
-    /// The state of the tracker at the time of the call, also for a pose of the past. `sinceNs` is
-    /// the beginning of this state in nanoseconds of the tracker's clock. Tracking begins at the
-    /// first pose, Held at the last pose, and Lost at the read that failed.
+    /// The state of the tracker at the time of the call, also for a pose of the past.
     PoseState state = PoseState::NeverSeen;
+
+    /// The beginning of this state in nanoseconds of the tracker's clock. Tracking begins at the
+    /// first pose, Held at the last pose, and Lost at the read that failed.
     std::int64_t sinceNs = 0;
 
     /// True when the tracker knows no pose for the requested time. `timeNs` is then the nearest
@@ -54,24 +64,33 @@ struct Pose
     bool clamped = false;
 };
 
-/// The measures of a user's head in metres: the distance between the pupils, and the distances from
-/// the neck to the eyes, forward (H) and up (V). The head turns about the neck.
+/// The measures of a user's head in metres. The head turns about the neck. The defaults are those
+/// of qlt::Params.
 struct Person
 {
+    /// The distance between the pupils.
     float ipdM = qlt::Params::USER_IPD_M;
+
+    /// The forward distance from the neck to the eyes.
     float neckEyeHM = qlt::Params::USER_NECK_EYE_H_M;
+
+    /// The upward distance from the neck to the eyes.
     float neckEyeVM = qlt::Params::USER_NECK_EYE_V_M;
 };
 
-/// The pose of an eye in the world. The position is in metres from the neck.
+/// The pose of an eye in the world. A plain value.
 struct EyePose
 {
+    /// The position in metres from the neck, in world coordinates.
     qlt::Vec3 position;
+
+    /// The orientation of the eye, which is that of the head.
     qlt::Quaternion orientation = qlt::Quaternion::Identity;
 };
 
-/// Computes the pose of an eye from the pose of the head. Any value of `eye` except EYE_LEFT means
-/// the right eye. Any thread.
+/// Computes the pose of an eye from the pose of the head. The eye is at (-ipdM / 2, neckEyeVM,
+/// -neckEyeHM) in head coordinates for the left eye, and at +ipdM / 2 for the right eye. Any value
+/// of `eye` except EYE_LEFT means the right eye. Any thread.
 QLTKIT_API EyePose EyePoseOf(const Pose& pose, qlt::Params::Eye eye, const Person& person = {});
 
 } // namespace qltkit

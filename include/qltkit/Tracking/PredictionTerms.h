@@ -16,7 +16,9 @@ namespace qltkit
 /// any thread may read it.
 struct PredictionTerms
 {
+    /// The number of horizons.
     static constexpr std::size_t HORIZONS = 3;
+
     /// The horizons in seconds.
     static constexpr std::array<double, HORIZONS> AHEAD_SECONDS = {0.02, 0.05, 0.1};
 
@@ -30,7 +32,8 @@ struct PredictionTerms
 
     /// Returns the turn in `seconds` of a body that has the angular velocity `rate`. `rate` is in
     /// rad/s about the body's axes, and `seconds` is clamped to 0 .. 0.1. The result is a rotation
-    /// vector in radians about the same axes.
+    /// vector in radians about the same axes: (rate * lasting + bend * t) * t, with the terms at
+    /// the time t.
     qlt::Vec3 Turn(const qlt::Vec3& rate, double seconds) const
     {
         const float t =
@@ -61,10 +64,12 @@ private:
 /// value; any thread may read it.
 struct QLTKIT_API PredictionErrors
 {
+    /// The error at each horizon.
     std::array<double, PredictionTerms::HORIZONS> radians{};
 
     /// The error for `seconds` ahead, which is clamped to 0 .. 0.1. Between two horizons it grows
-    /// with the square of the time.
+    /// with the square of the time, as an unknown angular acceleration makes it grow. It is 0 for
+    /// the present.
     double At(double seconds) const;
 };
 

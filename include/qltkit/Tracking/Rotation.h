@@ -5,17 +5,27 @@
 namespace qltkit
 {
 
-/// A vector in double precision, for long sums of small steps. The same input gives the same bits
-/// on every system, because this header uses only + - * / and the square root. Any thread.
+/// A vector in double precision, for long sums of small steps. The components have the unit that
+/// the user gives them. The same input gives the same bits on every system, because this header
+/// uses only + - * / and the square root. Different threads may use different vectors.
 struct Vector3
 {
+    /// The component to the right.
     double x = 0.0;
+
+    /// The upward component.
     double y = 0.0;
+
+    /// The backward component.
     double z = 0.0;
 
+    /// The component with this index: 0 is x, 1 is y, and every other value is z.
     constexpr double operator[](int axis) const { return axis == 0 ? x : axis == 1 ? y : z; }
+
+    /// The same component, for writing.
     constexpr double& operator[](int axis) { return axis == 0 ? x : axis == 1 ? y : z; }
 
+    /// Adds `b` to this vector, component by component.
     constexpr Vector3& operator+=(const Vector3& b)
     {
         x += b.x;
@@ -25,43 +35,60 @@ struct Vector3
     }
 };
 
+/// The sum a + b, component by component.
 constexpr Vector3 operator+(const Vector3& a, const Vector3& b)
 {
     return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
 
+/// The difference a - b, component by component.
 constexpr Vector3 operator-(const Vector3& a, const Vector3& b)
 {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
 
+/// The vector with every component multiplied by `s`.
 constexpr Vector3 operator*(const Vector3& v, double s) { return {v.x * s, v.y * s, v.z * s}; }
 
+/// The dot product: |a| |b| times the cosine of the angle between them.
 constexpr double Dot(const Vector3& a, const Vector3& b)
 {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
+/// The right-handed cross product a x b. It is perpendicular to both vectors.
 constexpr Vector3 Cross(const Vector3& a, const Vector3& b)
 {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
+/// The Euclidean length.
 inline double Length(const Vector3& v) { return std::sqrt(Dot(v, v)); }
 
-/// A rotation as a unit quaternion in double precision. It turns body vectors into world vectors,
-/// and (a * b) rotates by b first.
+/// A rotation as a unit quaternion in double precision, with the scalar part w first. It turns body
+/// vectors into world vectors, and (a * b) rotates by b first. The default is the identity. No
+/// operation normalises its result unless it says so. Different threads may use different
+/// rotations.
 struct Rotation
 {
+    /// The scalar part: the cosine of half the angle.
     double w = 1.0;
+
+    /// The first component of the vector part, which is the unit axis times the sine of half the
+    /// angle.
     double x = 0.0;
+
+    /// The second component of the vector part.
     double y = 0.0;
+
+    /// The third component of the vector part.
     double z = 0.0;
 
-    /// The inverse.
+    /// The inverse of a rotation of length 1.
     constexpr Rotation Conjugate() const { return {w, -x, -y, -z}; }
 };
 
+/// The Hamilton product, which rotates by `b` first and then by `a`.
 constexpr Rotation operator*(const Rotation& a, const Rotation& b)
 {
     return {a.w * b.w - a.x * b.x - a.y * b.y - a.z * b.z,
@@ -70,14 +97,15 @@ constexpr Rotation operator*(const Rotation& a, const Rotation& b)
             a.w * b.z + a.x * b.y - a.y * b.x + a.z * b.w};
 }
 
-/// Returns `q` scaled to length 1. `q` must not be zero.
+/// Returns `q` scaled to length 1. A `q` of zero gives NaN.
 inline Rotation Normalized(const Rotation& q)
 {
     const double s = 1.0 / std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
     return {q.w * s, q.x * s, q.y * s, q.z * s};
 }
 
-/// Returns `v` rotated by `q`.
+/// Returns `v` rotated by `q`, which must have length 1. The formula is v + w t + u x t, with the
+/// vector part u of `q` and t = 2 u x v. It is the product q v q* with fewer multiplications.
 constexpr Vector3 Rotate(const Rotation& q, const Vector3& v)
 {
     const Vector3 u{q.x, q.y, q.z};
@@ -85,7 +113,9 @@ constexpr Vector3 Rotate(const Rotation& q, const Vector3& v)
     return v + t * q.w + Cross(u, t);
 }
 
-/// The rotation by |r| radians about `r`.
+/// The rotation by |r| radians about `r`, the exponential map: (cos(|r| / 2), r sin(|r| / 2) /
+/// |r|). `r` may have any length, and zero gives the identity. The result has length 1 within
+/// rounding.
 inline Rotation RotationBy(const Vector3& r)
 {
     const double x = 0.25 * Dot(r, r); // the square of half the angle
@@ -112,8 +142,8 @@ inline Rotation RotationBy(const Vector3& r)
     return {c, r.x * s, r.y * s, r.z * s};
 }
 
-/// The inverse of RotationBy: the rotation vector of `q`, with a length of at most pi. `q` must
-/// have length 1.
+/// The rotation vector of `q`, with a length of at most pi. This is the logarithmic map and the
+/// inverse of RotationBy. `q` must have length 1; `q` and -q give the same vector.
 inline Vector3 RotationVector(const Rotation& q)
 {
     const Vector3 v = Vector3{q.x, q.y, q.z} * (q.w < 0.0 ? -1.0 : 1.0);
@@ -136,7 +166,8 @@ inline Vector3 RotationVector(const Rotation& q)
     return v * (16.0 * t * series / sine);
 }
 
-/// The shortest rotation that turns `v` to +y. `v` may have any length except zero.
+/// The shortest rotation that turns `v` to +y. `v` may have any length except zero, which gives
+/// NaN. For a `v` that points straight down it is the half turn about x.
 inline Rotation RotationToUp(const Vector3& v)
 {
     const Vector3 u = v * (1.0 / Length(v));

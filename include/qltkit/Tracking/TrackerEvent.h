@@ -5,17 +5,27 @@
 namespace qltkit
 {
 
-/// A change in the stream of reports.
+/// A change in the stream of reports. HeadTracker::PollEvent and HeadTracker::SetEventHandler give
+/// these events. A plain value.
 struct TrackerEvent
 {
+    /// The kinds of events. The first event of a tracker is Connected.
     enum class Kind : std::int32_t
     {
-        Connected, // the first report has arrived
-        Lost,      // a read has failed: the headset was unplugged or is broken
-        Back,      // the first report after a Lost has arrived
-        Gap,       // reports are missing before the newest one
+        /// The first report has arrived.
+        Connected,
+
+        /// A read has failed: the headset was unplugged or is broken.
+        Lost,
+
+        /// The first report after a Lost has arrived.
+        Back,
+
+        /// Reports are missing before the newest one.
+        Gap,
     };
 
+    /// The kind of this event.
     Kind kind = Kind::Connected;
 
     /// For a Gap: the number of missing reports according to the headset's own count. 0 for other

@@ -112,9 +112,9 @@ extern "C"
     QLT_API qlt_Tracker* qlt_SimulationTracker_New(void);
     /** Deletes a tracker of either kind. Stop it first. Checked. */
     QLT_API void qlt_Tracker_Delete(qlt_Tracker* pTracker);
-    /** Whether the device is connected. The call waits while a report is being read. Checked. */
+    /** True when the device is connected. The call waits while a report is being read. Checked. */
     QLT_API qlt_bool qlt_Tracker_IsConnected(qlt_Tracker* pTracker);
-    /** Whether the tracker is started. Checked. */
+    /** True when the tracker is started. Checked. */
     QLT_API qlt_bool qlt_Tracker_IsTracking(qlt_Tracker* pTracker);
     /** Writes the head's orientation into pOrientation. Both handles are checked. */
     QLT_API void qlt_Tracker_GetOrientation(qlt_Tracker* pTracker, qlt_Quaternion* pOrientation);
@@ -199,7 +199,7 @@ extern "C"
     QLT_API int32_t qlt_Params_EYE_RESOLUTION(void);
     /** The stretch of the eye image over the viewport. */
     QLT_API float qlt_Params_EYE_STRETCH(void);
-    /** Whether engines have to apply the lens mesh. */
+    /** True when engines have to apply the lens mesh. */
     QLT_API qlt_bool qlt_Params_EYE_DISTORT(void);
     /** The distance between the eyes in metres. */
     QLT_API float qlt_Params_USER_IPD_M(void);

@@ -151,7 +151,7 @@ public:
     /// The length, which is the square root of Length2.
     QLT_INLINE float Length() const { return std::sqrt(Length2()); }
 
-    /// Whether the absolute value of every component is below FLT_EPSILON.
+    /// True when the absolute value of every component is below FLT_EPSILON.
     bool IsZero() const;
 
     /// Scales to length 1. A length not above FLT_EPSILON is reported as an assertion, and the

@@ -32,7 +32,7 @@ public:
     /// step fails. A lack of memory is such a failure. Submit calls it; an engine need not.
     bool Initialize();
 
-    /// Whether an Initialize has succeeded and no Shutdown has followed.
+    /// True when an Initialize has succeeded and no Shutdown has followed.
     bool IsInitialized();
 
     /// Gives the display back and releases everything that Initialize created. It does nothing

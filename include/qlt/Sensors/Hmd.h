@@ -36,7 +36,7 @@ public:
     /// May take a second, because it waits for the connection watcher's current sleep.
     ~Hmd() override;
 
-    /// Whether the headset is connected. The call waits while a report is being read. Any thread.
+    /// True when the headset is connected. The call waits while a report is being read. Any thread.
     bool IsConnected() const override;
 
 protected:

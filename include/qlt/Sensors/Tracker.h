@@ -63,10 +63,10 @@ public:
     /// listener must not call it, because it would wait for itself.
     bool Stop();
 
-    /// Whether the tracker is started. Any thread, without a lock.
+    /// True when the tracker is started. Any thread, without a lock.
     bool IsTracking() const;
 
-    /// Whether the device is connected; true for a tracker without a device.
+    /// True when the device is connected; true for a tracker without a device.
     virtual bool IsConnected() const;
 
     /// Registers a listener, which must live until it is removed. A registered listener is reported
@@ -127,7 +127,7 @@ protected:
     /// that leaves it ends the process.
     virtual void DoProcess() = 0;
 
-    /// Whether Stop waits for DoProcess to return. Any thread, without a lock.
+    /// True when Stop waits for DoProcess to return. Any thread, without a lock.
     bool ShouldStop() const;
 
     /// Asks the processing thread to end and waits for it; the tracker does not become idle. The

@@ -138,7 +138,8 @@ CommandBody AddCamera(CLI::App& command)
 {
     auto options = std::make_shared<Options>();
     command.description("Show the frame rate of the headset's camera");
-    AddSeconds(command, options->seconds, "Stop after so many seconds")->capture_default_str();
+    AddSeconds(command, options->seconds, "Stop after this number of seconds")
+        ->capture_default_str();
     RequireName(command.add_option("--png", options->png, "Save the last frame as a picture"));
     return [options] { return Run(*options); };
 }

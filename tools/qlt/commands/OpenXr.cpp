@@ -26,7 +26,7 @@ namespace
 using nlohmann::json;
 
 constexpr int MOST_FRAMES = 1000000;
-constexpr int PICTURE_FRAMES = 60; // after these frames a program has usually settled
+constexpr int PICTURE_FRAMES = 60; // most programs show their scene by then
 
 struct Options
 {
@@ -189,9 +189,9 @@ void SetUpRun(CLI::App& run, Options& options)
     run.add_option("--mirror", options.mirror,
                    "The size of the window, as 1280x720, or off for none");
     run.add_option("--png", options.png, "A picture of what the panel shows after --frames");
-    RequireNumber(
-        run.add_option("--frames", options.frames, "Ask the program to exit after so many frames"),
-        1, MOST_FRAMES);
+    RequireNumber(run.add_option("--frames", options.frames,
+                                 "Ask the program to exit after this number of frames"),
+                  1, MOST_FRAMES);
     run.positionals_at_end();
 }
 

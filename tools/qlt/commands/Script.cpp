@@ -26,7 +26,7 @@ struct Options
 {
     std::string script;
     double seconds = 60.0; // the length of a run when the script is longer or has no end
-    std::string svg;       // empty: none
+    std::string svg;       // empty: no picture
 };
 
 struct Played
@@ -56,7 +56,7 @@ ScriptMoment::Triple AnglesOf(const qlt::Quaternion& q, double nearDeg)
     return angles;
 }
 
-/// Reads a script as a tracker would, as fast as it goes.
+/// Reads a script as a tracker would, and waits for nothing.
 class ScriptRun
 {
 public:
@@ -169,7 +169,7 @@ CommandBody AddScript(CLI::App& command)
         ->required();
     RequireName(command.add_option("--svg", options->svg,
                                    "Draw the head, the gyroscope, and the events over time"));
-    AddSeconds(command, options->seconds, "Stop after so many seconds of the script")
+    AddSeconds(command, options->seconds, "Stop after this number of seconds of the script")
         ->capture_default_str();
     command.callback([options] { RequireDistinct({options->script}, {options->svg}); });
     return [options] { return Run(*options); };

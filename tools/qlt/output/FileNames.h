@@ -1,10 +1,10 @@
-// What the system says about a file's name. One body in each wing.
+// Questions to the system about the names of files. Each wing has one body.
 #pragma once
 
 #include <filesystem>
 
-/// Whether the name leads to the standard output of the process.
+/// True when the name leads to the standard output of the process.
 bool IsStandardOutput(const std::filesystem::path& path);
 
-/// Whether two names, both in their normal form, are one to the system.
+/// True when two names are the same for the system. Both must be in their normal form.
 bool AreSameName(const std::filesystem::path& a, const std::filesystem::path& b);

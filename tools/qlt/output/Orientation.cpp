@@ -87,7 +87,7 @@ std::vector<TruthRow> LoadTruth(const std::string& path)
         const int fields = std::sscanf(line.c_str(), "%zu,%lf,%d,%*d,%lf,%lf,%lf,%lf", &row.report,
                                        &row.timeUs, &valid, &row.w, &row.x, &row.y, &row.z);
         row.valid = valid == 1;
-        // Where nothing was measured, the orientation may be left empty.
+        // A row without a measurement may have no orientation.
         if (fields < (row.valid ? 7 : 3) || (valid != 0 && valid != 1))
         {
             throw std::runtime_error(path + ", line " + std::to_string(number) +

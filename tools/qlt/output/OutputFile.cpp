@@ -49,7 +49,8 @@ void CatchSignals()
     for (const int signal : {SIGINT, SIGTERM})
     {
         const auto previous = std::signal(signal, RemoveTemporaries);
-        if (previous != SIG_DFL) // ignored in the background, or the command's own
+        // A command in the background ignores the signal, and some commands handle it themselves.
+        if (previous != SIG_DFL)
         {
             std::signal(signal, previous);
         }

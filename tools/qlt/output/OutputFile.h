@@ -12,7 +12,8 @@
 class OutputFile
 {
 public:
-    /// std::runtime_error when it cannot be created. With an empty path, all operations do nothing.
+    /// Throws std::runtime_error when the file cannot be created. With an empty path, all
+    /// operations do nothing.
     explicit OutputFile(const std::string& path);
 
     /// Removes a file that was not completed.
@@ -33,12 +34,13 @@ public:
 
     void Write(const std::string& bytes);
 
-    /// Hands the written bytes to the system. False when that or an earlier write has failed.
+    /// Hands the written bytes to the system. Returns false when that or an earlier write has
+    /// failed.
     bool Flush();
 
-    /// Completes the file. std::runtime_error when a write has failed, for example on a full disk;
-    /// the older file and the part that was written are both kept. A reader that closes its pipe
-    /// causes no error.
+    /// Completes the file. Throws std::runtime_error when a write has failed, for example on a full
+    /// disk; the older file and the part that was written are both kept. A reader that closes its
+    /// pipe causes no error.
     void Close();
 
     /// Returns the text that Print would write.
@@ -51,13 +53,14 @@ public:
     }
 
 private:
-    const std::string mName; // as the user calls it
+    const std::string mName; // the name as the user wrote it
     std::optional<qltkit::OutputFile> mFile;
     bool mIsStandardOutput = false;
     int mError = 0; // errno of the first failure of standard output
 };
 
-/// Returns a sentence that says which output is the same file as an input or another output,
-/// through any links and spellings; empty when there is none. Empty names are left out.
+/// Returns a sentence when an output is the same file as an input or another output, through any
+/// links and spellings. The sentence names the output. The result is empty when all files differ.
+/// Empty names are left out.
 std::string DescribeClash(const std::vector<std::string>& inputs,
                           const std::vector<std::string>& outputs);

@@ -16,7 +16,7 @@ void Attach(GLuint program, GLenum stage, const char* firstLine, const std::stri
     glShaderSource(shader, 2, texts, nullptr);
     glCompileShader(shader);
     glAttachShader(program, shader);
-    glDeleteShader(shader); // the deletion happens together with the program's
+    glDeleteShader(shader); // OpenGL deletes the shader when it deletes the program
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
     if (compiled == GL_FALSE)
@@ -32,7 +32,7 @@ void Attach(GLuint program, GLenum stage, const char* firstLine, const std::stri
 
 void LoadOpenGl()
 {
-    glewInit(); // it fails without a GLX display, but loads everything
+    glewInit(); // without a GLX display the call fails, but it loads every entry point
     if (GLEW_VERSION_3_0 == GL_FALSE)
     {
         throw std::runtime_error("there is no OpenGL 3.0 here");

@@ -42,8 +42,8 @@ HeadsetView::HeadsetView(int sharpness)
 {
 }
 
-// The projection is symmetric, although the lens is not in the middle of its half: the lens mesh
-// moves the middle of the eye's image to the lens.
+// The projection is symmetric although the lens is not in the middle of its half of the panel. The
+// lens mesh moves the middle of the eye's image to the lens.
 void HeadsetView::RenderEyes(const qlt::Quaternion& orientation)
 {
     const Matrix projection =

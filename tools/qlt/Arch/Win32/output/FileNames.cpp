@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-// Its names, CON and CONOUT$, are devices' names.
+// Windows names standard output CON or CONOUT$. Both are names of devices, so no regular file has
+// them.
 bool IsStandardOutput(const std::filesystem::path&) { return false; }
 
 bool AreSameName(const std::filesystem::path& a, const std::filesystem::path& b)

@@ -1,11 +1,11 @@
 // Compares one step of the orientation filter to a plain version of the same step that is compiled
 // beside it. The result bits must be equal. "ratio" must be at most 1.02.
 #include "Paired.h"
+#include "PlainFusion.h"
 
 #include <qlt/Sensors/SensorFusion.h>
 
 #include "fakes/FloatBits.h"
-#include "fakes/PlainFusion.h"
 
 #include <random>
 

@@ -1,8 +1,8 @@
 #!/bin/bash
 # test.sh [--soak] [SUITE...]: installs the missing packages, builds and tests. A suite is a preset
 # (linux, linux-debug, linux-asan, linux-tsan, windows) or "house", which checks the rules of the tree:
-# format, clang-tidy, room order and the reference. Without a suite it runs all but linux-debug. --soak
-# adds the long tests.
+# format, clang-tidy, room order, the reference and the share of the tests. Without a suite it runs all but
+# linux-debug. --soak adds the long tests.
 #
 # A suite that fails does not stop the next one. The last line has the sums over all suites.
 set -euo pipefail
@@ -94,7 +94,7 @@ occurrences()
 run_house()
 {
     local good=0 broken=() check
-    for check in check_format check_tidy check_rooms check_docs; do
+    for check in check_format check_tidy check_rooms check_docs check_share_of_tests; do
         if "$check"; then
             good=$((good + 1))
         else
@@ -118,6 +118,11 @@ check_rooms()
 check_docs()
 {
     scripts/docs.sh
+}
+
+check_share_of_tests()
+{
+    scripts/count_code.sh --check
 }
 
 # Checks the files that the Linux build compiles. It leaves out the tests, because their long functions

@@ -79,7 +79,7 @@ TEST(QuaternionTest, ProductsWithVectorsAndRotationsComposeFromTheLeft)
     EXPECT_LT((turned - Vec3::Z_AXIS).Length(), 1e-6f);
 }
 
-// SensorFusionTest.EqualsThePlainFilterToTheLastBit compares their other results.
+// SensorFusionTest.EveryStepAndEveryPredictionHasItsBits compares their other results.
 TEST(QuaternionTest, NormalizeLeavesATooShortQuaternionUnchanged)
 {
     Quaternion q;

@@ -7,7 +7,6 @@
 
 #include "fakes/PlainLens.h"
 
-#include <qlt/Math/Matrix.h>
 #include <qlt/Render/Shaders.h>
 
 #include <gtest/gtest.h>
@@ -107,38 +106,5 @@ TEST_F(GlslTest, TheDistortionSamplesEachChannelAtItsOwnCoordinate)
             }
         }
         EXPECT_LE(worst, 2.0) << "The eye is " << eye;
-    }
-}
-
-// All four channels have one value. The matrix leaves the right half of the picture unchanged.
-TEST_F(GlslTest, TheBoardIsWhiteWhereOneAxisIsPastTheHalfOfItsCell)
-{
-    const struct
-    {
-        float u;
-        float v;
-        int value;
-    } rows[] = {{0.1f, 0.1f, 0}, {0.2f, 0.1f, 255}, {0.1f, 0.2f, 255}, {0.2f, 0.2f, 0},
-                {0.3f, 0.1f, 0}, {0.9f, 0.6f, 255}, {1.2f, 5.1f, 255}, {0.0f, 0.0f, 0}};
-    const GlProgram program(Shaders::ObjectShaderV(), Shaders::ObjectShaderF());
-    const RenderTarget target(2, 1);
-    const qlt::Vec3 corners[] = {{-1, -1, 0}, {1, -1, 0}, {-1, 1, 0}, {1, 1, 0}};
-    qlt::Matrix leftHalf = qlt::Matrix::TranslationMatrix({-0.5f, 0.0f, 0.0f}) *
-                           qlt::Matrix::ScaleMatrix(0.5f, 1.0f, 1.0f);
-    for (const auto& row : rows)
-    {
-        const qlt::Vec2 board[] = {{row.u, row.v}, {row.u, row.v}, {row.u, row.v}, {row.u, row.v}};
-        target.Use();
-        glClearColor(0.2f, 0.4f, 0.6f, 0.8f);
-        glClear(GL_COLOR_BUFFER_BIT);
-        program.Use();
-        program.SetMatrix("uMVPMatrix", leftHalf.array());
-        const GlProgram::Array position(program, "aPosition", 3, corners);
-        const GlProgram::Array coordinate(program, "aTexCoord", 2, board);
-        glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
-        const auto value = static_cast<unsigned char>(row.value);
-        EXPECT_EQ(target.Pixels(),
-                  (std::vector<unsigned char>{value, value, value, value, 51, 102, 153, 204}))
-            << row.u << ' ' << row.v;
     }
 }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace
 {
 
@@ -47,7 +49,10 @@ TEST(VRExceptionTest, TheFieldsFollowTheBase)
     EXPECT_STREQ(exception.what(), "Error VR_STATUS (35)");
 }
 
-// ExceptionBoundaryTest catches the exceptions of the shipped library by their types.
+// The program that uses the installed library catches its exceptions by their types.
+static_assert(std::is_base_of_v<VRException, VRExceptionTimeout> &&
+              !std::is_base_of_v<VRExceptionSoftware, VRExceptionTimeout>);
+
 TEST(VRExceptionTest, ACopyIsIndependentAndTheTextIsThatOfTheField)
 {
     VRExceptionTimeout original(VR_STATUS_ERROR_TIMEOUT, L"Timeout!");

@@ -203,49 +203,4 @@ inline void BuildMesh(const Lens& lens, int resX, int resY, int eye, bool triang
     }
 }
 
-/// The mesh of direct mode. Each vertex has ten floats: the position, the coordinates of the three
-/// colours and the weight.
-struct DirectModeMesh
-{
-    std::vector<float> vertices;
-    std::vector<std::uint32_t> indices;
-};
-
-inline float Lerp(float a, float b, float t) { return (1.0f - t) * a + b * t; }
-
-inline DirectModeMesh BuildDirectModeMesh(const Lens& lens, int eye)
-{
-    DirectModeMesh mesh;
-    for (std::uint32_t j = 0; j < 256; ++j)
-    {
-        for (std::uint32_t i = 0; i < 256; ++i)
-        {
-            const float u = static_cast<float>(i) / 255.0f;
-            const float v = static_cast<float>(j) / 255.0f;
-            const float x = Lerp(-1.0f, 1.0f, u);
-            const float y = Lerp(-1.0f, 1.0f, v);
-            const Sample red = Distort(lens, x, y, eye, 0);
-            const Sample green = Distort(lens, x, y, eye, 1);
-            const Sample blue = Distort(lens, x, y, eye, 2);
-            const float halfX = eye == 1 ? Lerp(0.0f, 1.0f, u) : Lerp(-1.0f, 0.0f, u);
-            for (const float value : {halfX, -y, 0.5f, red.u, red.v, green.u, green.v, blue.u,
-                                      blue.v, red.depth > -1.0f ? 1.0f : 0.0f})
-            {
-                mesh.vertices.push_back(value);
-            }
-            if (i > 0 && j > 0)
-            {
-                const auto at = [](std::uint32_t row, std::uint32_t column)
-                { return 256 * row + column; };
-                for (const std::uint32_t corner : {at(j - 1, i - 1), at(j - 1, i), at(j, i),
-                                                   at(j - 1, i - 1), at(j, i), at(j, i - 1)})
-                {
-                    mesh.indices.push_back(corner);
-                }
-            }
-        }
-    }
-    return mesh;
-}
-
 } // namespace plain

@@ -57,24 +57,6 @@ TEST_F(DistortionFunctionTest, EqualsThePlainModelToTheLastBit)
     }
 }
 
-TEST_F(DistortionFunctionTest, TheLensCentreIsTheMiddleOfTheTextureAndTheEyesAreMirrored)
-{
-    lens.Initialize();
-    for (int color = 0; color < 3; ++color)
-    {
-        EXPECT_EQ(Bits(At(-0.012436205f, 0, Params::EYE_LEFT, color)), Bits(Vec3(0.5f, 0.5f, 0)));
-        EXPECT_EQ(Bits(At(0.012436205f, 0, Params::EYE_RIGHT, color)), Bits(Vec3(0.5f, 0.5f, 0)));
-        const Vec3 left = At(0.3f, -0.6f, Params::EYE_LEFT, color);
-        const Vec3 right = At(-0.3f, -0.6f, Params::EYE_RIGHT, color);
-        EXPECT_NEAR(left.x() + right.x(), 1.0f, 1e-6f);
-        EXPECT_EQ(left.y(), right.y());
-    }
-    // Near the centre the texture coordinate is 0.5576 / 1.0414401 of the distance, in halves of
-    // the texture.
-    EXPECT_NEAR(At(-0.012436205f, 0.02f, Params::EYE_LEFT).y(), 0.5f + 0.01f * 0.5576f / 1.0414401f,
-                1e-5f);
-}
-
 TEST_F(DistortionFunctionTest, OnlyPointsOutsideTheLensHaveTheOutsideDepth)
 {
     lens.Initialize();

@@ -43,11 +43,6 @@ struct Arrays
     const int* indices;
 };
 
-std::vector<int> Indices(const DistortionMeshBuilder& mesh)
-{
-    return {mesh.GetIndices(), mesh.GetIndices() + mesh.GetNumIndices()};
-}
-
 } // namespace
 
 TEST(DistortionMeshBuilderTest, EveryGridEqualsThePlainMeshToTheLastBit)
@@ -69,27 +64,6 @@ TEST(DistortionMeshBuilderTest, EveryGridEqualsThePlainMeshToTheLastBit)
                 EXPECT_TRUE(Arrays(mesh).HoldTheBitsOf(expected)) << resX << " " << list << eye;
             }
         }
-    }
-}
-
-TEST(DistortionMeshBuilderTest, SmallGridsHaveTheirIndices)
-{
-    DistortionMeshBuilder list(1, 1, Params::EYE_LEFT, true);
-    DistortionMeshBuilder strip(1, 1, Params::EYE_LEFT, false);
-    DistortionMeshBuilder joined(2, 2, Params::EYE_RIGHT, false);
-    EXPECT_EQ(list.GetNumVertices(), 0);
-    EXPECT_EQ(list.GetPosition(), nullptr);
-    list.BuildMesh();
-    strip.BuildMesh();
-    joined.BuildMesh();
-    EXPECT_EQ(list.GetNumVertices(), 4);
-    EXPECT_EQ(Indices(list), (std::vector<int>{0, 2, 1, 2, 1, 3}));
-    EXPECT_EQ(Indices(strip), (std::vector<int>{0, 2, 1, 3}));
-    EXPECT_EQ(Indices(joined), (std::vector<int>{0, 3, 1, 4, 2, 5, 5, 3, 3, 6, 4, 7, 5, 8}));
-    for (int i = 0; i < 4; ++i)
-    {
-        const qlt::Vec3 corner(i % 2 == 0 ? -1.0f : 1.0f, i < 2 ? -1.0f : 1.0f, -1.1f);
-        EXPECT_EQ(Bits(list.GetPosition()[i]), Bits(corner));
     }
 }
 

@@ -10,16 +10,7 @@
 
 using qlt::Params;
 
-// The other constants are compared through the flat interface.
-TEST(ParamsTest, DescribesThePanel)
-{
-    EXPECT_EQ(Params::HMD_RESOLUTION_X, 2560);
-    EXPECT_EQ(Params::HMD_RESOLUTION_Y, 1440);
-    EXPECT_FLOAT_EQ(Params::HMD_SCREEN_SIZE_HORZ, 125.44f);
-    EXPECT_FLOAT_EQ(Params::HMD_ASPECT_RATIO, 16.0f / 9.0f);
-    EXPECT_FLOAT_EQ(Params::EYE_ASPECT_RATIO, 8.0f / 9.0f);
-}
-
+// The command's test compares the other constants.
 TEST(ParamsTest, LiteralsHaveTheBitsOfTheirFormulas)
 {
     using namespace qlt::DistortConstants;

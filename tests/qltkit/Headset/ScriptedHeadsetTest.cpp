@@ -1,11 +1,8 @@
 #include <qltkit/Headset/ScriptedHeadset.h>
 
-#include <qlt/Sensors/Hmd.h>
 #include <qltkit/Capture/CaptureWriter.h>
 #include <qltkit/Error.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
-
-#include "fakes/EventLog.h"
 
 #include <gtest/gtest.h>
 
@@ -311,46 +308,6 @@ TEST(ScriptedHeadsetTest, ARecordingPlaysAndObeysTheScript)
     EXPECT_THROW(ParseHeadsetScript(R"({"motion": {"kind": "recording", "file": "cut.bin"}})"),
                  qltkit::Error);
     std::filesystem::remove_all(folder);
-}
-
-TEST(ScriptedHeadsetTest, ATrackerLosesTheHeadsetAndFindsItAgain)
-{
-    const auto track = [](const HeadsetScript& script)
-    {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        ScriptedHeadset headset(script, Pace::Fastest);
-        std::vector<qlt::Quaternion> orientations;
-        std::promise<void> end;
-        OrientationListener listener;
-        listener.call = [&](const qlt::Quaternion& q)
-        {
-            orientations.push_back(q);
-            if (headset.IsOver())
-            {
-                end.set_value();
-            }
-        };
-        {
-            qlt::Hmd hmd(headset, headset);
-            hmd.AddListener(listener);
-            hmd.Start();
-            end.get_future().wait();
-            headset.Close();
-            hmd.Stop();
-            hmd.RemoveListener(listener);
-        }
-        testing::internal::GetCapturedStderr();
-        return std::tuple(orientations.size(), testing::internal::GetCapturedStdout(),
-                          HashOf(orientations));
-    };
-    const HeadsetScript script = Shipped("bad_cable");
-    track(script); // the first jump of a process resets the fusion
-    const auto first = track(script);
-    const std::string found = "USB Connected\nUSB Disconnected\n";
-    EXPECT_EQ(std::get<0>(first), 21601u);
-    EXPECT_EQ(std::get<1>(first), found + found + found + found + found);
-    EXPECT_EQ(track(script), first);
 }
 
 TEST(ScriptedHeadsetTest, InRealTimeReportsComeAtTheirTimesAndAreLostWithoutAReader)

@@ -1,5 +1,5 @@
-// The orientation filter, written step by step and without the library. Tests compare the library
-// with it to the last bit.
+// The orientation filter, written step by step and without the library. The benchmark compares the
+// bits and the speed of the library with it.
 #pragma once
 
 #include <cmath>

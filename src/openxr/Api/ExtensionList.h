@@ -16,7 +16,7 @@ struct OfferedExtension
 
 const std::vector<OfferedExtension>& OfferedExtensions();
 
-/// The letters' case counts.
+/// Returns true when the runtime offers this extension. The comparison is case-sensitive.
 bool IsOffered(std::string_view name);
 
 } // namespace qltxr

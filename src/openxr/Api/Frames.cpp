@@ -13,7 +13,8 @@ namespace qltxr
 namespace
 {
 
-/// Of a running session, which may have ended while the program waited.
+/// Returns a running session. Throws when the session has ended, because that may happen while the
+/// program waits.
 Session& RunningSession(XrSession handle)
 {
     Session& session = Get<Session>(handle);
@@ -21,7 +22,7 @@ Session& RunningSession(XrSession handle)
     return session;
 }
 
-/// Until the frame that was waited for before has been begun.
+/// Waits until the program has begun the frame that it waited for before.
 void WaitForBegin(Lock& lock, XrSession handle)
 {
     while (!RunningSession(handle).order.MayWait())
@@ -50,14 +51,15 @@ void Submit(Session& session)
     }
 }
 
-/// The last frame that the user wants: its picture, if that is wanted, and a request to exit.
+/// Handles the last frame that the user wants. It writes the picture of this frame if the user
+/// wants one, and asks the program to exit.
 void Finish(Lock& lock, XrSession handle, Session& session)
 {
     const std::string file = session.configuration.pictureFile;
     const std::shared_ptr<Compositor> compositor = session.compositor;
     if (compositor != nullptr && !file.empty())
     {
-        lock.unlock(); // as it waits for the compositor
+        lock.unlock(); // TakePicture waits for the compositor
         const Picture picture = compositor->TakePicture();
         if (!WritePicture(file, picture))
         {
@@ -83,7 +85,7 @@ XrResult XRAPI_CALL WaitFrame(XrSession handle, const XrFrameWaitInfo* info, XrF
     lock.unlock();
     std::this_thread::sleep_until(ToTimePoint(slot.wakeTime));
     lock.lock();
-    Session& after = RunningSession(handle); // it may have ended meanwhile
+    Session& after = RunningSession(handle); // the session may have ended meanwhile
     after.order.FinishWait();
     state->predictedDisplayTime = slot.displayTime;
     state->predictedDisplayPeriod = after.clock.Period();

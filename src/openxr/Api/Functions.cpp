@@ -12,7 +12,7 @@ namespace qltxr
 namespace
 {
 
-/// Turns what a function throws into its result.
+/// Converts an exception of a function into its result code.
 template <auto FUNCTION>
 struct Guarded;
 

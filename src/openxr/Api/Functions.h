@@ -1,6 +1,6 @@
-// The functions that programs call, by the names of the registry without their prefix; the list is
-// made of the registry's headers when this is built. They throw Failure; what programs get is a
-// function around each of them that does not throw.
+// Declares the functions that programs call. Their names are those of the registry without the
+// prefix. The build makes the list from the registry's headers. The functions throw Failure.
+// Programs call a wrapper around each of them, and the wrapper does not throw.
 #pragma once
 
 #define XR_USE_GRAPHICS_API_OPENGL
@@ -20,8 +20,8 @@ namespace qltxr
 QLT_XR_FUNCTIONS(QLT_XR_DECLARE)
 #undef QLT_XR_DECLARE
 
-/// The function of a name like "xrCreateInstance", and the extension that it belongs to, which is
-/// empty for the core; a null function for a name that the runtime does not have.
+/// The function of a name like "xrCreateInstance" and its extension. The extension is empty for the
+/// core. The function is null for a name that the runtime does not have.
 struct NamedFunction
 {
     PFN_xrVoidFunction function = nullptr;

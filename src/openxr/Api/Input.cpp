@@ -11,7 +11,7 @@ namespace
 
 Instance& TheInstance() { return *TheRuntime().instance; }
 
-/// Checks what all questions about an action's state have in common.
+/// Performs the checks that all questions about an action's state share.
 const Action& AskedAction(const Session& session, const XrActionStateGetInfo* info)
 {
     RequireType(info, XR_TYPE_ACTION_STATE_GET_INFO);
@@ -21,7 +21,7 @@ const Action& AskedAction(const Session& session, const XrActionStateGetInfo* in
     return action;
 }
 
-/// The answer to such a question: nothing is active.
+/// Answers such a question: the action is not active.
 template <typename State>
 XrResult AnswerState(XrSession handle, const XrActionStateGetInfo* info, State* state,
                      XrStructureType stateType, XrActionType actionType)
@@ -187,7 +187,7 @@ XrResult XRAPI_CALL GetInputSourceLocalizedName(XrSession handle,
     TheInstance().paths.TextOf(info->sourcePath);
     Require(info->whichComponents != 0 && (info->whichComponents & ~COMPONENTS) == 0,
             XR_ERROR_VALIDATION_FAILURE);
-    return XR_ERROR_PATH_UNSUPPORTED; // no source is ever bound
+    return XR_ERROR_PATH_UNSUPPORTED; // the runtime binds no source
 }
 
 XrResult XRAPI_CALL ApplyHapticFeedback(XrSession handle, const XrHapticActionInfo* info,

@@ -1,5 +1,5 @@
-// The one name that the library exports, and what the loader says through it. Its structures are
-// declared here because the registry's older headers do not have them.
+// The only function that the library exports, and the structures through which the loader and the
+// runtime negotiate. The registry's older headers do not declare these structures.
 #include "Api/Functions.h"
 
 #include <cstddef>
@@ -52,7 +52,7 @@ bool IsOf(const Structure* structure, LoaderStructure type)
            structure->structSize == sizeof(Structure);
 }
 
-/// The patch does not count, and the loader offers ranges such as 1.0.0 to 1.1023.4095.
+/// The patch version does not matter. The loader offers ranges such as 1.0.0 to 1.1023.4095.
 bool HasApi(const LoaderInfo& info)
 {
     constexpr XrVersion LOWEST = XR_MAKE_VERSION(1, 0, 0);

@@ -21,8 +21,8 @@ XrDuration PeriodOf(const Configuration& settings, const Graphics* graphics)
                                  : FrameClock::DEFAULT_PERIOD;
 }
 
-/// A program that exits in the middle of a session may still wait in it on another thread, so then
-/// the runtime is never destroyed.
+/// A program may exit in the middle of a session while one of its threads still waits in the
+/// runtime. In that case the runtime is never destroyed.
 struct Holder
 {
     Runtime* runtime = new Runtime;

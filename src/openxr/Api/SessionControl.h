@@ -1,4 +1,4 @@
-// What the runtime does with a session on its own account. All with the runtime's lock held.
+// Changes that the runtime itself makes to a session. The caller holds the runtime's lock.
 #pragma once
 
 #include "Api/Runtime.h"
@@ -6,10 +6,11 @@
 namespace qltxr
 {
 
-/// What the user did to the window: closing it asks the program to exit.
+/// Handles the user's actions on the window. When the user closes the window, the program is asked
+/// to exit.
 void HandleWindowEvents(Instance& instance);
 
-/// The head's heading becomes the forward one, and the program is told.
+/// Makes the current heading the forward direction and tells the program.
 void Recentre(Instance& instance);
 
 } // namespace qltxr

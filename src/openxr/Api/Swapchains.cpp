@@ -11,7 +11,8 @@ namespace qltxr
 namespace
 {
 
-constexpr XrDuration LONGEST_WAIT = 3600000000000; // an hour, in place of "for ever"
+// One hour, because a wait without a limit is not possible.
+constexpr XrDuration LONGEST_WAIT = 3600000000000;
 
 const std::vector<std::int64_t>& FormatsOf(const Session& session)
 {
@@ -38,7 +39,7 @@ XrResult XRAPI_CALL CreateSwapchain(XrSession handle, const XrSwapchainCreateInf
     RequirePointer(swapchain);
     RequireCreateInfo(*info, FormatsOf(session));
     const std::shared_ptr<Compositor> compositor = session.compositor;
-    lock.unlock(); // as the compositor's thread makes the images
+    lock.unlock(); // the compositor's thread makes the images
     std::shared_ptr<ImageSet> images = compositor->CreateImages(*info, ImageCount(*info));
     lock.lock();
     Session& owner = Get<Session>(handle);
@@ -95,7 +96,8 @@ XrResult XRAPI_CALL WaitSwapchainImage(XrSwapchain handle, const XrSwapchainImag
     const bool isFree = compositor->WaitUntilUnread(*images, image, Now() + timeout);
     lock.lock();
     Swapchain& after = Get<Swapchain>(handle);
-    Require(after.images.NextToWait() == image, XR_ERROR_CALL_ORDER_INVALID); // another thread's
+    // Another thread may have waited for this image.
+    Require(after.images.NextToWait() == image, XR_ERROR_CALL_ORDER_INVALID);
     if (!isFree)
     {
         return XR_TIMEOUT_EXPIRED;
@@ -113,7 +115,7 @@ XrResult XRAPI_CALL ReleaseSwapchainImage(XrSwapchain handle,
     const std::uint32_t image = swapchain.images.NextToRelease();
     const std::shared_ptr<ImageSet> images = swapchain.imageSet;
     swapchain.images.Release();
-    lock.unlock(); // as it calls into the graphics driver
+    lock.unlock(); // Released calls the graphics driver
     images->Released(image);
     return XR_SUCCESS;
 }

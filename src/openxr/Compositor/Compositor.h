@@ -1,9 +1,9 @@
-// The thread that keeps the panel lit: for each picture of the display it takes the program's
-// newest complete frame, turns it to where the head will be, and draws it through the lenses. It
-// goes on at the display's pace whatever the program does.
+// The thread that draws the pictures of the panel. For each picture of the display it takes the
+// program's newest complete frame, turns it to the pose that the head will have, and draws it
+// through the lenses. It keeps the pace of the display even when the program is slow.
 //
-// Any thread may call, but for the two operations on the next frame, which one lock of the caller
-// guards. The thread ends with Stop or with the object.
+// Any thread may call any operation, except NextFrame and Submit. One lock of the caller guards
+// these two. The thread ends with Stop or with the object.
 #pragma once
 
 #include "Compositor/FrameClock.h"
@@ -20,11 +20,11 @@ namespace qltxr
 
 struct CompositorCounts
 {
-    std::uint64_t composed = 0;  // pictures for the display
-    std::uint64_t submitted = 0; // frames of the program
-    std::uint64_t dropped = 0;   // of them, those that were never shown
-    std::uint64_t missed = 0;    // display times without a picture of their own
-    XrDuration drawTime = 0;     // of the last picture
+    std::uint64_t composed = 0;  // pictures that were made for the display
+    std::uint64_t submitted = 0; // frames that the program has sent
+    std::uint64_t dropped = 0;   // frames that were never shown
+    std::uint64_t missed = 0;    // display times without a new picture
+    XrDuration drawTime = 0;     // the duration for the last picture
 };
 
 class Compositor
@@ -38,26 +38,26 @@ public:
 
     void Stop();
 
-    /// XR_ERROR_SESSION_LOST after Stop.
+    /// Makes the images of a swapchain. Throws XR_ERROR_SESSION_LOST after Stop.
     std::shared_ptr<ImageSet> CreateImages(const XrSwapchainCreateInfo& info, std::uint32_t count);
 
     const std::vector<std::int64_t>& Formats() const { return mFormats; }
 
-    /// The frame that the program is about to hand over, to be filled; Submit hands it over.
+    /// The next frame of the program. The caller fills it, and Submit passes it on.
     Frame& NextFrame() { return mFrames[mFilling]; }
     void Submit();
 
-    /// Black, until the next frame.
+    /// Shows black until the next frame.
     void Blank();
 
-    /// Until the image is not being read, or the deadline has passed, which gives false. From then
-    /// on the program may draw into it.
+    /// Waits until nothing reads the image, so that the program may draw into it. Returns false
+    /// when the deadline passes before.
     bool WaitUntilUnread(const ImageSet& images, std::uint32_t image, XrTime deadline);
 
-    /// The newest frame, composed for the next display time.
+    /// Composes the newest frame for the next display time and returns the picture.
     Picture TakePicture();
 
-    /// What the user has done to the window since the last call.
+    /// Returns the user's actions on the window since the last call.
     WindowEvents TakeWindowEvents();
 
     CompositorCounts Counts() const;
@@ -84,24 +84,24 @@ private:
     const std::vector<std::int64_t> mFormats;
     const bool mHasOutput;
 
-    mutable std::mutex mMutex; // guards everything below
+    mutable std::mutex mMutex; // guards all members below
     std::condition_variable mWork;
     std::condition_variable mDone;
     std::vector<Task> mTasks;
     bool mEntered = false;
     bool mStopping = false;
     XrResult mFailure = XR_SUCCESS;
-    std::array<Frame, 3> mFrames; // one is filled, one waits, one is shown
-    std::size_t mFilling = 0;     // guarded by the caller's lock, too
+    std::array<Frame, 3> mFrames; // the program fills one, one waits and one is shown
+    std::size_t mFilling = 0;     // the caller's lock guards it, too
     std::size_t mWaiting = 1;
     std::size_t mShown = 2;
     bool mHasWaiting = false;
     bool mHasShown = false;
-    bool mShownIsTaken = false; // the program draws into it again
+    bool mShownIsTaken = false; // the program draws into the shown image again
     bool mIsDrawing = false;
-    bool mIsBlack = false; // and the display shows that already
+    bool mIsBlack = false; // the display already shows black
     XrTime mLastDisplayTime = 0;
-    XrDuration mLead = 0; // before a display time, to begin with its picture
+    XrDuration mLead = 0; // the time before a display time at which its picture begins
     WindowEvents mWindowEvents;
     CompositorCounts mCounts;
     std::thread mThread;

@@ -1,4 +1,5 @@
-// When the display shows its pictures: moments that are one period apart. Any thread may call.
+// The times at which the display shows its pictures. They are one period apart. Any thread may
+// call.
 #pragma once
 
 #include <openxr/openxr.h>
@@ -11,9 +12,9 @@ namespace qltxr
 class FrameClock
 {
 public:
-    static constexpr XrDuration DEFAULT_PERIOD = 16666667; // of a panel with 60 Hz
+    static constexpr XrDuration DEFAULT_PERIOD = 16666667; // the period of a panel with 60 Hz
 
-    /// One of the display times is `phase`; the period is positive.
+    /// `phase` is one of the display times. `period` must be positive.
     FrameClock(XrDuration period, XrTime phase)
         : mPeriod(period)
         , mPhase(phase)
@@ -29,13 +30,13 @@ public:
         XrTime periods = (time - phase) / mPeriod;
         if ((time - phase) % mPeriod < 0)
         {
-            --periods; // as division rounds towards zero
+            --periods; // the division rounds towards zero
         }
         return phase + (periods + 1) * mPeriod;
     }
 
-    /// The display has shown a picture at `time`. The clock follows so gently that neighbouring
-    /// display times stay within 0.1 ms of one period.
+    /// Takes a time at which the display has shown a picture. The clock follows slowly, so
+    /// neighbouring display times stay within 0.1 ms of one period.
     void Observe(XrTime time)
     {
         constexpr XrDuration MAX_STEP = 50000;
@@ -51,19 +52,19 @@ private:
     std::atomic<XrTime> mPhase;
 };
 
-/// Which display time a program's next frame is for, and when the program is to begin with it. The
-/// caller serialises all operations.
+/// Chooses the display time of a program's next frame, and the time at which the program should
+/// begin with the frame. The caller serialises all operations.
 class FramePacer
 {
 public:
     struct Slot
     {
         XrTime displayTime;
-        XrTime wakeTime; // in the past for a late program
+        XrTime wakeTime; // it is in the past for a late program
     };
 
-    /// A frame has one period for the program and one for the compositor. A late program skips
-    /// display times, and is then on time again.
+    /// A frame gets one period for the program and one for the compositor. A late program skips
+    /// display times and is then on time again.
     Slot Next(const FrameClock& clock, XrTime now)
     {
         const XrDuration period = clock.Period();

@@ -1,4 +1,4 @@
-// The runtime's time: nanoseconds of the steady clock, which is the system's monotonic one.
+// The runtime's time in nanoseconds. It is the steady clock, which is the system's monotonic clock.
 #pragma once
 
 #include <openxr/openxr.h>

@@ -1,9 +1,9 @@
-// The entry points of OpenGL that the runtime calls, as pointers that no program sees: programs
-// export variables with the names of OpenGL's functions, and a library that linked to those names
-// would call into their data.
+// The OpenGL functions that the runtime calls. The runtime keeps pointers to them in its own object
+// and does not link to their names. Some programs export variables with the names of OpenGL's
+// functions, and a call through such a name would jump into their data.
 #pragma once
 
-#define GL_GLEXT_PROTOTYPES // for the types only
+#define GL_GLEXT_PROTOTYPES // only the types are needed
 #include <GL/glcorearb.h>
 
 namespace qltxr
@@ -33,7 +33,7 @@ struct GlFunctions
     QLT_GL_FUNCTIONS(QLT_GL_POINTER)
 #undef QLT_GL_POINTER
 
-    /// False when one is missing.
+    /// Loads all functions. Returns false when one of them is missing.
     bool Load(void* (*loader)(const char* name))
     {
         bool complete = true;

@@ -48,7 +48,8 @@ GlGraphics::GlGraphics(std::unique_ptr<GlSurface> surface)
 
 GlGraphics::~GlGraphics() { mRemains->Close(); }
 
-// Colours are linear light in all formats but the first, which is decoded when it is sampled.
+// The images of all formats contain linear light, except those of the first format. OpenGL decodes
+// the first format when it samples it.
 std::vector<std::int64_t> GlGraphics::Formats() const
 {
     return {GL_SRGB8_ALPHA8,       GL_RGBA16F,         GL_RGB10_A2, GL_RGBA8,
@@ -72,7 +73,7 @@ void GlGraphics::Leave()
 std::shared_ptr<ImageSet> GlGraphics::CreateImages(const XrSwapchainCreateInfo& info,
                                                    std::uint32_t count)
 {
-    mRemains->Delete(); // first, for its memory
+    mRemains->Delete(); // delete these first to free their memory
     return std::make_shared<GlImages>(mGl, mRemains, info, count);
 }
 
@@ -128,7 +129,7 @@ void GlGraphics::Draw(const Composition& composition)
                      [](GlImages& images, std::uint32_t image) { images.WaitForDrawing(image); });
         mLens->Draw(composition, mWidth, mHeight);
     }
-    mGl.Disable(GL_FRAMEBUFFER_SRGB); // copies take the values as they are
+    mGl.Disable(GL_FRAMEBUFFER_SRGB); // a copy must not change the values
     mGl.Finish();
 }
 

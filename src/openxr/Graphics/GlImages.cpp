@@ -98,7 +98,7 @@ GlImages::GlImages(const GlFunctions& gl, std::shared_ptr<GlRemains> remains,
         gl.TexParameteri(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     }
     gl.BindTexture(target, 0);
-    gl.Finish(); // so that the program's context sees them
+    gl.Finish(); // the program's context sees the textures after this
     if (gl.GetError() != GL_NO_ERROR)
     {
         mRemains->Leave(std::move(mTextures), {});
@@ -121,7 +121,8 @@ void GlImages::Enumerate(XrSwapchainImageBaseHeader* images) const
     }
 }
 
-// Without a fence, the drawing of a context that is busy elsewhere is taken for done.
+// There is no fence when the program's context is busy on another thread. The drawing then counts
+// as finished.
 void GlImages::Released(std::uint32_t image)
 {
     const GLsync fence = mRemains->FenceProgram();

@@ -1,4 +1,4 @@
-// The textures of a swapchain, and the fences that say when the program has drawn them.
+// The textures of a swapchain, and the fences that show when the program's drawing is complete.
 #pragma once
 
 #include "Graphics/GlFunctions.h"
@@ -10,8 +10,8 @@
 namespace qltxr
 {
 
-/// What swapchains have left behind, until the compositor's thread can delete it: the last owner of
-/// a swapchain may be a thread without a context.
+/// Keeps the textures and fences of destroyed swapchains until the compositor's thread can delete
+/// them. The last owner of a swapchain may be a thread without a context.
 class GlRemains
 {
 public:
@@ -23,21 +23,23 @@ public:
 
     void Leave(std::vector<GLuint> textures, std::vector<GLsync> fences);
 
-    /// On the compositor's thread.
+    /// Deletes them. Only the compositor's thread calls it.
     void Delete();
 
-    /// The surface ends: from now on nothing is fenced, and what is left ends with its context.
+    /// Prepares for the end of the surface. From now on FenceProgram returns null. The remaining
+    /// objects end with their context.
     void Close();
 
-    /// A fence behind what the program has drawn; null when its context cannot be reached.
+    /// Returns a fence after the drawing of the program so far. Null when the program's context
+    /// cannot be used.
     GLsync FenceProgram();
 
-    /// For tests: the textures that exist, living ones included.
+    /// The number of textures that exist, including those in use. The tests call it.
     std::size_t CountTextures() const;
     void Count(std::ptrdiff_t added);
 
 private:
-    mutable std::mutex mMutex; // guards everything below
+    mutable std::mutex mMutex; // guards all members below
     GlSurface* mSurface;
     const GlFunctions& mGl;
     std::vector<GLuint> mTextures;
@@ -48,7 +50,7 @@ private:
 class GlImages final : public ImageSet
 {
 public:
-    /// On the compositor's thread.
+    /// Only the compositor's thread constructs an object.
     GlImages(const GlFunctions& gl, std::shared_ptr<GlRemains> remains,
              const XrSwapchainCreateInfo& info, std::uint32_t count);
     ~GlImages() override;
@@ -56,7 +58,8 @@ public:
     void Enumerate(XrSwapchainImageBaseHeader* images) const override;
     void Released(std::uint32_t image) override;
 
-    /// On the compositor's thread: whether the image is drawn, and what waits for it otherwise.
+    /// IsDrawn returns true when the program's drawing into the image is complete. WaitForDrawing
+    /// waits for that. Only the compositor's thread calls them.
     bool IsDrawn(std::uint32_t image);
     void WaitForDrawing(std::uint32_t image);
 

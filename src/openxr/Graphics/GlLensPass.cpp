@@ -15,11 +15,13 @@ in vec2 tangentGreen;
 in vec2 tangentBlue;
 in vec2 inLens;
 
-// From tangents to the layer's picture when the panel shows its first row, and its last one.
+// These map tangents to the layer's picture, for the times at which the panel shows its first row
+// and its last row.
 uniform mat3 pictureAtStart;
 uniform mat3 pictureAtEnd;
 
-// Homogeneous, because they are linear over a triangle only before the division.
+// The coordinates are homogeneous, because they are linear over a triangle only before the
+// division.
 out vec3 pictureRed;
 out vec3 pictureGreen;
 out vec3 pictureBlue;
@@ -32,7 +34,7 @@ vec3 Picture(mat3 picture, vec2 tangent)
 
 void main()
 {
-    float late = 0.5 - 0.5 * position.y; // rows are shown from the top
+    float late = 0.5 - 0.5 * position.y; // the panel shows its rows from the top
     mat3 picture = pictureAtStart + late * (pictureAtEnd - pictureAtStart);
     pictureRed = Picture(picture, tangentRed);
     pictureGreen = Picture(picture, tangentGreen);
@@ -54,12 +56,13 @@ uniform float arrayIndex;
 #else
 uniform sampler2D image;
 #endif
-uniform vec4 rect;   // the picture's part of the image: corner and size
-uniform vec4 inside; // the corners between which samples stay clear of neighbouring parts
-uniform vec2 alpha;  // whether the layer has one, and whether its colours were multiplied by it
+uniform vec4 rect;   // corner and size of the picture in the image
+uniform vec4 inside; // the corners of the area in which samples touch no neighbouring picture
+uniform vec2 alpha;  // 1 when the layer has alpha; 1 when its colours are premultiplied
 
 layout(location = 0, index = 0) out vec4 color;
-layout(location = 0, index = 1) out vec4 cover; // for each colour, the part of what is below
+// The share of the background that each colour hides.
+layout(location = 0, index = 1) out vec4 cover;
 
 vec4 Sample(vec3 picture, out float covered)
 {
@@ -174,7 +177,7 @@ GlLensPass::Mesh GlLensPass::Upload(qlt::Params::Eye eye) const
     return mesh;
 }
 
-// Each colour covers what is below by an amount of its own, as it comes from its own place.
+// Each colour comes from its own place in the image, so each colour has its own alpha.
 void GlLensPass::Draw(const Composition& composition, std::uint32_t width,
                       std::uint32_t height) const
 {

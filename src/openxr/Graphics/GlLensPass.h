@@ -1,5 +1,6 @@
-// Draws a frame's layers through the lenses, one after another, each straight from the program's
-// image: there is no eye image in between that would blur it. Belongs to the compositor's thread.
+// Draws the layers of a frame through the lenses, one after another. It samples the program's
+// images directly, because an eye image in between would blur the picture. It belongs to the
+// compositor's thread.
 #pragma once
 
 #include "Graphics/GlImages.h"
@@ -19,11 +20,12 @@ public:
     GlLensPass(const GlLensPass&) = delete;
     GlLensPass& operator=(const GlLensPass&) = delete;
 
-    /// Into the framebuffer in use, which is black and encodes as sRGB.
+    /// Draws into the current framebuffer. This framebuffer must be black and must encode colours
+    /// as sRGB.
     void Draw(const Composition& composition, std::uint32_t width, std::uint32_t height) const;
 
 private:
-    /// For images, and for arrays of them.
+    /// There is one program for images and one for arrays of images.
     struct Program
     {
         Program(const GlFunctions& gl, const char* define);

@@ -34,7 +34,7 @@ void GlProgram::Attach(GLenum stage, const char* define, const char* text) const
     mGl.ShaderSource(shader, 3, texts, nullptr);
     mGl.CompileShader(shader);
     mGl.AttachShader(mProgram, shader);
-    mGl.DeleteShader(shader); // with the program
+    mGl.DeleteShader(shader); // OpenGL deletes the shader together with the program
     GLint compiled = GL_FALSE;
     mGl.GetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
     if (compiled == GL_FALSE)

@@ -1,4 +1,4 @@
-// A program of OpenGL's shading language, version 330; belongs to the thread of its context.
+// A program in OpenGL's shading language, version 330. It belongs to the thread of its context.
 #pragma once
 
 #include "Graphics/GlFunctions.h"
@@ -9,8 +9,9 @@ namespace qltxr
 class GlProgram
 {
 public:
-    /// The attributes get the numbers 0, 1, ... in their order. `define` is a line of its own in
-    /// the fragment shader. Throws std::runtime_error with the compiler's words when it refuses.
+    /// The attributes get the numbers 0, 1, ... in their order. `define` becomes a line of the
+    /// fragment shader. Throws std::runtime_error with the compiler's message when the compiler
+    /// refuses a shader.
     GlProgram(const GlFunctions& gl, const char* vertex, const char* fragment, const char* define,
               const char* const* attributes, GLuint attributeCount);
     ~GlProgram() { mGl.DeleteProgram(mProgram); }

@@ -16,14 +16,14 @@ using qlt::Vec3;
 namespace
 {
 
-constexpr int MESH_RES_X = 96; // cells of an eye's mesh
+constexpr int MESH_RES_X = 96; // the cells of an eye's mesh
 constexpr int MESH_RES_Y = 108;
 constexpr int EDGE_POINTS = 64;
-constexpr float REPROJECTION_MARGIN = 0.03f; // of the tangents
+constexpr float REPROJECTION_MARGIN = 0.03f; // a difference of tangents
 constexpr double PI = 3.14159265358979323846;
 constexpr double DEG = PI / 180.0;
 
-/// Of a texture coordinate of 1, from the middle of the eye's image.
+/// The tangents at the texture coordinate 1, measured from the middle of the eye's image.
 struct HalfTangents
 {
     float x = static_cast<float>(std::tan(Params::EYE_FOV_DEG * 0.5 * DEG));
@@ -36,8 +36,8 @@ std::array<float, 2> Tangents(float u, float v)
     return {(2.0f * u - 1.0f) * half.x, (2.0f * v - 1.0f) * half.y};
 }
 
-/// The lens's circle on the eye's half of the panel, in half widths of it. The core publishes the
-/// lens as a function only, so the numbers are found on it.
+/// The lens's circle on the eye's half of the panel, in half widths of this half. The core
+/// publishes the lens only as a function, so a search on the function finds the numbers.
 class Circle
 {
 public:
@@ -58,10 +58,11 @@ public:
     float CenterX() const { return mCenterX; }
     float Radius() const { return mRadius; }
 
-    /// Half widths as half heights of the viewport.
+    /// Converts half widths of the viewport into half heights.
     static float Height(float halfWidths) { return halfWidths * Params::EYE_ASPECT_RATIO; }
 
-    /// The tangents at an angle and at a part of the radius, of the colour that reaches farthest.
+    /// The tangents at an angle and at a part of the radius, for the colour with the largest field
+    /// of view.
     std::array<float, 2> TangentsAt(double angle, float part) const
     {
         const Vec3 at = At(mCenterX + part * mRadius * static_cast<float>(std::cos(angle)),
@@ -70,7 +71,8 @@ public:
     }
 
 private:
-    /// Where the condition, true at `low`, ceases to hold.
+    /// Finds the value between `low` and `high` from which the condition is false. It must be true
+    /// at `low`.
     template <typename Condition>
     static float Bisect(float low, float high, Condition holds)
     {
@@ -90,7 +92,7 @@ private:
 
 double AngleOf(int point) { return 2.0 * PI * point / EDGE_POINTS; }
 
-/// Counter-clockwise round the lens.
+/// The points run counter-clockwise around the lens.
 std::vector<XrVector2f> EdgeTangents(Params::Eye eye, float scale)
 {
     const Circle circle(eye);
@@ -162,7 +164,7 @@ VisibilityMask VisibleMask(Params::Eye eye)
     return mask;
 }
 
-// A ring of triangles between the edge and a circle that lies outside of every eye image.
+// The mask is a ring of triangles between the edge and a circle outside every eye image.
 VisibilityMask HiddenMask(Params::Eye eye)
 {
     VisibilityMask mask = EdgeLoop(eye);

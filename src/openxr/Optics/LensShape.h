@@ -1,5 +1,5 @@
-// The lens of an eye as tangents: what each point of the panel shows of the eye's field of view,
-// colour by colour, and how far the lens reaches.
+// The lens of an eye as tangents. They say which direction of the eye's field of view each point of
+// the panel shows in each colour, and where the lens ends.
 #pragma once
 
 #include <qlt/Sensors/Params.h>
@@ -13,35 +13,37 @@
 namespace qltxr
 {
 
-/// A vertex of the mesh that is drawn over the eye's half of the panel. A tangent is that of the
-/// angle from straight ahead: x to the right, y up.
+/// A vertex of the mesh that is drawn over the eye's half of the panel. Tangents are those of the
+/// angles to the forward direction: x to the right, y up.
 struct LensVertex
 {
-    std::array<float, 2> position; // -1 to 1 over the half
+    std::array<float, 2> position; // -1 to 1 over the eye's half of the panel
     std::array<float, 2> red;
     std::array<float, 2> green;
     std::array<float, 2> blue;
-    std::array<float, 2> inLens; // relative to the lens's centre; its length is 1 at the edge
+    // The position relative to the lens's centre; its length is 1 at the edge.
+    std::array<float, 2> inLens;
 };
 
 struct LensMesh
 {
     std::vector<LensVertex> vertices;
-    std::vector<std::uint32_t> indices; // triangles, which face both ways
+    std::vector<std::uint32_t> indices; // three for each triangle; the triangles face both ways
 };
 
 LensMesh BuildLensMesh(qlt::Params::Eye eye);
 
-/// What a program has to draw: everything that the lens shows.
+/// The field of view that a program must draw. It contains everything that the lens shows.
 XrFovf FieldOfView(qlt::Params::Eye eye);
 
 struct VisibilityMask
 {
-    std::vector<XrVector2f> vertices; // tangents
+    std::vector<XrVector2f> vertices; // in tangents
     std::vector<std::uint32_t> indices;
 };
 
-/// The three forms of the lens's edge, widened by what late re-projection may bring into sight.
+/// The three forms of the visibility mask. The visible area has a margin for the late
+/// re-projection.
 VisibilityMask HiddenMask(qlt::Params::Eye eye);
 VisibilityMask VisibleMask(qlt::Params::Eye eye);
 VisibilityMask EdgeLoop(qlt::Params::Eye eye);

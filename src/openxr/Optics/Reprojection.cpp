@@ -8,15 +8,15 @@ namespace qltxr
 namespace
 {
 
-/// The columns of the turn's matrix.
+/// The columns of the rotation matrix.
 std::array<Vector, 3> Columns(const Turn& turn)
 {
     return {turn * Vector{1.0, 0.0, 0.0}, turn * Vector{0.0, 1.0, 0.0},
             turn * Vector{0.0, 0.0, 1.0}};
 }
 
-// A pose that was rendered for may differ from the place of the eye now: only the turn between both
-// is taken, which is exact for what is far away.
+// The eye may have moved since the program drew the picture. The homography uses only the turn
+// between both poses, which is exact for distant objects.
 Homography OfProjection(const LayerView& view, const Turn& eye)
 {
     const std::array<Vector, 3> turned = Columns(view.pose.turn.Inverse() * eye);
@@ -43,7 +43,7 @@ bool OfQuad(const Layer& layer, const Rigid& eye, Homography& h)
     const Vector& o = eyeInQuad.place;
     if (!(o[2] > 0.0) || !(layer.size.width > 0.0f) || !(layer.size.height > 0.0f))
     {
-        return false; // only the front is to be seen
+        return false; // a quad is visible only from its front
     }
     const std::array<Vector, 3> turned = Columns(eyeInQuad.turn);
     for (std::size_t i = 0; i < 3; ++i)

@@ -1,5 +1,5 @@
-// Where a layer's picture is as seen from where the head is now: one homography for each eye, from
-// tangents to picture coordinates.
+// Computes the place of a layer's picture for the current pose of the head. Each eye has one
+// homography, which maps tangents to picture coordinates.
 #pragma once
 
 #include "State/Layers.h"
@@ -9,21 +9,22 @@
 namespace qltxr
 {
 
-/// Row by row. With (a, b, c) = matrix * (tangent x, tangent y, -1), the place in the picture is
-/// (a / c, b / c), 0 to 1 from its lower left corner, and what has c <= 0 shows nothing.
+/// A 3 x 3 matrix, row by row. With (a, b, c) = matrix * (tangent x, tangent y, -1), the place in
+/// the picture is (a / c, b / c). It is 0 to 1 from the lower left corner. A point with c <= 0
+/// shows nothing.
 using Homography = std::array<float, 9>;
 
-/// The head at the moment of display, and who wears it.
+/// The pose of the head at the time of display, and the measures of the user.
 struct Viewer
 {
     Rigid head;
     Person person;
 };
 
-/// False when the layer is not to be seen by the eye.
+/// Computes the homography of a layer. Returns false when the eye does not see the layer.
 bool PictureOf(const Layer& layer, std::uint32_t eye, const Viewer& viewer, Homography& homography);
 
-/// The place of an eye in VIEW.
+/// The position of an eye in VIEW.
 Rigid EyeInHead(std::uint32_t eye, const Person& person);
 
 } // namespace qltxr

@@ -1,4 +1,4 @@
-// Sentences for people, on standard error. Any thread may call.
+// Prints sentences for people on standard error. Any thread may call.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace qltxr
 
 void Say(const std::string& sentence);
 
-/// The last sentences, oldest first, at most eight.
+/// Returns the last sentences, at most eight, the oldest first.
 std::vector<std::string> LastSentences();
 
 } // namespace qltxr

@@ -1,4 +1,4 @@
-// A picture as a file of the PPM format.
+// Writes a picture as a PPM file.
 #pragma once
 
 #include "Graphics/Graphics.h"
@@ -6,7 +6,7 @@
 namespace qltxr
 {
 
-/// False when the file cannot be written.
+/// Returns false when the file cannot be written.
 bool WritePicture(const std::string& path, const Picture& picture);
 
 } // namespace qltxr

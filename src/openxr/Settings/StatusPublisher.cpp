@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr auto INTERVAL = std::chrono::milliseconds(250);
-constexpr int PATIENCE = 6; // intervals in which a headset may be found
+constexpr int PATIENCE = 6; // the number of intervals in which a headset may appear
 constexpr double NS_PER_MS = 1e6;
 
 } // namespace

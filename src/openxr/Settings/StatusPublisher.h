@@ -1,7 +1,7 @@
-// A thread that publishes how a session fares, four times a second, for `qlt openxr status`, and
-// says where the head's orientation comes from, whenever that has changed. The fields of the JSON
-// text: pid, program, source, reports, output, period_ms, frames, dropped, pictures, missed,
-// draw_ms, time_ns and sentences.
+// A thread that publishes the status of a session four times a second, for `qlt openxr status`. It
+// also prints the source of the head's orientation whenever the source changes. The status is a
+// JSON text with these fields: pid, program, source, reports, output, period_ms, frames, dropped,
+// pictures, missed, draw_ms, time_ns and sentences.
 #pragma once
 
 #include "Compositor/Compositor.h"
@@ -15,7 +15,7 @@ namespace qltxr
 class StatusPublisher
 {
 public:
-    /// The compositor is null for a headless session. All must outlive this.
+    /// `compositor` is null for a headless session. All arguments must outlive this object.
     StatusPublisher(const HeadModel& head, const FrameClock& clock, const Compositor* compositor,
                     const std::atomic<std::uint64_t>& frames);
     ~StatusPublisher();

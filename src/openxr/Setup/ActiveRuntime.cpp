@@ -19,9 +19,10 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr const char* LIBRARY = "libquelta_openxr.so";
-constexpr const char* KEPT = ".before-quelta"; // the ending of a setting that was put aside
+constexpr const char* KEPT = ".before-quelta"; // the suffix of a saved setting
 
-// Newer loaders look for the first name first, older ones know the second only.
+// Newer loaders look for the first name before the second one. Older loaders know only the second
+// name.
 constexpr const char* NAMES[] = {"active_runtime.x86_64.json", "active_runtime.json"};
 
 std::string Environment(const char* name)
@@ -36,7 +37,7 @@ fs::path UserFolder()
     return fs::path(home.empty() ? Environment("HOME") + "/.config" : home) / "openxr" / "1";
 }
 
-/// Where the loader looks, in its order.
+/// Returns the folders that the loader searches, in its order.
 std::vector<fs::path> Folders()
 {
     std::vector<fs::path> folders = {UserFolder()};
@@ -77,7 +78,8 @@ void ReadManifest(ActiveRuntime& runtime)
         runtime.mistake = error.what();
         return;
     }
-    // A path with a slash is relative to the manifest; a bare name is searched for by the system.
+    // A path with a slash is relative to the manifest. The system searches for a name without a
+    // slash.
     const fs::path library(runtime.library);
     const fs::path whole = fs::weakly_canonical(runtime.manifest).parent_path() / library;
     if (library.has_parent_path() && !fs::exists(whole))

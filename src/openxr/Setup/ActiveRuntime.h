@@ -1,5 +1,5 @@
-// Which OpenXR runtime programs of this user get, and how to make it this one. The search is the
-// OpenXR loader's own.
+// Finds the OpenXR runtime that this user's programs get, and makes this runtime the active one.
+// The search is the same as that of the OpenXR loader.
 #pragma once
 
 #include <optional>
@@ -12,26 +12,26 @@ namespace qltxr
 struct ActiveRuntime
 {
     std::string manifest; // the file that the loader takes
-    std::string reason;   // why that one
-    std::string name;     // as the manifest has it, or empty
+    std::string reason;   // the reason for this choice
+    std::string name;     // the name in the manifest, or empty
     std::string library;
     bool isOurs = false;
-    std::string mistake; // what is wrong with the manifest, or empty
+    std::string mistake; // the fault of the manifest, or empty
 };
 
-/// Nothing when no runtime is set at all.
+/// Returns nothing when no runtime is set.
 std::optional<ActiveRuntime> FindActiveRuntime();
 
-/// The manifest that belongs to the running program, which is installed beside the runtime.
-/// std::runtime_error when it is missing.
+/// Returns the path of the manifest that is installed with the running program, beside the runtime.
+/// Throws std::runtime_error when it is missing.
 std::string OwnManifest();
 
-/// Makes this runtime the user's own. An earlier setting of the user's for another runtime is kept
-/// beside it with `force`, and without it is left alone with std::runtime_error. A sentence that
-/// says what was done.
+/// Makes this runtime the active one of the user, and returns a sentence that says what was done.
+/// When the user has set another runtime, the call throws std::runtime_error and changes nothing.
+/// With `force` it saves that setting beside the new one.
 std::string EnableRuntime(bool force);
 
-/// Takes that back, and puts back what was there before. A sentence that says what was done.
+/// Undoes EnableRuntime and restores the saved setting. Returns a sentence that says what was done.
 std::string DisableRuntime();
 
 } // namespace qltxr

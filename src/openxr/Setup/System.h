@@ -1,4 +1,5 @@
-// What installing and watching the runtime need of the system. One body for each.
+// Operations of the system that the installation and the status of the runtime need. Each system
+// has one body.
 #pragma once
 
 #include <string>
@@ -7,7 +8,7 @@
 namespace qltxr
 {
 
-/// The folder of the running program's file, links resolved.
+/// The folder of the running program's file, after all links are followed.
 std::string ProgramFolder();
 
 /// The name of the running program, without a folder.
@@ -15,8 +16,8 @@ std::string ProgramName();
 
 int ProcessId();
 
-/// A text that other programs of the same user can read while this lives. The system takes it away
-/// with the process, however that ends.
+/// A text that other programs of the same user can read while this object exists. The system
+/// removes the text when the process ends, even after a crash.
 class PublishedText
 {
 public:
@@ -32,11 +33,12 @@ private:
     int mFile;
 };
 
-/// The texts of all programs of this user that publish one.
+/// Returns the texts of all programs of this user that publish one.
 std::vector<std::string> ReadPublishedTexts();
 
-/// Runs a program with the environment of this process and waits for its end: its exit code, 128
-/// plus the number of the signal that ended it. std::runtime_error when it cannot be started.
+/// Runs a program with the environment of this process and waits for its end. Returns its exit
+/// code, or 128 plus the number of the signal that ended it. Throws std::runtime_error when the
+/// program cannot be started.
 int RunProgram(const std::vector<std::string>& arguments);
 
 } // namespace qltxr

@@ -106,7 +106,7 @@ void Actions::Destroy(const ActionSet& set) { Erase(mSets, set); }
 
 void Actions::Destroy(const Action& action) { Erase(action.set.actions, action); }
 
-// Nothing is kept of a suggestion: there is no controller that could be bound.
+// The runtime stores no suggestion, because there is no controller to bind.
 void Actions::Suggest(const XrInteractionProfileSuggestedBinding& suggestion)
 {
     Require(suggestion.countSuggestedBindings > 0 && suggestion.suggestedBindings != nullptr,

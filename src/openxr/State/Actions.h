@@ -1,5 +1,6 @@
-// Action sets, their actions, and what a session does with them. There is no controller, so no
-// action is ever active; every rule is kept all the same. The caller serialises all operations.
+// Action sets, their actions, and the action sets that a session has attached. There is no
+// controller, so no action is ever active. The calls are still checked by every rule. The caller
+// serialises all operations.
 #pragma once
 
 #include "State/HandleTable.h"
@@ -44,12 +45,13 @@ struct ActionSet
 
     std::string name;
     std::string localizedName;
-    bool attached = false; // to a session, for the rest of the set's life
+    // A session has attached the set; this lasts for the rest of the set's life.
+    bool attached = false;
     std::list<Action> actions;
     Registration<XrActionSet, KIND> handle;
 };
 
-/// The sets of an instance.
+/// The action sets of an instance.
 class Actions
 {
 public:
@@ -66,7 +68,7 @@ public:
 
     void Suggest(const XrInteractionProfileSuggestedBinding& suggestion);
 
-    /// A path that an action was declared with, or none.
+    /// Throws unless the action was declared with this path or the path is XR_NULL_PATH.
     void RequireDeclared(const Action& action, XrPath subactionPath) const;
 
 private:
@@ -78,7 +80,7 @@ private:
     std::list<ActionSet> mSets;
 };
 
-/// The sets that a session has attached.
+/// The action sets that a session has attached.
 class AttachedSets
 {
 public:

@@ -1,4 +1,4 @@
-// The events that wait for the program, oldest first. The caller serialises all operations.
+// The events that wait for the program, the oldest first. The caller serialises all operations.
 #pragma once
 
 #include <openxr/openxr.h>
@@ -16,12 +16,13 @@ public:
 
     void SessionState(XrSession session, XrSessionState state, XrTime time);
 
-    /// `type` is the space that gets another origin; `origin` is the new one in the old one.
+    /// Adds a change of the origin of the space `type`. `origin` is the new origin in the old
+    /// space.
     void OriginChange(XrSession session, XrReferenceSpaceType type, XrTime time,
                       const XrPosef& origin);
 
-    /// False, with nothing written, when no event waits. Events that found the queue full are
-    /// reported as lost, before the others.
+    /// Writes the next event into `buffer`. Returns false and writes nothing when no event waits.
+    /// When the queue was full, the number of lost events comes before the other events.
     bool Poll(XrEventDataBuffer& buffer);
 
     /// Forgets the events of a session.

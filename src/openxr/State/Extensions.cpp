@@ -10,8 +10,8 @@ namespace qltxr
 namespace
 {
 
-// The value of an enumeration that belongs to an extension is 1000000000 plus a thousand for each
-// extension that was numbered before.
+// An enumeration value of an extension is 1000000000, plus 1000 for each extension with a smaller
+// number, plus an index.
 constexpr std::int64_t EXTENSION_BASE = 1000000000;
 constexpr std::int64_t EXTENSION_STEP = 1000;
 
@@ -29,7 +29,8 @@ constexpr std::int64_t VIEW_CONFIGURATIONS[] = {XR_LIST_ENUM_XrViewConfiguration
 constexpr std::int64_t BLEND_MODES[] = {XR_LIST_ENUM_XrEnvironmentBlendMode(QLT_VALUE)};
 constexpr std::int64_t REFERENCE_SPACES[] = {XR_LIST_ENUM_XrReferenceSpaceType(QLT_VALUE)};
 
-// The last value of each list is the enumeration's upper bound and no value of it.
+// The last entry of each list is the upper bound of the enumeration, which is not one of its
+// values.
 template <std::size_t SIZE>
 bool IsIn(const std::int64_t (&values)[SIZE], std::int64_t value)
 {

@@ -1,4 +1,4 @@
-// The extensions of the runtime, and which of them an instance has enabled.
+// The extensions that the runtime offers, and those that an instance has enabled.
 #pragma once
 
 #include "State/Failure.h"
@@ -11,14 +11,15 @@
 namespace qltxr
 {
 
-// Newer than the headers that this is built with.
+// This extension is newer than the registry's headers on some systems.
 constexpr const char* LOCAL_FLOOR_NAME = "XR_EXT_local_floor";
 constexpr std::uint32_t LOCAL_FLOOR_VERSION = 1;
 constexpr auto REFERENCE_SPACE_TYPE_LOCAL_FLOOR = static_cast<XrReferenceSpaceType>(1000426000);
 
 constexpr const char* CONVERT_TIMESPEC_NAME = "XR_KHR_convert_timespec_time";
 
-/// The registry's number of an extension; 0 when the registry at build time does not know it.
+/// Returns the number of an extension in the registry, or 0 when the headers of the build do not
+/// have it.
 std::uint32_t ExtensionNumber(std::string_view name);
 
 class EnabledExtensions
@@ -27,7 +28,7 @@ public:
     void Add(std::string_view name) { mNames.emplace_back(name); }
     bool Has(std::string_view name) const;
 
-    /// True when a value of an enumeration is of the core, or of an extension that is enabled.
+    /// Returns true when an enumeration value belongs to the core or to an enabled extension.
     bool Defines(std::int64_t value) const;
 
 private:

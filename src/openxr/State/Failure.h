@@ -1,4 +1,5 @@
-// How a broken rule leaves the runtime: as an exception inside, as a result code outside.
+// A violation of a rule of the interface. It is an exception inside the runtime, and the program
+// gets its result code.
 #pragma once
 
 #include <openxr/openxr.h>

@@ -11,20 +11,20 @@ namespace qltxr
 class FrameOrder
 {
 public:
-    /// As in a session that has just begun.
+    /// Returns to the state of a session that has just begun.
     void Reset() { *this = FrameOrder(); }
 
-    /// A wait may go on once the frame that was waited for before has been begun. Its end does not
-    /// matter.
+    /// A wait may continue when the frame of the previous wait has been begun. That frame need not
+    /// be ended.
     bool MayWait() const { return mWaits == mBegins; }
 
-    /// A wait goes on, before it has slept.
+    /// Call it when a wait continues, before it sleeps.
     void StartWait() { ++mWaits; }
 
-    /// It has slept: its frame may be begun.
+    /// Call it when the wait has slept. The program may then begin the frame.
     void FinishWait() { mReady = true; }
 
-    /// XR_FRAME_DISCARDED when the frame before was never ended.
+    /// Begins the frame. Returns XR_FRAME_DISCARDED when the previous frame was not ended.
     XrResult Begin()
     {
         Require(mReady, XR_ERROR_CALL_ORDER_INVALID);
@@ -35,7 +35,8 @@ public:
         return discarded ? XR_FRAME_DISCARDED : XR_SUCCESS;
     }
 
-    /// An end that fails later leaves the frame in progress, so this and Finish are two steps.
+    /// An end has two steps, this one and Finish. When an end fails between them, the frame stays
+    /// in progress.
     void RequireBegun() const { Require(mInProgress, XR_ERROR_CALL_ORDER_INVALID); }
     void Finish() { mInProgress = false; }
 

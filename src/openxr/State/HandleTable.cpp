@@ -6,7 +6,8 @@ namespace qltxr
 namespace
 {
 
-// From the top: a mark, the kind, the generation, the place in the table.
+// The bits of a handle from the highest to the lowest: a mark, the kind, the generation, and the
+// index in the table.
 //
 //     1 kkkkkkk gggggggg gggggggg gggggggg gggggggg iiiiiiii iiiiiiii iiiiiiii
 constexpr int PLACE_BITS = 24;
@@ -29,7 +30,7 @@ std::uint64_t HandleTable::Add(HandleKind kind, void* object)
     if (mFree.empty())
     {
         Require(mSlots.size() < PLACES, XR_ERROR_LIMIT_REACHED);
-        mFree.reserve(mSlots.size() + 1); // so that Remove never allocates
+        mFree.reserve(mSlots.size() + 1); // Remove can then add an index without an allocation
         mSlots.emplace_back();
         mFree.push_back(static_cast<std::uint32_t>(mSlots.size() - 1));
     }

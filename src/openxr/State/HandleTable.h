@@ -1,6 +1,6 @@
-// The handles that programs hold. A handle is a number: kind, generation and place in the table, so
-// that a dead or invented one is recognised without touching memory through it. The caller
-// serialises all operations.
+// The handles that programs hold. A handle is a number that contains a kind, a generation and an
+// index in the table. So the runtime recognises an invalid handle without touching memory through
+// it. The caller serialises all operations.
 #pragma once
 
 #include "State/Failure.h"
@@ -24,15 +24,17 @@ enum class HandleKind : std::uint8_t
 class HandleTable
 {
 public:
-    /// A number other than 0 that no handle of this table had before.
+    /// Adds an object and returns its handle. The handle is not 0, and this table has never used it
+    /// before.
     std::uint64_t Add(HandleKind kind, void* object);
 
     void Remove(std::uint64_t number);
 
-    /// The object; null when the handle is dead, of another kind, or none of this table.
+    /// Returns the object of a handle. Null when the handle is destroyed, of another kind or not
+    /// from this table.
     void* Find(HandleKind kind, std::uint64_t number) const;
 
-    /// The number of living handles.
+    /// The number of valid handles.
     std::size_t Size() const { return mSlots.size() - mFree.size(); }
 
 private:
@@ -47,7 +49,8 @@ private:
     std::vector<std::uint32_t> mFree;
 };
 
-/// An object's handle, which lives as long as this. `Handle` is the type that programs see.
+/// The handle of an object. It is valid as long as this member exists. `Handle` is the type that
+/// programs see.
 template <typename Handle, HandleKind KIND>
 class Registration
 {
@@ -63,7 +66,7 @@ public:
 
     Handle Get() const { return reinterpret_cast<Handle>(mNumber); }
 
-    /// The handle dies before its object.
+    /// Makes the handle invalid before its object is destroyed.
     void End()
     {
         if (mNumber != 0)
@@ -78,7 +81,8 @@ private:
     std::uint64_t mNumber;
 };
 
-/// The object of a handle, whose class names its kind; XR_ERROR_HANDLE_INVALID when there is none.
+/// Returns the object of a handle. The class of the object determines the kind. Throws
+/// XR_ERROR_HANDLE_INVALID when there is no such object.
 template <typename Object, typename Handle>
 Object& Resolve(const HandleTable& table, Handle handle)
 {

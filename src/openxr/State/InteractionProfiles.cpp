@@ -12,13 +12,14 @@ namespace
 struct Profile
 {
     const char* name;
-    const char* users;      // below /user/
-    const char* components; // below a user's path, `input/` left out; a{b,c}d is abd and acd
+    const char* users; // the user paths, without "/user/"
+    // The paths below a user path, without `input/`; a{b,c}d means abd and acd.
+    const char* components;
 };
 
 constexpr const char* HANDS = "hand/left hand/right";
 
-// The profiles of the two hands of one controller differ, so one name may stand in two lines.
+// Some controllers differ between the hands. Their names stand in two lines.
 constexpr Profile PROFILES[] = {
     {"khr/simple_controller", HANDS, "select/click menu/click grip/pose aim/pose output/haptic"},
     {"google/daydream_controller", HANDS,
@@ -60,7 +61,7 @@ std::vector<std::string> Words(const std::string& text)
     return words;
 }
 
-/// What a{b,c}d stands for.
+/// Expands a{b,c}d into abd and acd.
 std::vector<std::string> Alternatives(const std::string& pattern)
 {
     const std::size_t open = pattern.find('{');

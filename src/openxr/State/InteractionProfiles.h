@@ -16,7 +16,7 @@ public:
 
     bool Has(std::string_view profile) const { return mProfiles.count(std::string(profile)) > 0; }
 
-    /// True for a component, and for the input or output that has components.
+    /// Returns true for the path of a component, and for an input or output that has components.
     bool HasBinding(const std::string& profile, const std::string& path) const;
 
 private:

@@ -1,5 +1,5 @@
-// A frame as the program has handed it over: checked, and without a pointer to what the program
-// owns.
+// A frame that the program has sent. It is checked, and it contains no pointer to memory of the
+// program.
 #pragma once
 
 #include "State/Spaces.h"
@@ -14,17 +14,18 @@ namespace qltxr
 constexpr std::uint32_t MAX_LAYERS = 16;
 constexpr std::uint32_t VIEW_COUNT = 2;
 
-/// The images of a swapchain, as its graphics API has them. The last owner may be any thread.
+/// The images of a swapchain in the graphics API. Any thread may be the last owner.
 class ImageSet
 {
 public:
     virtual ~ImageSet() = default;
 
-    /// Fills as many structures as there are images, without touching their types and chains;
-    /// XR_ERROR_VALIDATION_FAILURE when they are of another API.
+    /// Fills one structure for each image. Types and chains stay as they are. Throws
+    /// XR_ERROR_VALIDATION_FAILURE when the structures are of another API.
     virtual void Enumerate(XrSwapchainImageBaseHeader* images) const = 0;
 
-    /// The program has drawn into the image; on the thread on which it says so.
+    /// Call it when the program has finished its drawing into the image, on the thread that says
+    /// so.
     virtual void Released(std::uint32_t image) = 0;
 };
 
@@ -71,7 +72,7 @@ struct SubImage
     std::shared_ptr<ImageSet> images;
     std::uint32_t image = 0;
     std::uint32_t arrayIndex = 0;
-    XrRect2Di rect{}; // pixels
+    XrRect2Di rect{}; // in pixels
     std::uint32_t width = 0;
     std::uint32_t height = 0;
 };
@@ -79,19 +80,19 @@ struct SubImage
 struct LayerView
 {
     SubImage source;
-    Rigid pose; // in the layer's space: of the eye, or of the quad
+    Rigid pose; // the pose of the eye, or of the quad, in the layer's space
     XrFovf fov{};
 };
 
 struct Layer
 {
     bool isQuad = false;
-    bool hasAlpha = false; // or else it covers what is below it
+    bool hasAlpha = false; // otherwise the layer hides everything below it
     bool isPremultiplied = true;
     SpaceOrigin space;
-    std::array<LayerView, VIEW_COUNT> views; // of a quad, the first for both eyes
+    std::array<LayerView, VIEW_COUNT> views; // a quad uses the first view for both eyes
     XrEyeVisibility eyes = XR_EYE_VISIBILITY_BOTH;
-    XrExtent2Df size{}; // of a quad, metres
+    XrExtent2Df size{}; // the size of a quad in metres
 };
 
 struct Frame
@@ -101,7 +102,7 @@ struct Frame
     XrTime displayTime = 0;
 };
 
-/// Checks the layers, all before the first is used, and then fills the frame. Does not allocate.
+/// Checks all layers first, and fills the frame only after that. It does not allocate.
 void TakeLayers(const HandleTable& table, const XrFrameEndInfo& info, Frame& frame);
 
 } // namespace qltxr

@@ -16,23 +16,23 @@ class PathTable
 public:
     static constexpr std::size_t CAPACITY = 65536;
 
-    /// The same number for the same path; XR_ERROR_PATH_FORMAT_INVALID for what is none, and
-    /// XR_ERROR_PATH_COUNT_EXCEEDED for too many.
+    /// Returns the number of a path, which is always the same. Throws XR_ERROR_PATH_FORMAT_INVALID
+    /// when the text is no path, and XR_ERROR_PATH_COUNT_EXCEEDED when there are too many paths.
     XrPath NumberOf(const char* path);
     XrPath NumberOf(std::string_view path);
 
-    /// XR_ERROR_PATH_INVALID for a number that no path has.
+    /// Returns the path of a number. Throws XR_ERROR_PATH_INVALID when no path has this number.
     const std::string& TextOf(XrPath number) const;
 
 private:
     std::unordered_map<std::string, XrPath> mNumbers;
-    std::vector<const std::string*> mTexts; // by number - 1, of the keys above
+    std::vector<const std::string*> mTexts; // the keys above, indexed by number - 1
 };
 
-/// True for what may stand between two slashes.
+/// Returns true when the text may stand between two slashes of a path.
 bool IsPathPart(std::string_view part);
 
-/// One of the user paths that an action may be split by, as /user/hand/left is.
+/// Returns true for a user path that can be a subaction path, such as /user/hand/left.
 bool IsTopLevelUserPath(std::string_view path);
 
 } // namespace qltxr

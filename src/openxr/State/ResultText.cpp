@@ -20,7 +20,8 @@ struct Named
 constexpr Named RESULTS[] = {XR_LIST_ENUM_XrResult(QLT_NAMED)};
 constexpr Named STRUCTURES[] = {XR_LIST_ENUM_XrStructureType(QLT_NAMED)};
 
-// The last entry of each list is the upper bound of the enumeration and no value of it.
+// The last entry of each list is the upper bound of the enumeration, which is not one of its
+// values.
 template <std::size_t SIZE>
 const char* NameOf(const Named (&names)[SIZE], int value)
 {

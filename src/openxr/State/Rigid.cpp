@@ -68,7 +68,8 @@ XrVector3f ToVector(const Vector& v)
 void RequirePose(const XrPosef& pose)
 {
     constexpr double TOLERANCE = 0.01;
-    const double norm = std::sqrt(Norm2(pose.orientation)); // not finite if a component is not
+    // The norm is not finite when a component is not finite.
+    const double norm = std::sqrt(Norm2(pose.orientation));
     const XrVector3f& p = pose.position;
     const bool placed = std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
     Require(placed && std::fabs(norm - 1.0) <= TOLERANCE, XR_ERROR_POSE_INVALID);

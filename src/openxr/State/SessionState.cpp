@@ -42,8 +42,9 @@ void SessionState::FrameEnded(XrTime now)
     }
 }
 
-// A program that has not sent a frame yet may wait for STOPPING without sending one: so
-// SYNCHRONIZED, which the order of the states demands, does not wait for a frame here.
+// deliberate: before its first frame, a program may wait for STOPPING without sending a frame. The
+// order of the states demands SYNCHRONIZED before STOPPING, so SYNCHRONIZED does not wait for a
+// frame here.
 void SessionState::RequestExit(XrTime now)
 {
     Require(mRunning, XR_ERROR_SESSION_NOT_RUNNING);

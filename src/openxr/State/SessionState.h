@@ -1,5 +1,5 @@
-// The states of a session and what moves it from one to the next. Every step is queued as an event
-// in the order that programs count on. The caller serialises all operations.
+// The states of a session and the changes between them. Every change is queued as an event, in the
+// order that programs rely on. The caller serialises all operations.
 #pragma once
 
 #include "State/EventQueue.h"
@@ -11,7 +11,7 @@ namespace qltxr
 class SessionState
 {
 public:
-    /// A headless session needs no frames to become focused, and no stopping to end.
+    /// A headless session becomes focused without frames and ends without STOPPING.
     SessionState(EventQueue& events, XrSession session, bool headless)
         : mEvents(events)
         , mSession(session)
@@ -19,23 +19,23 @@ public:
     {
     }
 
-    /// IDLE, READY.
+    /// Enters IDLE and READY.
     void Create(XrTime now);
 
     void Begin(XrTime now);
 
-    /// IDLE, and then EXITING after an exit request, or else READY.
+    /// Enters IDLE. After an exit request it then enters EXITING, and otherwise READY.
     void End(XrTime now);
 
     void RequestExit(XrTime now);
 
-    /// The program has sent a frame: the first one takes the session to FOCUSED.
+    /// Call it when the program has sent a frame. The first frame leads to FOCUSED.
     void FrameEnded(XrTime now);
 
     bool IsRunning() const { return mRunning; }
     bool IsFocused() const { return mState == XR_SESSION_STATE_FOCUSED; }
 
-    /// True while what the program draws is to be seen.
+    /// True while the drawing of the program is visible.
     bool IsVisible() const { return mState == XR_SESSION_STATE_VISIBLE || IsFocused(); }
 
 private:

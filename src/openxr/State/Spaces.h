@@ -1,7 +1,7 @@
-// The spaces of a session, and where one is in another. Needs no lock: everything is a value.
+// The spaces of a session and the poses between them. Everything is a value, so there is no lock.
 //
-// LOCAL is the world: gravity's up, the heading and the eyes' height of the start. STAGE is LOCAL
-// lowered to the floor. VIEW is the head, between the eyes.
+// LOCAL is the world. Its up direction comes from gravity, and its heading and height are those of
+// the eyes at the start. STAGE is LOCAL lowered to the floor. VIEW is the head, between the eyes.
 #pragma once
 
 #include "State/HandleTable.h"
@@ -10,45 +10,46 @@
 namespace qltxr
 {
 
-/// Who wears the headset; lengths in metres.
+/// The measures of the user in metres.
 struct Person
 {
     double ipdM;
     double neckToEyeUpM;
     double neckToEyeForwardM;
-    double eyeHeightM; // of someone who stands
+    double eyeHeightM; // the height of the eyes of the standing user
 };
 
-/// The default user of the headset's constants.
+/// Returns the default user of the headset's constants.
 Person DefaultPerson();
 
-/// The head at a moment, in LOCAL.
+/// The state of the head at one time, in LOCAL.
 struct Head
 {
     Rigid pose;
-    Vector angularVelocity{}; // radians per second, in LOCAL's axes
-    bool known = false;       // that is, an orientation was ever seen
-    bool tracked = false;     // it is a measured one, not one that is held
+    Vector angularVelocity{}; // in radians per second, about the axes of LOCAL
+    bool known = false;       // an orientation has been measured at least once
+    bool tracked = false;     // the orientation is measured and not held
 };
 
-/// The neck model: the head turns about the neck, which stays where it is.
+/// The pose of the head by the neck model: the head turns about the neck, and the neck does not
+/// move.
 Rigid HeadPose(const Turn& orientation, const Person& person);
 
 struct SpaceOrigin
 {
-    bool isAction = false; // of a device that is never there
+    bool isAction = false; // the space of a device, which never exists
     XrReferenceSpaceType type = XR_REFERENCE_SPACE_TYPE_LOCAL;
     Rigid offset;
 };
 
-/// Where a space is in LOCAL; an action space is where LOCAL is.
+/// Returns the pose of a space in LOCAL. An action space has the pose of LOCAL.
 Rigid PlaceOf(const SpaceOrigin& space, const Rigid& head, const Person& person);
 
-/// Fills location and velocity, but for their types and chains. `velocity` may be null.
+/// Fills location and velocity. Types and chains stay as they are. `velocity` may be null.
 void Locate(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
             const Person& person, XrSpaceLocation& location, XrSpaceVelocity* velocity);
 
-/// True when the place of the space in the base depends on the head.
+/// True when the pose of the space in the base space depends on the head.
 bool NeedsHead(const SpaceOrigin& space, const SpaceOrigin& base);
 
 } // namespace qltxr

@@ -1,4 +1,4 @@
-// What every function does with the structures and arrays that a program hands over.
+// The checks and copies that every function performs on the structures and arrays of a program.
 #pragma once
 
 #include "State/Failure.h"
@@ -16,21 +16,21 @@ inline void RequirePointer(const void* pointer)
     Require(pointer != nullptr, XR_ERROR_VALIDATION_FAILURE);
 }
 
-/// Of a structure that must be there.
+/// Checks the type of a structure that must not be null.
 template <typename Structure>
 void RequireType(const Structure* structure, XrStructureType type)
 {
     Require(structure != nullptr && structure->type == type, XR_ERROR_VALIDATION_FAILURE);
 }
 
-/// Of a structure that may be left out.
+/// Checks the type of a structure that may be null.
 template <typename Structure>
 void RequireTypeIfAny(const Structure* structure, XrStructureType type)
 {
     Require(structure == nullptr || structure->type == type, XR_ERROR_VALIDATION_FAILURE);
 }
 
-/// The first structure of the type in a chain, or null; structures of other types are skipped.
+/// Returns the first structure of this type in a chain, or null.
 template <typename Structure>
 const Structure* FindInChain(const void* chain, XrStructureType type)
 {
@@ -48,8 +48,8 @@ Structure* FindInOutChain(void* chain, XrStructureType type)
     return const_cast<Structure*>(FindInChain<Structure>(chain, type));
 }
 
-/// The first half of the two-call idiom: writes the count, and says whether the elements are to
-/// follow.
+/// Performs the first half of the two-call idiom: it writes the count. Returns true when the
+/// elements must follow.
 inline bool AnswerCount(std::uint32_t capacity, std::uint32_t* count, const void* array,
                         std::size_t needed)
 {
@@ -64,7 +64,7 @@ inline bool AnswerCount(std::uint32_t capacity, std::uint32_t* count, const void
     return true;
 }
 
-/// The two-call idiom for values without a type.
+/// Performs the two-call idiom for values without a type.
 template <typename Value>
 XrResult AnswerValues(std::uint32_t capacity, std::uint32_t* count, Value* array,
                       const Value* values, std::size_t number)
@@ -76,7 +76,7 @@ XrResult AnswerValues(std::uint32_t capacity, std::uint32_t* count, Value* array
     return XR_SUCCESS;
 }
 
-/// The two-call idiom for a text, whose count includes the terminator.
+/// Performs the two-call idiom for a text. Its count includes the terminator.
 inline XrResult AnswerText(std::uint32_t capacity, std::uint32_t* count, char* buffer,
                            std::string_view text)
 {
@@ -88,7 +88,8 @@ inline XrResult AnswerText(std::uint32_t capacity, std::uint32_t* count, char* b
     return XR_SUCCESS;
 }
 
-/// The text of a field of fixed size; null pointer inside when it has no terminator.
+/// Returns the text of a field of fixed size. The view's pointer is null when the field has no
+/// terminator.
 inline std::string_view FixedText(const char* field, std::size_t size)
 {
     const void* end = std::memchr(field, '\0', size);

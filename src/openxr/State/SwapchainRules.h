@@ -1,5 +1,5 @@
-// What a program may ask of a swapchain, and the order in which it uses the images. The caller
-// serialises all operations.
+// The rules for the creation of a swapchain, and the order in which a program uses the images. The
+// caller serialises all operations.
 #pragma once
 
 #include "State/Failure.h"
@@ -11,17 +11,17 @@
 namespace qltxr
 {
 
-constexpr std::uint32_t MAX_SWAPCHAIN_SIZE = 4096; // pixels, width and height
+constexpr std::uint32_t MAX_SWAPCHAIN_SIZE = 4096; // the largest width and height in pixels
 constexpr std::uint32_t MAX_SWAPCHAIN_LAYERS = 256;
 constexpr std::uint32_t SWAPCHAIN_IMAGES = 3;
 
 void RequireCreateInfo(const XrSwapchainCreateInfo& info, const std::vector<std::int64_t>& formats);
 
-/// 1 for a static image, or else SWAPCHAIN_IMAGES.
+/// Returns 1 for a static image, and otherwise SWAPCHAIN_IMAGES.
 std::uint32_t ImageCount(const XrSwapchainCreateInfo& info);
 
-/// Which images the program has: acquired in a circle, then waited for and released in the order in
-/// which they were acquired.
+/// The images that the program holds. The program acquires them in a circle. It waits for them and
+/// releases them in the same order.
 class SwapchainImages
 {
 public:
@@ -31,15 +31,16 @@ public:
 
     std::uint32_t Acquire();
 
-    /// The image that a wait is for: the oldest acquired one. Waited says that the wait succeeded.
+    /// The image of the next wait, which is the oldest acquired image. Call Waited when the wait
+    /// has succeeded.
     std::uint32_t NextToWait() const;
     void Waited() { mWaited = true; }
 
-    /// The image that a release is for, and that layers show from then on.
+    /// The image of the next release. After the release, layers show this image.
     std::uint32_t NextToRelease() const;
     void Release();
 
-    /// The most recently released image; NONE before.
+    /// The image that was released last, or NONE.
     std::uint32_t Newest() const { return mNewest; }
 
     std::uint32_t Count() const { return mCount; }
@@ -47,8 +48,8 @@ public:
 private:
     const std::uint32_t mCount;
     const bool mIsStatic;
-    std::deque<std::uint32_t> mAcquired; // oldest first
-    bool mWaited = false;                // the oldest of them
+    std::deque<std::uint32_t> mAcquired; // the oldest first
+    bool mWaited = false;                // the program has waited for the oldest image
     std::uint32_t mNext = 0;
     std::uint32_t mNewest = NONE;
 };

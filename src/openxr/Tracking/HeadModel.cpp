@@ -10,8 +10,8 @@ namespace
 
 Turn AboutY(double angle) { return {std::cos(0.5 * angle), 0.0, std::sin(0.5 * angle), 0.0}; }
 
-/// Of the direction that the head faces, or of the top of the head when that is straight up or
-/// down.
+/// The heading of the direction that the head faces. When the head faces straight up or down, it is
+/// the heading of the top of the head.
 double HeadingOf(const Turn& orientation)
 {
     constexpr double STEEP = 0.99;

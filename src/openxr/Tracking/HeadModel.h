@@ -1,5 +1,5 @@
-// The wearer's head: a source of orientations, a neck, and the heading that counts as forward. Any
-// thread may call, several at once.
+// The user's head: a source of orientations, a neck, and the forward heading. Any thread may call,
+// also several at once.
 #pragma once
 
 #include "State/Spaces.h"
@@ -19,10 +19,11 @@ public:
     {
     }
 
-    /// In LOCAL.
+    /// The state of the head in LOCAL.
     Head At(XrTime time) const;
 
-    /// Makes the heading at `time` the forward one. The new origin of LOCAL in the old one.
+    /// Makes the heading at `time` the forward direction. Returns the new origin of LOCAL in the
+    /// old LOCAL.
     Rigid Recentre(XrTime time);
 
     const Person& Wearer() const { return mPerson; }
@@ -31,7 +32,7 @@ public:
 private:
     const std::unique_ptr<PoseSource> mSource;
     const Person mPerson;
-    std::atomic<double> mForward{0.0}; // the heading of LOCAL in the source's axes, radians
+    std::atomic<double> mForward{0.0}; // the heading of LOCAL in the source's axes, in radians
 };
 
 } // namespace qltxr

@@ -1,4 +1,4 @@
-// Where the head's orientation comes from. Any thread may call, several at once.
+// The source of the head's orientation. Any thread may call, also several at once.
 #pragma once
 
 #include "State/Rigid.h"
@@ -10,13 +10,13 @@
 namespace qltxr
 {
 
-/// A moment of the head's motion, in axes whose y points up.
+/// The state of the head at one time. The y axis points up.
 struct HeadMoment
 {
     Turn orientation;
-    Vector angularVelocity{}; // radians per second, in the world's axes
-    bool known = false;       // that is, an orientation was ever seen
-    bool tracked = false;     // it is a measured one, not one that is held
+    Vector angularVelocity{}; // in radians per second, about the axes of the world
+    bool known = false;       // an orientation has been measured at least once
+    bool tracked = false;     // the orientation is measured and not held
 };
 
 class PoseSource
@@ -24,13 +24,14 @@ class PoseSource
 public:
     virtual ~PoseSource() = default;
 
-    /// At a moment of the steady clock, in nanoseconds; neither waits nor allocates.
+    /// The state at a time of the steady clock in nanoseconds. The call neither waits nor
+    /// allocates.
     virtual HeadMoment At(XrTime time) const = 0;
 
-    /// For people: where the orientations come from, and how the source is.
+    /// Describes the source and its state to a person.
     virtual std::string Describe() const = 0;
 
-    /// How many reports have come so far; 0 for a source without reports.
+    /// The number of reports so far. It is 0 for a source without reports.
     virtual std::uint64_t Reports() const { return 0; }
 };
 

@@ -14,7 +14,7 @@ namespace qltxr
 namespace
 {
 
-// X has one error handler for the whole process.
+// The lock is global, because X has one error handler for the whole process.
 std::mutex gErrorMutex;
 std::atomic<bool> gHadError{false};
 std::atomic<Display*> gIgnored{nullptr};
@@ -38,7 +38,7 @@ struct XFreed
 template <typename Value>
 using XOwned = std::unique_ptr<Value, XFreed>;
 
-/// The configuration of the program's context, as our own connection names it.
+/// Finds the configuration of the program's context on our own connection.
 GLXFBConfig ConfigOf(Display* programDisplay, GLXContext programContext, Display* display)
 {
     int id = 0;
@@ -65,7 +65,7 @@ XErrorsIgnored::XErrorsIgnored(Display* display)
     : mDisplay(display)
 {
     gErrorMutex.lock();
-    XSync(display, False); // what came before goes to who was there before
+    XSync(display, False); // the previous handler gets earlier errors
     gHadError = false;
     gIgnored = display;
     gBefore = XSetErrorHandler(OnError);
@@ -121,7 +121,7 @@ void GlxContext::Share(Display* programDisplay, GLXContext programContext)
     mPbuffer = glXCreatePbuffer(mDisplay, mConfig, size);
     if (ignored.HadError())
     {
-        mPbuffer = None; // a configuration for windows only
+        mPbuffer = None; // the configuration supports windows only
     }
 }
 
@@ -178,7 +178,7 @@ void GlxContext::MakeCurrent(bool paced)
     const auto setInterval = EntryPoint<PFNGLXSWAPINTERVALEXTPROC>("glXSwapIntervalEXT");
     if (HasWindow() && setInterval != nullptr)
     {
-        const XErrorsIgnored ignored(mDisplay); // where it is not offered
+        const XErrorsIgnored ignored(mDisplay); // not every display offers the interval
         setInterval(mDisplay, drawable, paced ? 1 : 0);
     }
 }

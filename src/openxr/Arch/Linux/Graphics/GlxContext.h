@@ -1,5 +1,5 @@
-// An OpenGL context of the runtime's own, on its own connection to the X server, which shares the
-// objects of the program's context; and a window, or else a pbuffer, to draw to.
+// The runtime's own OpenGL context on its own connection to the X server. It shares the objects of
+// the program's context. It draws to a window, or to a pbuffer when there is no window.
 #pragma once
 
 #include "Graphics/Graphics.h"
@@ -10,7 +10,7 @@
 namespace qltxr
 {
 
-/// While this lives, errors of one connection are counted instead of ending the program.
+/// While this object exists, errors of one connection are counted and do not end the program.
 class XErrorsIgnored
 {
 public:
@@ -19,7 +19,7 @@ public:
     XErrorsIgnored(const XErrorsIgnored&) = delete;
     XErrorsIgnored& operator=(const XErrorsIgnored&) = delete;
 
-    /// After all requests so far.
+    /// Waits for all requests so far, and returns true when one of them had an error.
     bool HadError() const;
 
 private:
@@ -29,7 +29,7 @@ private:
 class GlxContext
 {
 public:
-    /// XR_ERROR_GRAPHICS_DEVICE_INVALID when the program's context cannot be shared.
+    /// Throws XR_ERROR_GRAPHICS_DEVICE_INVALID when the program's context cannot be shared.
     GlxContext(Display* programDisplay, GLXContext programContext);
     ~GlxContext();
     GlxContext(const GlxContext&) = delete;
@@ -37,12 +37,13 @@ public:
 
     Display* GetDisplay() const { return mDisplay; }
 
-    /// Before the context becomes current. Without a frame and above all others when it is for the
-    /// headset's panel.
+    /// Opens the window. Call it before the context becomes current. A window for the headset's
+    /// panel has no frame and stays above all others.
     void OpenWindow(int x, int y, unsigned width, unsigned height, bool onPanel);
     bool HasWindow() const { return mWindow != None; }
 
-    /// `paced` makes each Swap wait for the display.
+    /// Makes the context current on the calling thread. With `paced`, each Swap waits for the
+    /// display.
     void MakeCurrent(bool paced);
     void MakeNothingCurrent();
     void Swap();

@@ -38,7 +38,8 @@ bool IsPublished(const fs::path& descriptor)
     return !error && target.rfind("/memfd:" + std::string(TEXT_NAME), 0) == 0;
 }
 
-/// Of one process; nothing for one of another user, whose descriptors cannot be listed.
+/// Adds the texts of one process. It adds nothing for a process of another user, because its
+/// descriptors cannot be listed.
 void AddTexts(const fs::path& process, std::vector<std::string>& texts)
 {
     std::error_code error;

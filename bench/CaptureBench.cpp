@@ -48,7 +48,7 @@ void CaptureTap(benchmark::State& state)
     std::vector<double> plain;
     for (auto _ : state)
     {
-        writer.Flush(); // now the ring has room, and its thread sleeps
+        writer.Flush(); // now the ring has room, and the writer's thread sleeps
         const long before = ThreadAllocationCount();
         const double seconds =
             RunRound(reports, [&](const std::uint8_t* report) { writer.AddReport(report); });

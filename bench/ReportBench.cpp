@@ -65,7 +65,7 @@ public:
         return mSeconds;
     }
 
-    /// Releases the reader for good.
+    /// Releases the reader permanently.
     void Close()
     {
         const std::lock_guard<std::mutex> lock(mMutex);
@@ -167,7 +167,7 @@ private:
     float mSum = 0.0f;
 };
 
-/// A tracker that raises events when told to, on the calling thread.
+/// A tracker that raises events on the calling thread when its operations are called.
 class Notifier final : public qlt::Tracker
 {
 public:

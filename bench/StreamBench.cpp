@@ -40,7 +40,8 @@ void HeaderSearch(benchmark::State& state)
     for (std::size_t i = 0; i < WORDS; ++i)
     {
         frame[i] =
-            static_cast<std::uint32_t>(i) * 2654435761U | 1U << 4; // a signature has this bit clear
+            // A signature has this bit clear, so no word is a signature.
+            static_cast<std::uint32_t>(i) * 2654435761U | 1U << 4;
     }
     const auto ours = [&]
     {
@@ -94,7 +95,7 @@ public:
         mChanged.notify_one();
     }
 
-    /// Waits for a report. False for the last one.
+    /// Waits for a report. Returns false for the last one.
     bool Take()
     {
         std::unique_lock<std::mutex> lock(mMutex);
@@ -110,7 +111,7 @@ private:
     bool mLast = false;
 };
 
-/// A headset whose reads block until a report is there.
+/// A headset whose reads block until there is a report.
 class BlockingHeadset final : public qlt::UsbHost
 {
 public:

@@ -201,7 +201,7 @@ void BenchPrediction(const std::vector<Recording>& recordings)
     Goal("prediction by constant rate, worst recording", worst, 0.999, "");
     Goal("its own running error against the one above, worst", 100.0 * worstOwn, 10.0, "%");
     HeadScript rest;
-    rest.gyroscopeNoise = 0.115 * RADIANS; // of an average gyroscope
+    rest.gyroscopeNoise = 0.115 * RADIANS; // the noise of an average gyroscope
     for (const double ahead : AHEAD_S)
     {
         ScriptedHead head(rest);

@@ -7,7 +7,8 @@ if(QLT_BUILD_TOOLS)
 endif()
 
 if(QLT_BUILD_TESTS)
-  # From source also where a library is installed, so that the sanitizers and Windows see it too.
+  # They are built from source even when the system has them, so that the sanitizers and Windows use
+  # the same code.
   set(QLT_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "The GoogleTest sources")
   set(INSTALL_GTEST OFF)
   set(BUILD_GMOCK OFF)

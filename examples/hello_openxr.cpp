@@ -1,5 +1,5 @@
 // Shows a ring of coloured squares around you, through OpenXR and OpenGL, until the session ends.
-// It is all that a program needs to appear in the headset; everything else is drawing.
+// The program does only the necessary: everything else that a program does is drawing.
 #include <qlt/Math/Quaternion.h>
 
 #define GLFW_EXPOSE_NATIVE_GLX
@@ -34,7 +34,7 @@ void Check(XrResult result, const char* what)
     }
 }
 
-/// A structure of OpenXR: all of it is zero but the type.
+/// Returns a structure of OpenXR with its type. All other fields are zero.
 template <typename Structure>
 Structure Make(XrStructureType type)
 {
@@ -43,7 +43,7 @@ Structure Make(XrStructureType type)
     return made;
 }
 
-/// A square of 20 cm that faces the viewer, as a rectangle of pixels.
+/// Draws a square of 20 cm that faces the viewer, as a rectangle of pixels.
 void DrawSquare(const XrView& view, const XrRect2Di& rect, const qlt::Vec3& center)
 {
     const XrQuaternionf& q = view.pose.orientation;
@@ -57,7 +57,7 @@ void DrawSquare(const XrView& view, const XrRect2Di& rect, const qlt::Vec3& cent
     const float x = at.x() / -at.z();
     if (at.z() > -0.1f || x - half < left || x + half > right)
     {
-        return; // behind the viewer, or not whole in the eye's half of the image
+        return; // it is behind the viewer, or it does not fit into the eye's half of the image
     }
     glScissor(rect.offset.x + static_cast<GLint>((x - half - left) * scale),
               static_cast<GLint>((at.y() / -at.z() - half - std::tan(view.fov.angleDown)) * scale),
@@ -88,7 +88,7 @@ XrSession gSession = XR_NULL_HANDLE;
 XrSpace gSpace = XR_NULL_HANDLE;
 XrSwapchain gSwapchain = XR_NULL_HANDLE;
 std::vector<XrSwapchainImageOpenGLKHR> gImages;
-int32_t gWidth = 0; // of one eye
+int32_t gWidth = 0; // the width of one eye's half in pixels
 int32_t gHeight = 0;
 XrCompositionLayerProjectionView gViews[2] = {};
 bool gRunning = false;
@@ -109,7 +109,8 @@ void CreateInstance()
 
 void CreateSession()
 {
-    PFN_xrGetOpenGLGraphicsRequirementsKHR getRequirements = nullptr; // must be asked before
+    // OpenXR requires this call before xrCreateSession.
+    PFN_xrGetOpenGLGraphicsRequirementsKHR getRequirements = nullptr;
     xrGetInstanceProcAddr(gInstance, "xrGetOpenGLGraphicsRequirementsKHR",
                           reinterpret_cast<PFN_xrVoidFunction*>(&getRequirements));
     auto requirements =
@@ -127,7 +128,7 @@ void CreateSession()
     Check(xrCreateReferenceSpace(gSession, &space, &gSpace), "xrCreateReferenceSpace");
 }
 
-/// One image for both eyes, side by side.
+/// Makes one swapchain, whose images hold both eyes side by side.
 void CreateSwapchain()
 {
     const auto empty = Make<XrViewConfigurationView>(XR_TYPE_VIEW_CONFIGURATION_VIEW);
@@ -154,7 +155,7 @@ void CreateSwapchain()
     glEnable(GL_SCISSOR_TEST);
 }
 
-/// False when the session is over.
+/// Returns false when the session is over.
 bool HandleEvents()
 {
     auto event = Make<XrEventDataBuffer>(XR_TYPE_EVENT_DATA_BUFFER);
@@ -177,7 +178,7 @@ bool HandleEvents()
     return true;
 }
 
-/// False while nobody knows where the head is.
+/// Draws the views of this time. Returns false while the pose of the head is unknown.
 bool Render(XrTime time)
 {
     XrView views[2] = {Make<XrView>(XR_TYPE_VIEW), Make<XrView>(XR_TYPE_VIEW)};
@@ -246,5 +247,5 @@ int main()
     {
         gRunning ? Frame() : glfwWaitEventsTimeout(0.05);
     }
-    xrDestroyInstance(gInstance); // with all that belongs to it
+    xrDestroyInstance(gInstance); // this also destroys everything that the instance owns
 }

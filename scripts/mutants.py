@@ -74,7 +74,7 @@ Fault = collections.namedtuple("Fault", "file line rule after")
 
 
 def another(number):
-    """Returns the next number for a small integer, which may be an index, and else the double."""
+    """Returns the next number for a small integer, which may be an index, and twice any other number."""
     return str(number + 1 if number < 10 and isinstance(number, int) else 2 * number or 1.0)
 
 
@@ -146,7 +146,7 @@ def faults_of(file):
 
 
 def equivalents():
-    """{(file, the line with its fault, rule): reason}."""
+    """Returns {(file, the line with its fault, rule): reason}."""
     if not EQUIVALENTS.exists():
         return {}
     rows = [row.split(" | ") for row in EQUIVALENTS.read_text().splitlines()
@@ -155,7 +155,7 @@ def equivalents():
 
 
 def run(command, seconds=None):
-    """Returns whether the command succeeded in time."""
+    """Returns True when the command succeeded in time."""
     try:
         return subprocess.run(command, timeout=seconds, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -206,7 +206,7 @@ class Builder:
                     "--no-tests=error"])
 
     def passes(self, targets, pattern):
-        """Returns whether the tests pass with the tree as it is. None when it does not compile."""
+        """Returns True when the tests pass on the unchanged tree, and None when it does not compile."""
         return self.test(pattern) if self.build(targets) else None
 
     def expect_sound(self, targets, pattern):
@@ -217,7 +217,7 @@ class Builder:
             self.sound.add(pattern)
 
     def plant(self, fault):
-        """'caught', 'survived', or 'invalid' for a fault that does not compile."""
+        """Returns 'caught', 'survived', or 'invalid' for a fault that does not compile."""
         file = TREE / fault.file
         original = file.read_text(encoding="utf-8")
         for stage in room_of(fault.file)[1:]:

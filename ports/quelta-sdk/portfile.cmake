@@ -1,4 +1,5 @@
-# An overlay port of this very tree: vcpkg install quelta-sdk --overlay-ports=ports
+# An overlay port that builds the tree in which this file is: vcpkg install quelta-sdk
+# --overlay-ports=ports
 get_filename_component(SOURCE_PATH "${CMAKE_CURRENT_LIST_DIR}/../.." ABSOLUTE)
 
 vcpkg_cmake_configure(

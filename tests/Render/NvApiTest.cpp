@@ -31,7 +31,7 @@ NvApi::Status Initialize()
     return -1;
 }
 
-/// Entry points whose addresses are their identifiers. Only the first one is called.
+/// The addresses of the entry points are their identifiers. Only the first one is called.
 void* Query(std::uint32_t identifier)
 {
     if (identifier == 0x0150E828 && driver.missing != identifier)

@@ -10,7 +10,7 @@ namespace
 
 using qlt::Shaders;
 
-/// Read before any test and perhaps before the library's own static objects exist.
+/// This reads the text before any test, and perhaps before the library's own static objects exist.
 const std::string gWhileLoading = Shaders::TextureShaderV();
 
 /// The FNV-1a hash.

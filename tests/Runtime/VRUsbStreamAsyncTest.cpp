@@ -87,7 +87,7 @@ protected:
         stream->Start(true, qlt::WAIT_FOREVER);
     }
 
-    /// Whether this frame is the next one that the stream delivers.
+    /// Returns true when this frame is the next one that the stream delivers.
     bool Delivers(std::uint32_t number)
     {
         frameEvent.Wait(qlt::WAIT_FOREVER);

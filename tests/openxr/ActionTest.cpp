@@ -95,7 +95,8 @@ TEST_F(ActionTest, SuggestionsAreCheckedPathByPath)
     const std::tuple<const char*, const char*, XrResult> cases[] = {
         {"khr/simple_controller", "/user/hand/left/input/select/click", XR_SUCCESS},
         {"khr/simple_controller", "/user/hand/left/input/select", XR_SUCCESS},
-        {"khr/simple_controller", "/user/hand/right/input/grip/pose", XR_SUCCESS}, // any type does
+        // An action of any type can be bound to it.
+        {"khr/simple_controller", "/user/hand/right/input/grip/pose", XR_SUCCESS},
         {"khr/simple_controller", "/user/hand/right/output/haptic", XR_SUCCESS},
         {"khr/simple_controller", "/user/hand/right/output", XR_ERROR_PATH_UNSUPPORTED},
         {"khr/simple_controller", "/user/head/input/select/click", XR_ERROR_PATH_UNSUPPORTED},

@@ -1,5 +1,5 @@
-// The rules of sessions, swapchains and layers that need a graphics API, and what the program's own
-// OpenGL is left like.
+// Tests of the rules of sessions, swapchains and layers that need a graphics API. They also test
+// that the program's own OpenGL state stays unchanged.
 #include "GraphicsFixture.h"
 
 #include <thread>
@@ -66,7 +66,7 @@ TEST_F(GlSessionTest, EveryListedFormatIsMadeInEveryMix)
     }
 }
 
-// Bindings, state and the current context, after each call that touches graphics.
+// Compares bindings, state and the current context after each call that uses graphics.
 TEST_F(GlSessionTest, TheProgramsOwnOpenGlIsLeftAsItWas)
 {
     ASSERT_EQ(Begin(), XR_SUCCESS);
@@ -102,7 +102,7 @@ TEST_F(GlSessionTest, TheProgramsOwnOpenGlIsLeftAsItWas)
     EXPECT_EQ(End({}), XR_SUCCESS);
     expectUntouched("a frame is ended");
 
-    // The images can be used by a thread that has no context current, too.
+    // A thread without a current context can use the images, too.
     program.MakeNothingCurrent();
     Acquire(swapchain);
     Release(swapchain);
@@ -113,7 +113,7 @@ TEST_F(GlSessionTest, TheProgramsOwnOpenGlIsLeftAsItWas)
     gl.DeleteTextures(1, &own);
 }
 
-// The display in memory has a monitor, which gets the identification data of the panel.
+// The display in memory has a monitor. The test gives it the identification data of the panel.
 TEST_F(GlSessionTest, ThePictureFillsTheMonitorThatIsTheHeadsets)
 {
     EXPECT_EQ(TheCompositor().DescribeOutput(), "a window on the desktop");

@@ -1,5 +1,5 @@
-// The runtime as a program has it: every function by its name, an instance, and short ways to what
-// most tests need.
+// The runtime as a program uses it: it has every function by its name, an instance, and helpers for
+// most tests.
 #pragma once
 
 #include "Api/Functions.h"
@@ -48,7 +48,7 @@ struct OpenXr
         return path;
     }
 
-    /// The states that wait in the queue of events.
+    /// Returns the session states that wait in the queue of events.
     std::vector<XrSessionState> States() const
     {
         std::vector<XrSessionState> states;
@@ -96,7 +96,8 @@ struct OpenXr
     XrSession session = XR_NULL_HANDLE;
 };
 
-/// With an instance that has every extension of the runtime, and no configuration of the user's.
+/// A fixture with an instance that has every extension of the runtime. The user has no
+/// configuration.
 class OpenXrTest : public testing::Test, public OpenXr
 {
 protected:
@@ -125,7 +126,7 @@ protected:
     }
 };
 
-/// With a headless session that runs.
+/// A fixture with a headless session that runs.
 class HeadlessTest : public OpenXrTest
 {
 protected:

@@ -1,4 +1,4 @@
-// What the panel shows, pixel by pixel, against the lens model and a world that is a formula.
+// Compares each pixel of the panel with the lens model and with a world that is a formula.
 #include "GraphicsFixture.h"
 
 #include "Settings/PictureFile.h"
@@ -11,7 +11,7 @@ namespace qltxr
 namespace
 {
 
-/// The world: the color that is seen in a direction, smooth enough for any sampling.
+/// The world: the colour in a direction. It is smooth enough for any sampling.
 double World(const Vector& direction, int color)
 {
     const double norm = std::hypot(direction[0], direction[1], direction[2]);
@@ -20,7 +20,7 @@ double World(const Vector& direction, int color)
     return 0.5 + 0.35 * std::sin(5.0 * x + 1.0 + color) * std::cos(4.0 * y + 0.3 * color);
 }
 
-constexpr XrFovf FOV = {-1.07f, 1.07f, 1.07f, -1.07f}; // a little more than the lens shows
+constexpr XrFovf FOV = {-1.07f, 1.07f, 1.07f, -1.07f}; // this is a little more than the lens shows
 
 double Lerp(double a, double b, double part) { return a + (b - a) * part; }
 
@@ -34,8 +34,8 @@ double Decode(double value)
     return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
 }
 
-/// The largest difference over a picture, in 8-bit steps, from what `expected` says of the
-/// tangents that a pixel shows to an eye; negative expectations are not compared.
+/// Returns the largest difference over a picture in 8-bit steps. `expected` gives the colour for
+/// the tangents that a pixel shows to an eye. A negative colour is not compared.
 template <typename Expected>
 double WorstPixel(const Picture& picture, const Expected& expected)
 {
@@ -62,8 +62,8 @@ double WorstPixel(const Picture& picture, const Expected& expected)
     return worst;
 }
 
-/// With a head that has turned since the world was rendered; not compared near the edges of what
-/// was rendered.
+/// Returns the expectation for a head that has turned since the world was rendered. It excludes the
+/// edges of the rendered area.
 auto Expected(const Turn& head)
 {
     return [=](const std::array<double, 2>& tangents, int color, int)
@@ -94,7 +94,7 @@ protected:
         swapchain = MakeSwapchain(1024, 1024);
     }
 
-    /// What both eyes see when the head has not turned.
+    /// Renders the view of both eyes for a head that has not turned.
     void RenderWorld()
     {
         const double edge = std::tan(static_cast<double>(FOV.angleRight));
@@ -140,7 +140,8 @@ TEST_F(PictureTest, AFrameIsTurnedToWhereTheHeadIsNow)
     RecordProperty("worst_pixel", std::to_string(worst));
     EXPECT_LE(worst, 4.0);
 
-    // Rolled and pitched as well, by more than the lens hides: black where nothing was rendered.
+    // The head has also rolled and pitched, by more than the lens hides. The picture is black where
+    // nothing was rendered.
     const double s = std::sin(0.2);
     const Turn far = TurnLeft(-20.0) * Turn{std::cos(0.2), s * 0.6, 0.0, s * 0.8};
     head->Set(far);
@@ -151,12 +152,13 @@ TEST_F(PictureTest, AFrameIsTurnedToWhereTheHeadIsNow)
         WritePicture(file, picture);
     }
 
-    // A layer of the head's own space stays.
+    // A layer in the space of the head does not move.
     layer.space = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_VIEW);
     EXPECT_LE(WorstPixel(Show({Header(layer)}), Expected({})), 2.0);
 }
 
-// The quad is 2 m ahead of LOCAL's origin, 1 m wide and 0.6 m high, over the world.
+// The quad is 2 m in front of the origin of LOCAL. It is 1 m wide and 0.6 m high, and it lies over
+// the world.
 TEST_F(PictureTest, QuadsLieInTheWorldAndAreBlendedInLinearLight)
 {
     RenderWorld();
@@ -201,12 +203,13 @@ TEST_F(PictureTest, QuadsLieInTheWorldAndAreBlendedInLinearLight)
               3.0);
 }
 
-// A part of one image of an array; what surrounds it has another color and must not bleed in.
+// The layer shows a part of one image of an array. The pixels around this part have another colour
+// and must not be visible.
 TEST_F(PictureTest, PartsOfArraysAndEveryFormatAreShownAsTheyAre)
 {
     const std::pair<std::int64_t, std::array<int, 3>> formats[] = {
         {GL_SRGB8_ALPHA8, {128, 64, 0}},
-        {GL_RGBA16F, {188, 137, 0}}, // 0.502 and 0.251 of the light, encoded
+        {GL_RGBA16F, {188, 137, 0}}, // these are 0.502 and 0.251 of the light, encoded
         {GL_RGB10_A2, {188, 137, 0}},
         {GL_RGBA8, {188, 137, 0}}};
     for (const auto& [format, expected] : formats)

@@ -1,5 +1,5 @@
-// The OpenGL of a program that is about to make a session: a connection to the display, a context
-// and something to draw to.
+// The OpenGL of a program before it makes a session: a connection to the display, a context and a
+// drawable.
 #pragma once
 
 #include "Graphics/GlFunctions.h"
@@ -12,19 +12,19 @@ namespace qltxr
 class ProgramContext
 {
 public:
-    /// Current on the calling thread. std::runtime_error without a display.
+    /// The context is current on the calling thread. Throws std::runtime_error without a display.
     ProgramContext();
     ~ProgramContext();
 
-    /// What a session's creation has in its chain; `broken` without the drawable.
+    /// Returns the structure for the chain of xrCreateSession. With `broken` it has no drawable.
     const void* Binding(bool broken = false) const;
 
     void MakeCurrent() const;
     void MakeNothingCurrent() const;
     bool IsCurrent() const;
 
-    /// Gives the display's monitor the identification data of the headset's panel, or takes them
-    /// away; false where the display has no monitors. Its size in pixels.
+    /// Gives the display's monitor the identification data of the headset's panel, or removes them.
+    /// Also gives the monitor's size in pixels. Returns false when the display has no monitors.
     bool SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned& height) const;
 
     GlFunctions gl;

@@ -1,4 +1,4 @@
-// Many lives, several threads, and the costs of a frame, with real graphics.
+// Tests of many sessions, of several threads, and of the costs of a frame, with real graphics.
 #include "GraphicsFixture.h"
 
 #include "fakes/AllocationCounter.h"
@@ -13,7 +13,7 @@ namespace qltxr
 namespace
 {
 
-/// A sanitizer has fewer rounds, and the long form of a test has more.
+/// A sanitizer has fewer rounds, and the long form of a test has more rounds.
 int Rounds(int usual)
 {
     const char* percent = std::getenv("QLT_ROUNDS_PERCENT");
@@ -48,11 +48,11 @@ TEST_F(ReliabilityTest, LivesOfSessionsLeaveNothingBehind)
             EXPECT_EQ(DestroySession(session), XR_SUCCESS);
             ASSERT_EQ(CreateGraphical(program.Binding()), XR_SUCCESS);
             Begin();
-            MakeSwapchain(8, 8); // goes with the session
+            MakeSwapchain(8, 8); // the end of the session destroys it
             OneFrame();
         }
     };
-    live(3); // the driver's own first times
+    live(3); // the driver allocates memory in its first sessions
     const std::size_t files = CountOpenHandles();
     const std::size_t threads = CountThreads();
     const std::size_t handles = TheRuntime().handles.Size();
@@ -71,11 +71,12 @@ TEST_F(ReliabilityTest, LivesOfSwapchainsLeaveNothingBehind)
         const ProgramSwapchain one = MakeSwapchain(8, 8);
         highest = std::max(highest, one.textures.back());
         Acquire(one);
-        Release(one); // leaves a fence
+        Release(one); // this leaves a fence
         EXPECT_EQ(DestroySwapchain(one.handle), XR_SUCCESS);
     }
     EXPECT_EQ(TheRuntime().handles.Size(), handles);
-    TheCompositor().TakePicture(); // deletes what was left, and needs one texture itself
+    // This deletes the remaining objects and needs one texture itself.
+    TheCompositor().TakePicture();
     int alive = 0;
     for (GLuint name = 1; name <= highest; ++name)
     {
@@ -84,8 +85,8 @@ TEST_F(ReliabilityTest, LivesOfSwapchainsLeaveNothingBehind)
     EXPECT_LE(alive, 1);
 }
 
-// One thread runs frames, one asks, one makes and destroys, and at last the session goes under all
-// of them. For the thread sanitizer.
+// One thread runs frames, one asks questions, and one makes and destroys objects. At the end the
+// session is destroyed while they run. The test is for the thread sanitizer.
 TEST_F(ReliabilityTest, FramesQuestionsAndDestructionComeFromSeveralThreads)
 {
     ASSERT_EQ(Begin(), XR_SUCCESS);
@@ -177,7 +178,8 @@ TEST_F(ReliabilityTest, AFrameAllocatesNothingOnTheProgramsThread)
     long before = 0;
     for (int i = 0; i < 12; ++i)
     {
-        before = i == 2 ? ThreadAllocationCount() : before; // after the states' events
+        // The events of the states have been sent by then.
+        before = i == 2 ? ThreadAllocationCount() : before;
         WaitFrame(session, nullptr, &state);
         BeginFrame(session, nullptr);
         LocateViews(session, &locate, &viewState, 2, &count, located);

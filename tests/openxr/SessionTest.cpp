@@ -156,7 +156,8 @@ TEST_F(HeadlessTest, TheFrameLoopHasAnOrder)
     ASSERT_EQ(BeginFrame(session, nullptr), XR_SUCCESS);
     EXPECT_EQ(BeginFrame(session, nullptr), XR_ERROR_CALL_ORDER_INVALID);
 
-    // A second frame may be waited for once the first is begun, and then discards it.
+    // The program may wait for a second frame when it has begun the first one. The second frame
+    // then discards the first.
     const XrTime first = state.predictedDisplayTime;
     ASSERT_EQ(WaitFrame(session, nullptr, &state), XR_SUCCESS);
     EXPECT_GT(state.predictedDisplayTime, first);
@@ -165,7 +166,7 @@ TEST_F(HeadlessTest, TheFrameLoopHasAnOrder)
     ASSERT_EQ(WaitFrame(session, nullptr, &state), XR_SUCCESS);
     EXPECT_EQ(BeginFrame(session, nullptr), XR_FRAME_DISCARDED);
 
-    // An error leaves the frame begun.
+    // After an error the frame is still begun.
     EXPECT_EQ(End({}, 0), XR_ERROR_TIME_INVALID);
     EXPECT_EQ(End({nullptr}), XR_ERROR_LAYER_INVALID);
     ASSERT_EQ(WaitFrame(session, nullptr, &state), XR_SUCCESS);
@@ -206,13 +207,13 @@ TEST_F(HeadlessTest, AWaiterWakesWhenTheSessionEnds)
 {
     XrFrameState state{XR_TYPE_FRAME_STATE};
     ASSERT_EQ(WaitFrame(session, nullptr, &state), XR_SUCCESS);
-    std::thread waiter( // for ever, as the frame is not begun
+    std::thread waiter( // this waits without an end, because the frame is not begun
         [this]
         {
             XrFrameState other{XR_TYPE_FRAME_STATE};
             EXPECT_EQ(WaitFrame(session, nullptr, &other), XR_ERROR_HANDLE_INVALID);
         });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // mostly, it waits by then
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // by then the thread probably waits
     EXPECT_EQ(DestroySession(session), XR_SUCCESS);
     waiter.join();
 }

@@ -66,7 +66,7 @@ TEST_F(HeadlessTest, SpacesAreCreatedByTheRules)
               XR_ERROR_VALIDATION_FAILURE);
 }
 
-// The offset of each space is on the right of its own origin.
+// The offset of each space is to the right of its own origin.
 TEST_F(HeadlessTest, SpacesAreLocatedInEachOther)
 {
     const XrSpace local = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_LOCAL);
@@ -74,7 +74,7 @@ TEST_F(HeadlessTest, SpacesAreLocatedInEachOther)
     const XrSpace floor = ReferenceSpace(REFERENCE_SPACE_TYPE_LOCAL_FLOOR);
     const XrSpace view = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_VIEW);
     const float s = std::sqrt(0.5f);
-    const XrPosef turned{{0, s, 0, s}, {1, 2, 3}}; // 90 degrees to the left
+    const XrPosef turned{{0, s, 0, s}, {1, 2, 3}}; // this turns 90 degrees to the left
     const XrSpace moved = ReferenceSpace(XR_REFERENCE_SPACE_TYPE_LOCAL, turned);
 
     XrSpaceVelocity velocity{XR_TYPE_SPACE_VELOCITY};
@@ -82,7 +82,8 @@ TEST_F(HeadlessTest, SpacesAreLocatedInEachOther)
     EXPECT_EQ(LocateSpace(local, stage, 0, &location), XR_ERROR_TIME_INVALID);
     ASSERT_EQ(LocateSpace(local, stage, 1, &location), XR_SUCCESS);
     EXPECT_EQ(location.locationFlags, VALID | TRACKED);
-    ExpectPlace(location.pose, 0.0f, 1.625f, 0.0f); // 1.55 m to the neck, 0.075 m to the eyes
+    // The neck is 1.55 m high, and the eyes are 0.075 m above it.
+    ExpectPlace(location.pose, 0.0f, 1.625f, 0.0f);
     ASSERT_EQ(LocateSpace(stage, floor, SOME_TIME, &location), XR_SUCCESS);
     ExpectPlace(location.pose, 0.0f, 0.0f, 0.0f);
     ASSERT_EQ(LocateSpace(local, moved, SOME_TIME, &location), XR_SUCCESS);
@@ -128,7 +129,7 @@ TEST_F(HeadlessTest, ViewsAreTheEyesOfTheHead)
               XR_ERROR_VIEW_CONFIGURATION_TYPE_UNSUPPORTED);
 }
 
-// A head that faces left, with its neck behind and below the eyes.
+// The head faces left. The neck is behind and below the eyes.
 TEST(SpacesTest, TheHeadTurnsAboutTheNeckAndItsVelocityIsInTheAxesOfTheBase)
 {
     const Person person{0.06, 0.1, 0.2, 1.6};
@@ -142,7 +143,8 @@ TEST(SpacesTest, TheHeadTurnsAboutTheNeckAndItsVelocityIsInTheAxesOfTheBase)
     EXPECT_NEAR(velocity.angularVelocity.z, 2.0f, 1e-6f);
     EXPECT_EQ(location.locationFlags, VALID | XR_SPACE_LOCATION_ORIENTATION_TRACKED_BIT);
 
-    // Seen from the head, the world turns the other way; its z is the head's right.
+    // In the axes of the head, the world turns in the opposite direction. Its z axis points to the
+    // right of the head.
     Locate(local, view, head, person, location, &velocity);
     EXPECT_NEAR(velocity.angularVelocity.x, 2.0f, 1e-6f);
     EXPECT_NEAR(velocity.angularVelocity.z, 0.0f, 1e-6f);
@@ -168,7 +170,7 @@ std::array<double, 3> Map(const Homography& h, double x, double y)
 
 } // namespace
 
-// The expected tangents are those of angles that are added up by hand.
+// The expected tangents come from angles that were added by hand.
 TEST(ReprojectionTest, APictureStaysWhereItIsInTheWorld)
 {
     const double deg = std::acos(-1.0) / 180.0;
@@ -181,13 +183,14 @@ TEST(ReprojectionTest, APictureStaysWhereItIsInTheWorld)
     ASSERT_TRUE(PictureOf(layer, 0, {{}, person}, h));
     EXPECT_NEAR(Map(h, std::tan(0.2), 0.0)[0], expected(0.2), 1e-6);
 
-    // The head looks 10 degrees to the left: what is straight ahead of it was 10 degrees left.
+    // The head looks 10 degrees to the left, so its forward direction was 10 degrees to the left
+    // before.
     const Viewer turned{{About({0, 1, 0}, 10.0), {}}, person};
     ASSERT_TRUE(PictureOf(layer, 1, turned, h));
     EXPECT_NEAR(Map(h, 0.0, 0.0)[0], expected(-10.0 * deg), 1e-6);
     EXPECT_NEAR(Map(h, std::tan(25.0 * deg), 0.0)[0], expected(15.0 * deg), 1e-6);
 
-    // A layer of the head's own space does not move, and one behind the head is not to be seen.
+    // A layer in the space of the head does not move, and a layer behind the head is not visible.
     layer.space.type = XR_REFERENCE_SPACE_TYPE_VIEW;
     ASSERT_TRUE(PictureOf(layer, 1, turned, h));
     EXPECT_NEAR(Map(h, 0.0, 0.0)[0], expected(0.0), 1e-6);
@@ -206,10 +209,12 @@ TEST(ReprojectionTest, AQuadIsSeenFromItsFrontAndByTheEyesItIsFor)
     const Viewer viewer{{}, person};
     Homography h{};
     ASSERT_TRUE(PictureOf(quad, 0, viewer, h));
-    // Straight ahead meets the quad half a metre left and a quarter below its middle.
+    // The forward direction meets the quad half a metre to the left of its middle and a quarter
+    // below it.
     EXPECT_NEAR(Map(h, 0.0, 0.0)[0], 0.25, 1e-6);
     EXPECT_NEAR(Map(h, 0.0, 0.0)[1], 0.25, 1e-6);
-    EXPECT_NEAR(Map(h, 0.75, 0.375)[0], 1.0, 1e-6); // its upper right corner at (1.5, 0.75, -2)
+    // The upper right corner of the quad is at (1.5, 0.75, -2).
+    EXPECT_NEAR(Map(h, 0.75, 0.375)[0], 1.0, 1e-6);
     EXPECT_NEAR(Map(h, 0.75, 0.375)[1], 1.0, 1e-6);
     quad.eyes = XR_EYE_VISIBILITY_RIGHT;
     EXPECT_FALSE(PictureOf(quad, 0, viewer, h));

@@ -39,8 +39,8 @@ class OpenXrTest(unittest.TestCase):
         return run.stdout + run.stderr
 
     def hello(self, *options, **environment):
-        """hello_xr on the runtime, which ends by itself only when it is asked to. It would end at the
-        end of its input."""
+        """Starts hello_xr on the runtime. It ends when the runtime asks it to exit, and also at the end of
+        its input."""
         program = [*XVFB, "env", f"LD_PRELOAD={VIDMODE}", *(f"{n}={v}" for n, v in environment.items()),
                    QLT, "openxr", "run", *options, "hello_xr", "-g", "OpenGL"]
         process = subprocess.Popen(program, env=self.environment, text=True, stdin=subprocess.PIPE,
@@ -65,7 +65,7 @@ class OpenXrTest(unittest.TestCase):
                              "--frames", "40", "--mirror", "640x360",
                              XR_ENABLE_API_LAYERS="XR_APILAYER_LUNARG_core_validation",
                              XR_CORE_VALIDATION_EXPORT_TYPE="text")
-        while process.poll() is None:  # without the end of its input
+        while process.poll() is None:  # the input must not end
             time.sleep(0.1)
         said = process.stdout.read()
         self.assertEqual(process.returncode, 0, said)
@@ -74,7 +74,8 @@ class OpenXrTest(unittest.TestCase):
         self.assertIn("XR_SESSION_STATE_EXITING", said)
         plain = subprocess.run(["pngtopnm", png], check=True, capture_output=True).stdout
         pixels = plain.split(b"\n", 3)[3]
-        # The program's background, in linear light, and black outside of the lenses.
+        # The picture shows the program's background in linear light, and it is black outside the
+        # lenses.
         background = bytes([119, 151, 151])
         ground = sum(pixels[i:i + 3] == background for i in range(0, len(pixels), 3))
         self.assertGreater(ground, 0.4 * 640 * 360)
@@ -109,7 +110,7 @@ class OpenXrTest(unittest.TestCase):
             shutil.copy(library, place / "lib", follow_symlinks=False)
         manifest = shutil.copy(build / "share/openxr/1/openxr_quelta.json", place / "share/openxr/1")
         self.assertFalse(json.load(open(manifest))["runtime"]["library_path"].startswith("/"))
-        # The build's own libraries are out of reach, as those of an installed package are.
+        # The program cannot find the build's own libraries, as with an installed package.
         library = place / "lib/libquelta_openxr.so"
         self.environment["XR_RUNTIME_JSON"] = manifest
         self.environment["LD_LIBRARY_PATH"] = str(place / "lib")

@@ -73,7 +73,7 @@ void CaptureEncoder::Write(const Post& post)
         WriteJson(mImageChannel, ImageChannel(), logTimeNs);
         break;
     default:
-        // After a reconnection the headset's clock is a new one.
+        // The headset's clock restarts when the headset connects again.
         mAnchored = mAnchored && post.name != "connected";
         AppendField(mJson, "event", post.name);
         AppendField(mJson, "detail", post.text);
@@ -82,14 +82,15 @@ void CaptureEncoder::Write(const Post& post)
     }
 }
 
-/// The sum is modulo 2^64, so a reader can always restore the host time.
+/// The sum is modulo 2^64, so a reader can always compute the host time from it.
 std::uint64_t CaptureEncoder::LogTime(std::int64_t hostTimeNs) const
 {
     return mClocks.wallNs +
            (static_cast<std::uint64_t>(hostTimeNs) - static_cast<std::uint64_t>(mClocks.steadyNs));
 }
 
-/// The headset's clock with an offset, so that it agrees with the log time at the first report.
+/// Returns the headset's clock with an offset. With this offset it equals the log time at the first
+/// report.
 std::uint64_t CaptureEncoder::PublishTime(std::int64_t deviceTimeUs, std::uint64_t logTimeNs)
 {
     if (!mAnchored)

@@ -9,7 +9,7 @@
 namespace qltkit
 {
 
-/// One moment by two clocks.
+/// The same moment by two clocks.
 struct ClockPair
 {
     std::int64_t steadyNs = 0;
@@ -34,7 +34,7 @@ private:
     McapWriter& mMcap;
     const ClockPair mClocks;
     const std::uint16_t mReportChannel;
-    std::uint16_t mEventChannel = 0; // 0 until the first message for it
+    std::uint16_t mEventChannel = 0; // 0 until the first message of its kind
     std::uint16_t mLogChannel = 0;
     std::uint16_t mImageChannel = 0;
     DeviceTime mDeviceTime;

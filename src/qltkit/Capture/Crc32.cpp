@@ -89,7 +89,7 @@ std::optional<std::uint64_t> DamagedByte(std::uint32_t found, std::uint32_t expe
             return size + i;
         }
     }
-    // The CRC is linear. So the bytes after a damaged byte change the difference as if they were
+    // The CRC is linear, so the bytes after a damaged byte change the difference as if they were
     // zero. Go back byte by byte until a single byte explains the whole difference.
     for (std::uint64_t i = size; i-- > 0;)
     {

@@ -6,7 +6,7 @@
 namespace qltkit
 {
 
-/// Whether the system reserves the name for a device or a pipe.
+/// True when the system reserves the name for a device or a pipe.
 bool IsDeviceName(const std::filesystem::path& path);
 
 } // namespace qltkit

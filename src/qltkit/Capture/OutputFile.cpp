@@ -80,7 +80,7 @@ void OutputFile::OpenTemporary()
     const fs::file_status status = fs::status(mPath, error);
     if (fs::exists(status))
     {
-        // A file that may not be written may not be replaced, either.
+        // A file must not be replaced when it must not be written.
         std::FILE* old = std::fopen(mPath.string().c_str(), "r+b");
         if (old == nullptr)
         {

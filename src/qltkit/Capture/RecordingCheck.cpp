@@ -94,7 +94,8 @@ private:
         }
     }
 
-    /// How many bytes late the reports begin from this one on; 0 when no shift makes sense of them.
+    /// Returns the number of bytes by which the reports from this one on begin too late. 0 when no
+    /// shift gives plausible reports.
     std::size_t FindShift(std::size_t i)
     {
         constexpr std::size_t MAX_TRIES = 16; // other files have a jump at every report
@@ -109,11 +110,13 @@ private:
         return shift % qlt::SENSOR_REPORT_SIZE;
     }
 
-    /// Whether reports that begin so many bytes after this one go on for some steps.
+    /// True when the reports that begin `shift` bytes after this one continue plausibly for some
+    /// steps.
     bool GoesOn(std::size_t i, std::size_t shift) const
     {
         constexpr std::size_t ENOUGH = 8;
-        // Two bytes off, the sequence would count by 65536 and the time with it.
+        // When the shift is wrong by two bytes, sequence and time both step 65536 times too far.
+        // Such steps agree with each other, so limit them.
         constexpr std::int32_t MAX_REPORTS = 100;
         const std::uint8_t* bytes = mReports[i].data() + shift;
         for (std::size_t step = 0; step < std::min(mReports.size() - i - 2, ENOUGH); ++step)

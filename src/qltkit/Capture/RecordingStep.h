@@ -8,12 +8,13 @@
 namespace qltkit
 {
 
-/// Bounds of a step, for each report that it counts: the clocks of devices and hosts are not exact.
+/// The limits of a step per report. They are wide, because the clocks of devices and hosts are not
+/// exact.
 constexpr std::int64_t MIN_STEP_US = 250;
 constexpr std::int64_t MAX_STEP_US = 4000;
 constexpr std::int64_t MAX_PAUSE_US = 10000000;
 
-/// Modulo 2^32, so a small step back is negative.
+/// Both differences are modulo 2^32, so a small step back is negative.
 struct RecordingStep
 {
     std::int32_t reports;
@@ -31,7 +32,7 @@ inline std::uint32_t DeviceTimeUs(const qlt::SensorReport& report)
     return ReadU32(report.data() + 4);
 }
 
-/// Of reports that begin at these bytes.
+/// Returns the step between the reports that begin at these bytes.
 inline RecordingStep StepFrom(const std::uint8_t* before, const std::uint8_t* after)
 {
     return {static_cast<std::int32_t>(ReadU32(after) - ReadU32(before)),
@@ -43,8 +44,8 @@ inline RecordingStep StepBetween(const qlt::SensorReport& before, const qlt::Sen
     return StepFrom(before.data(), after.data());
 }
 
-/// Whether the step goes on in sequence and time at the headset's rate. Lost reports and a pause of
-/// some seconds are plausible.
+/// True when sequence and time continue at the headset's rate. Lost reports and a pause of some
+/// seconds are plausible.
 inline bool IsPlausible(const RecordingStep& step)
 {
     return step.reports > 0 && step.timeUs >= MIN_STEP_US * step.reports &&

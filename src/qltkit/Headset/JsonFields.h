@@ -49,7 +49,7 @@ public:
     /// An object in the list of `field`.
     JsonFields Item(const std::string& field, std::size_t index);
 
-    /// Throws Error for a field that nobody has asked for.
+    /// Throws Error when the object has a field that no call has read.
     void RefuseOthers() const;
 
     [[noreturn]] void Fail(const std::string& field, const std::string& text) const;

@@ -174,7 +174,7 @@ bool LooksLikeATurn(const RestState& rest)
     return rest.known && Dot(off, off) > limit;
 }
 
-/// Handles a supposed turn that lasts too long: the bias has changed.
+/// Handles a turn that lasts too long. It was a change of the bias.
 void ForgetBias(OrientationState& state)
 {
     for (int i = BIAS; i < VELOCITY; ++i)

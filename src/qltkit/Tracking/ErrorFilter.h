@@ -26,7 +26,7 @@ void FilterStep(OrientationState& state, bool atRest);
 /// length of at most 1.
 void WidenAngle(OrientationState& state, const Vector3& axis, double deviation);
 
-/// Does the same about every axis.
+/// Adds `deviation`^2 (rad^2) to the variance of the angle about every axis.
 void WidenAngle(OrientationState& state, double deviation);
 
 /// Adds `deviation`^2 ((m/s)^2) to the variance of the horizontal velocity along `axis`.

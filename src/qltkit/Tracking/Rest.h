@@ -1,4 +1,5 @@
-// Rest detection and temperature: the knowledge about the gyroscope's bias outside the filter.
+// Detects rest, and follows the temperature. Both change the knowledge about the gyroscope's bias
+// outside the filter.
 #pragma once
 
 #include <qltkit/Tracking/OrientationState.h>

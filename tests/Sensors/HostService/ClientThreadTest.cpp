@@ -136,7 +136,7 @@ TEST_F(ClientThreadTest, ASceneLivesAsLongAsItIsRead)
     EXPECT_EQ(Calls("Scene_destroy"), "");
     EXPECT_TRUE(held->GetCurrentDescriptor().has_value());
     descriptor->holder.GiveBack();
-    descriptor->holder.GiveBack(); // once is enough
+    descriptor->holder.GiveBack(); // the second call does nothing
     held.reset();
     EXPECT_EQ(Calls("Scene_destroy"), "DeviceScene_destroy ");
 }
@@ -166,7 +166,8 @@ TEST_F(ClientThreadTest, AManagerThatIsNotCreatedIsReported)
     EXPECT_EQ(FailureOf(create),
               std::to_string(VR_STATUS_ERROR_NOT_SUPPORTED) + " Cannot create the client manage");
     service.complete = true;
-    script.Fail("VRHostClientManager_create", 77); // outside the list, and kept
+    // This code is not in the list, and the exception keeps it.
+    script.Fail("VRHostClientManager_create", 77);
     EXPECT_EQ(FailureOf(create), "77 Cannot create the client manage");
 }
 

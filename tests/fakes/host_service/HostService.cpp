@@ -252,7 +252,7 @@ private:
 
     mutable std::mutex mMutex;
     bool mAutomatic = true;
-    // Whether it announces everything by itself.
+    // The first notifications of each source when the service announces everything by itself.
     const std::vector<std::uint32_t> mFirstNews[KINDS] = {{4}, {1}, {7, 12}};
     Handle mLastHandle = 0x100000000; // more than 32 bits, so that a truncated handle is wrong
     std::array<Handle, KINDS> mSignals{};

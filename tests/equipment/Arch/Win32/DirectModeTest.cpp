@@ -18,7 +18,7 @@ namespace
 
 using Microsoft::WRL::ComPtr;
 
-/// Whether the display is waiting for a frame.
+/// Returns true when the display waits for a frame.
 bool IsWanted(HANDLE frameEvent) { return WaitForSingleObject(frameEvent, 0) == WAIT_OBJECT_0; }
 
 /// Makes one allocation of the shipped library fail. It replaces the `malloc` under operator new.

@@ -27,7 +27,7 @@ public:
     /// The size that SetTransferSize has sent to the driver.
     std::uint32_t TransferSize();
 
-    /// Whether devices that are plugged in later send their descriptors.
+    /// True when devices that are plugged in later send their descriptors.
     bool answers = true;
 
 private:

@@ -76,7 +76,7 @@ Pipe* FindPipe(Device& device, UCHAR address)
     return nullptr;
 }
 
-/// Whether every byte of two headers is the same.
+/// Returns true when all bytes of two headers are equal.
 bool AreEqual(const Header& one, const Header& other)
 {
     return RtlCompareMemory(&one, &other, sizeof one) == sizeof one;

@@ -97,7 +97,8 @@ bool ProgramContext::SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned
     {
         return false;
     }
-    // 128 bytes, of which two name the manufacturer: "QLT", five bits for each letter.
+    // The block has 128 bytes. Two of them name the manufacturer "QLT" with five bits for each
+    // letter.
     unsigned char edid[128] = {0x00, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0x00, 0x45, 0x94};
     const Atom name = XInternAtom(display, "EDID", False);
     isHeadset ? XRRChangeOutputProperty(display, resources->outputs[0], name, XA_INTEGER, 8,

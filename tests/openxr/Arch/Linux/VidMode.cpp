@@ -1,5 +1,5 @@
-// Stands in for the X server's extension of video modes, which Xvfb does not have and hello_xr does
-// not do without: one mode, and success for everything. Preloaded.
+// Replaces the X server's extension of video modes. Xvfb does not have this extension, and hello_xr
+// needs it. It has one mode and accepts everything. The test preloads it.
 #include <cstdlib>
 
 namespace
@@ -8,7 +8,7 @@ namespace
 struct Mode
 {
     unsigned dotClock;
-    unsigned short horizontal[5]; // shown, and what the synchronisation needs
+    unsigned short horizontal[5]; // the visible pixels, and the times of the synchronisation
     unsigned short vertical[4];
     unsigned flags;
     int privateSize;
@@ -20,7 +20,7 @@ struct Mode
 extern "C" __attribute__((visibility("default"))) int
 XF86VidModeGetAllModeLines(void*, int, int* count, Mode*** modes)
 {
-    // In one block, which the caller gives back with free.
+    // The result is one block, because the caller calls free only once.
     *modes = static_cast<Mode**>(std::calloc(1, sizeof(Mode*) + sizeof(Mode)));
     (*modes)[0] = reinterpret_cast<Mode*>(*modes + 1);
     (*modes)[0]->horizontal[0] = 1280;

@@ -3,7 +3,7 @@
 namespace qltkit
 {
 
-// The kernel provides the files in these folders; some are other names of open files.
+// The kernel provides the files in these folders. Some of them are other names of open files.
 bool IsDeviceName(const std::filesystem::path& path)
 {
     const std::string name = std::filesystem::absolute(path).lexically_normal().string();

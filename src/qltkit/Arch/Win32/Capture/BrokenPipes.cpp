@@ -3,6 +3,6 @@
 namespace qltkit
 {
 
-void LetWritesToBrokenPipesFail() {} // they always fail on Windows
+void LetWritesToBrokenPipesFail() {} // such writes always fail on Windows
 
 } // namespace qltkit

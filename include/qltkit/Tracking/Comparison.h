@@ -20,41 +20,41 @@
 namespace qltkit
 {
 
-/// What was recorded. All three vectors have one element for each report.
+/// A recording with its truth. The first three vectors have one element for each report.
 struct ComparisonInput
 {
-    /// A measured orientation at the time of a report, which counts from 0. Its heading has a zero
-    /// of its own.
+    /// The measured orientation at the time of a report. Reports count from 0. The heading may have
+    /// any zero.
     struct Truth
     {
         std::size_t report = 0;
-        bool valid = false; // else nothing was measured
+        bool valid = false; // false: nothing was measured
         Rotation orientation;
     };
 
     std::vector<qlt::SensorReport> reports;
-    std::vector<std::int64_t> timesUs; // never falling
+    std::vector<std::int64_t> timesUs; // must not decrease
     std::vector<qlt::Quaternion> core; // the core's orientation after each report
-    std::vector<Truth> truth;          // reports ascending; empty for none
-    double lagSeconds = 0.0;           // the reports are this much later than the truth
+    std::vector<Truth> truth;          // in the order of the reports; may be empty
+    double lagSeconds = 0.0;           // how much later than the truth the reports are
 };
 
 struct Comparison
 {
-    /// Angles are degrees. A difference between two filters or to the truth is one of these.
+    /// The curves over time. Angles are in degrees.
     enum Track : std::size_t
     {
-        InclinationCore, // error against the truth
+        InclinationCore, // the error against the truth
         InclinationKit,
-        Difference,  // of the two inclinations
-        HeadingCore, // its error with a truth, else the heading; both begin at zero
+        Difference,  // between the two inclinations
+        HeadingCore, // with a truth its error, otherwise the heading itself; begins at zero
         HeadingKit,
-        AccelerationCore, // of the head, without gravity, m/s^2: what the orientation makes of it
+        AccelerationCore, // of the head without gravity, in m/s^2
         AccelerationKit,
-        BiasX, // of the gyroscope, degrees a second; the core knows none
+        BiasX, // of the gyroscope in degrees per second, as the kit estimates it
         BiasY,
         BiasZ,
-        PredictionCore, // error of the orientation predicted for 20 ms ahead; the core holds it
+        PredictionCore, // the error of the prediction for 20 ms; the core predicts no motion
         PredictionKit,
         TRACKS,
     };
@@ -66,7 +66,7 @@ struct Comparison
         Lost, // reports are missing, or nothing came for more than 50 ms
     };
 
-    /// Stretches of one mark that are too close to be drawn apart are one.
+    /// Stretches of one mark that are too close to be drawn apart are merged.
     struct Stretch
     {
         Mark mark = Mark::Lost;
@@ -81,7 +81,7 @@ struct Comparison
         double value = 0.0;
     };
 
-    /// Degrees; NaN where nothing could be compared.
+    /// In degrees. NaN when nothing could be compared.
     struct Figures
     {
         double inclinationRms = std::numeric_limits<double>::quiet_NaN();
@@ -94,23 +94,24 @@ struct Comparison
     double seconds = 0.0; // from the first report to the last
     bool hasTruth = false;
 
-    /// Point i of a track is at i * stepSeconds. Points come in pairs, and each pair has the
-    /// smallest and the largest value of its time in the order in which they came. NaN where there
-    /// was none.
+    /// Point i of a track is at i * stepSeconds. Points 2i and 2i + 1 are the smallest and the
+    /// largest value of their interval, in the order in which they came. They are NaN when there
+    /// was no value.
     double stepSeconds = 0.0;
     std::array<std::vector<float>, TRACKS> tracks;
 
     std::vector<Stretch> stretches; // by mark, then by time
-    std::vector<Moment> worst;      // by track, largest first, two seconds apart at least
+    std::vector<Moment> worst;      // by track, largest first, at least two seconds apart
     Figures core;
     Figures kit;
     double differenceRms = std::numeric_limits<double>::quiet_NaN();
     SampleCounts counts; // as the kit's estimator counted
 };
 
-/// Compares. `mostPoints` bounds the points of a track (rounded to pairs, two at least), of which
-/// none stands for less than 2 ms. Error when the input's vectors do not fit each other, a time
-/// falls, or a row of the truth is out of order or belongs to no report. Any thread.
+/// Compares the two filters on a recording. A track has at most `mostPoints` points, rounded to
+/// pairs and at least two. No point stands for less than 2 ms. Throws Error when the vectors of the
+/// input do not fit each other, when a time decreases, or when a row of the truth is out of order
+/// or belongs to no report. Any thread.
 QLTKIT_API Comparison CompareFilters(const ComparisonInput& input, std::size_t mostPoints = 24000);
 
 } // namespace qltkit

@@ -1,4 +1,5 @@
-// The smallest and the largest value of each short time, for drawing what is too long to be drawn.
+// Reduces a long series to the smallest and the largest value of each short interval, so that it
+// can be drawn.
 #pragma once
 
 #include <cstddef>
@@ -10,21 +11,22 @@ namespace qltkit
 class Envelope
 {
 public:
-    /// Takes nothing.
+    /// An envelope without intervals. Add must not be called.
     Envelope() = default;
 
-    /// `pairs` times of `pairSeconds` each, the first from 0 on. At least one.
+    /// Covers `pairs` intervals of `pairSeconds` each. The first interval begins at 0. `pairs` is
+    /// at least 1.
     Envelope(std::size_t pairs, double pairSeconds)
         : mPairSeconds(pairSeconds)
         , mExtremes(pairs)
     {
     }
 
-    /// A value at a time, which never falls. A NaN is left out.
+    /// Adds a value. The times must not decrease. A NaN is ignored.
     void Add(double seconds, double value);
 
-    /// Two points for each pair, in the order in which they came. Holes of up to `holdSeconds` are
-    /// filled with the last value before; the others are NaN.
+    /// Returns two points for each interval, in the order in which they came. A hole of up to
+    /// `holdSeconds` is filled with the last value before it. Longer holes are NaN.
     std::vector<float> Points(double holdSeconds) const;
 
 private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace qltkit
 {
@@ -31,8 +32,9 @@ void Peaks::Add(double seconds, double value)
 std::vector<Peak> Peaks::Largest(std::size_t count) const
 {
     std::vector<Peak> sorted = mOfSeconds;
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](const Peak& a, const Peak& b) { return a.value > b.value; });
+    std::sort(sorted.begin(), sorted.end(),
+              [](const Peak& a, const Peak& b)
+              { return std::tie(b.value, a.seconds) < std::tie(a.value, b.seconds); });
     std::vector<Peak> largest;
     for (const Peak& peak : sorted)
     {

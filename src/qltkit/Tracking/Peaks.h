@@ -1,4 +1,4 @@
-// The largest values of a series, a little apart from each other.
+// Finds the largest values of a series. The values found are some time apart.
 #pragma once
 
 #include <cstddef>
@@ -16,14 +16,14 @@ struct Peak
 class Peaks
 {
 public:
-    /// A value at a time, which never falls. A NaN is left out.
+    /// Adds a value. The times must not decrease. A NaN is ignored.
     void Add(double seconds, double value);
 
-    /// At most so many, largest first, two seconds apart at least.
+    /// Returns at most `count` peaks, the largest first. They are at least two seconds apart.
     std::vector<Peak> Largest(std::size_t count) const;
 
 private:
-    std::vector<Peak> mOfSeconds; // one of each second that has a value
+    std::vector<Peak> mOfSeconds; // the largest value of each second
 };
 
 } // namespace qltkit

@@ -1,4 +1,4 @@
-// How far predictions are from what came.
+// Compares predictions with the orientations that came later.
 #pragma once
 
 #include <qltkit/Tracking/Rotation.h>
@@ -17,13 +17,14 @@ public:
     {
     }
 
-    /// The orientation at a time that does not fall, and what is predicted there for later. The
-    /// angle, in degrees, to what was predicted for this time; NaN where that is not known, after a
-    /// pause for one. Only what was predicted after `fromUs` counts in the root mean square.
+    /// Adds the orientation at `timeUs`, and the prediction made at this time. The times must not
+    /// decrease. Returns the angle in degrees between `orientation` and the earlier prediction for
+    /// this time. The result is NaN when there is no such prediction, for example after a pause.
+    /// The root mean square covers the predictions that were made at `fromUs` or later.
     double Add(std::int64_t timeUs, const Rotation& orientation, const Rotation& predicted,
                std::int64_t fromUs);
 
-    /// Degrees; NaN before anything was compared.
+    /// The root mean square in degrees. NaN before the first comparison.
     double Rms() const;
 
 private:

@@ -1,4 +1,4 @@
-// How far the orientations of a filter are from measured ones.
+// Compares the orientations of a filter with measured orientations.
 #pragma once
 
 #include <qltkit/Tracking/Rotation.h>
@@ -11,23 +11,24 @@ namespace qltkit
 class TruthCheck
 {
 public:
-    /// Degrees. The heading's error is 0 at the first comparison and has no jumps of a turn.
+    /// In degrees. The error of the heading is 0 at the first comparison. It is unwrapped, so it
+    /// has no jumps of 360 degrees.
     struct Errors
     {
         double inclination = 0.0;
         double heading = 0.0;
     };
 
-    /// Compares at a time; `counts` says whether the figures have it, too.
+    /// Compares the orientations of one moment. The figures include it when `counts` is set.
     Errors Compare(std::int64_t timeUs, const Rotation& orientation, const Rotation& truth,
                    bool counts);
 
-    /// Degrees; NaN before anything counted.
+    /// In degrees. Both are NaN before the first comparison that counts.
     double InclinationRms() const;
     double InclinationMost() const;
 
-    /// The slope of the straight line through the heading's error, degrees per minute; NaN before
-    /// two times counted.
+    /// The slope of the straight line through the error of the heading, in degrees per minute. NaN
+    /// before two comparisons count.
     double DriftPerMinute() const;
 
 private:
@@ -38,7 +39,7 @@ private:
     double mMost = 0.0;
     double mSquares = 0.0;
 
-    // Of what counted: how many, and sums of minutes, headings and their products.
+    // The number of comparisons that count, and sums over them.
     double mCount = 0.0;
     double mMinutes = 0.0;
     double mHeadings = 0.0;

@@ -31,7 +31,6 @@
 #include <qltkit/Headset/SoftwareHeadset.h>
 #include <qltkit/Headset/Source.h>
 #include <qltkit/Tracking/ClockFit.h>
-#include <qltkit/Tracking/Comparison.h>
 #include <qltkit/Tracking/HeadTracker.h>
 #include <qltkit/Tracking/ImuSample.h>
 #include <qltkit/Tracking/OrientationEstimator.h>
@@ -39,5 +38,6 @@
 #include <qltkit/Tracking/Pose.h>
 #include <qltkit/Tracking/PredictionTerms.h>
 #include <qltkit/Tracking/Predictor.h>
+#include <qltkit/Tracking/Replay.h>
 #include <qltkit/Tracking/Rotation.h>
 #include <qltkit/Tracking/TrackerEvent.h>

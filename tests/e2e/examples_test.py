@@ -15,8 +15,9 @@ import subprocess
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
-def lines_of(program, arguments):
-    done = subprocess.run([*shlex.split(arguments.emulator), pathlib.Path(arguments.folder, program)],
+def lines_of(program, arguments, *options):
+    program = pathlib.Path(arguments.folder, program)
+    done = subprocess.run([*shlex.split(arguments.emulator), program, *options],
                           capture_output=True, text=True, timeout=60, check=False,
                           stdin=subprocess.DEVNULL)
     assert done.returncode == 0 and not done.stderr, \
@@ -45,6 +46,20 @@ def hello_flat(arguments):
         assert line.startswith(f"{index}: {corners[index]} "), line
 
 
+def hello_kit(arguments):
+    """The head turns by 90 degrees to the left within the second, from rest to rest."""
+    script = pathlib.Path(arguments.folder, "hello_kit.json")
+    script.write_text('{"motion": {"kind": "angles", "points": [{"at": 0}, {"at": 1, "yaw": 90}]}}')
+    lines = lines_of("hello_kit", arguments, script)
+    assert len(lines) == 10, lines
+    for tenth, line in enumerate(lines, 1):
+        seconds = tenth / 10.0
+        half = math.radians(45.0) * (3.0 - 2.0 * seconds) * seconds * seconds
+        time, _, *found = line.split()
+        turned = (math.cos(half), 0.0, math.sin(half), 0.0)
+        assert time == str(seconds) and all(abs(float(a) - b) < 0.01 for a, b in zip(found, turned)), line
+
+
 def readme(_):
     program = (ROOT / "examples/hello_tracker.cpp").read_text(encoding="utf-8")
     shown = (ROOT / "README.md").read_text(encoding="utf-8")
@@ -55,7 +70,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--emulator", default="")
     parser.add_argument("folder")
-    cases = {case.__name__: case for case in (hello_tracker, hello_flat, readme)}
+    cases = {case.__name__: case for case in (hello_tracker, hello_flat, hello_kit, readme)}
     parser.add_argument("case", choices=cases)
     arguments = parser.parse_args()
     cases[arguments.case](arguments)

@@ -1,4 +1,4 @@
-// Records failed preconditions while it exists. They are not printed.
+// While it lives, it records failed preconditions instead of printing them.
 #pragma once
 
 #include <mutex>

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace qltkit
 {
@@ -105,5 +106,12 @@ private:
 
     const std::unique_ptr<Impl> mImpl;
 };
+
+/// Makes a headset from a file: from a script when its name ends in ".json", and otherwise from the
+/// reports of a recording as LoadRecording reads it. Throws Error when the file cannot be read. Any
+/// thread.
+QLTKIT_API std::unique_ptr<ScriptedHeadset>
+OpenScriptedHeadset(const std::string& file,
+                    ScriptedHeadset::Pace pace = ScriptedHeadset::Pace::RealTime);
 
 } // namespace qltkit

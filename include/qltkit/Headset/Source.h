@@ -27,6 +27,8 @@ public:
 ///
 /// - "headset" is the machine's own USB. The headset may be plugged in later.
 /// - "simulator" is a headset in software. It moves its head and sends a report each millisecond.
+/// - A name that ends in .json, .mcap or .bin is a file, which OpenScriptedHeadset opens. The
+///   headset does in real time what the file says. Error also when the file cannot be read.
 QLTKIT_API std::unique_ptr<Source> OpenSource(const std::string& name);
 
 /// Makes a source from a host and the machine's clock. `host` must outlive the source. Close does

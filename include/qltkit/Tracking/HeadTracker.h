@@ -110,6 +110,12 @@ public:
     /// returns false.
     bool Recentre() noexcept;
 
+    /// Returns the oldest pose that PollPose has not returned yet, or nothing when there is none.
+    /// There is one pose for each report, except for a report that repeats the one before. The
+    /// tracker keeps the last 2032 poses; `Pose::reportNumber` shows whether older ones were lost.
+    /// Calls from several threads share one queue.
+    std::optional<Pose> PollPose();
+
     /// The error of all predictions so far in radians, as a root mean square. It is the angle
     /// between the poses predicted for `seconds` ahead and the poses that were measured later.
     /// `seconds` is clamped to 0 .. 0.1. The result is 0 until a prediction can be compared.

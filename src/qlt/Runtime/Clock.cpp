@@ -31,8 +31,7 @@ Clock::~Clock() = default;
 
 Clock& Clock::System()
 {
-    // It is never deleted, because a leaked tracker may use it.
-    static Clock& clock = *new SystemClock;
+    static Clock& clock = *new SystemClock; // never deleted, because a leaked tracker may use it
     return clock;
 }
 

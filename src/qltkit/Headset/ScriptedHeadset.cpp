@@ -1,5 +1,6 @@
 #include <qltkit/Headset/ScriptedHeadset.h>
 
+#include <qltkit/Capture/Recording.h>
 #include <qltkit/Error.h>
 
 #include "Headset/ScriptPlayer.h"
@@ -86,7 +87,7 @@ private:
     std::condition_variable mChanged;
     ScriptPlayer mPlayer;
     ScriptedRead mNext;   // the result of the next read
-    ScriptedTruth mTruth; // the truth of the last whole report
+    ScriptedTruth mTruth; // of the last whole report
     bool mIsClosed = false;
     bool mIsOver = false;                  // the last read of the script has been made
     std::int64_t mBeginNs = NEVER;         // RealTime: by the machine's clock
@@ -376,5 +377,21 @@ void ScriptedHeadset::Close() { mImpl->Close(); }
 bool ScriptedHeadset::IsOver() const { return mImpl->IsOver(); }
 
 ScriptedTruth ScriptedHeadset::Truth() const { return mImpl->Truth(); }
+
+std::unique_ptr<ScriptedHeadset> OpenScriptedHeadset(const std::string& file,
+                                                     ScriptedHeadset::Pace pace)
+{
+    HeadsetScript script;
+    if (std::filesystem::path(file).extension() == ".json")
+    {
+        script = LoadHeadsetScript(file);
+    }
+    else
+    {
+        script.motion = HeadsetScript::Motion::Recording;
+        script.recording = LoadRecording(file).reports;
+    }
+    return std::make_unique<ScriptedHeadset>(std::move(script), pace);
+}
 
 } // namespace qltkit

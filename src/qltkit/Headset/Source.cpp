@@ -1,8 +1,11 @@
 #include <qltkit/Headset/Source.h>
 
 #include <qltkit/Error.h>
+#include <qltkit/Headset/ScriptedHeadset.h>
 
 #include "Headset/SimulatedSource.h"
+
+#include <filesystem>
 
 namespace qltkit
 {
@@ -67,7 +70,14 @@ std::unique_ptr<Source> OpenSource(const std::string& name)
     {
         return std::make_unique<SimulatedSource>();
     }
-    throw Error("\"" + name + "\" is neither \"headset\" nor \"simulator\"");
+    const std::string ending = std::filesystem::path(name).extension().string();
+    if (ending != ".json" && ending != ".mcap" && ending != ".bin")
+    {
+        throw Error("\"" + name +
+                    "\" is neither \"headset\" nor \"simulator\" nor a file that ends in .json, "
+                    ".mcap or .bin");
+    }
+    return OpenScriptedHeadset(name);
 }
 
 std::unique_ptr<Source> SourceOf(qlt::UsbHost& host)

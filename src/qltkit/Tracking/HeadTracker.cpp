@@ -37,7 +37,7 @@ public:
 
     ~Impl()
     {
-        mEvents.Stop(); // this comes first, because a handler may use every member
+        mEvents.Stop(); // first, because a handler may use every member
         StopWatcher();
         mWriter.Close();
         mSource->Close(); // otherwise the Hmd would wait for a read and for a sleep
@@ -46,6 +46,13 @@ public:
 
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
+
+    std::optional<Pose> PollPose()
+    {
+        const std::lock_guard<std::mutex> lock(mPollMutex);
+        Pose pose;
+        return mHistory.TakeNext(mPolled, pose) ? std::optional(pose) : std::nullopt;
+    }
 
     PoseHistory& History() { return mHistory; }
     const PoseWriter& Writer() const { return mWriter; }
@@ -99,6 +106,8 @@ private:
     std::condition_variable mStopping;
     bool mStopped = false;
     std::thread mWatcher;
+    std::mutex mPollMutex; // guards mPolled
+    std::uint64_t mPolled = 0;
 };
 
 HeadTracker::HeadTracker(const std::string& source, const HeadTrackerOptions& options)
@@ -130,6 +139,8 @@ HeadTracker::~HeadTracker() = default;
 Pose HeadTracker::Latest() const noexcept { return mImpl->History().Latest(); }
 
 Pose HeadTracker::At(std::int64_t timeNs) const noexcept { return mImpl->History().At(timeNs); }
+
+std::optional<Pose> HeadTracker::PollPose() { return mImpl->PollPose(); }
 
 bool HeadTracker::Recentre() noexcept { return mImpl->History().Recentre(); }
 

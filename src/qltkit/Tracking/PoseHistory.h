@@ -53,6 +53,10 @@ public:
     Pose Latest() const noexcept;
     Pose At(std::int64_t timeNs) const noexcept;
 
+    /// Reads the pose with the number `next`, counted from 0, or the oldest pose after it that
+    /// still exists, and moves `next` behind it. Returns false when there is none.
+    bool TakeNext(std::uint64_t& next, Pose& pose) const noexcept;
+
     /// Makes the newest heading the forward direction. Returns false while there is no pose.
     bool Recentre() noexcept;
 

@@ -265,8 +265,7 @@ private:
     std::string mMistakes; // one mark for each
 };
 
-/// The service is never destroyed, because the worker of a tracker that nobody stopped may still
-/// call it.
+/// Never destroyed, because the worker of a tracker that nobody stopped may still call it.
 Service::Locked Host()
 {
     static Service& service = *new Service;

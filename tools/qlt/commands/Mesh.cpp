@@ -160,8 +160,7 @@ private:
     static constexpr double MARGIN = 20.0;
     static constexpr double CAPTION = 20.0;
     static constexpr double LENS_CENTER_X =
-        // The value for the right eye.
-        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X);
+        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X); // of the right eye
     /// The radius of the lens's edge. Its unit is half the width on both axes, so the edge is a
     /// circle in the picture.
     static constexpr double RADIUS =
@@ -252,7 +251,7 @@ private:
 
     const Mesh& mMesh;
     const Options& mOptions;
-    const Point mCenter; // the centre of the lens
+    const Point mCenter; // of the lens
     OutputFile& mFile;
 };
 

@@ -18,8 +18,7 @@ public:
 
 UsbHost& UsbHost::System()
 {
-    // It is never deleted, because a leaked tracker may use it.
-    static UsbHost& host = *new NoUsbHost;
+    static UsbHost& host = *new NoUsbHost; // never deleted, because a leaked tracker may use it
     return host;
 }
 

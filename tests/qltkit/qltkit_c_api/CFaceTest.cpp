@@ -1,0 +1,247 @@
+// The C face gives what the C++ face gives, number for number. The scripts differ in every axis,
+// and every argument differs from its neighbours.
+#include <qltkit/qltkit_c_api.h>
+
+#include <qlt/Runtime/Log.h>
+#include <qlt/Version.h>
+#include <qltkit/qltkit.h>
+
+#include "fakes/FloatBits.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <future>
+#include <thread>
+
+namespace
+{
+
+using qltkit::HeadTracker;
+using qltkit::ScriptedHeadset;
+
+/// A head that turns about all axes for 1.2 s. It is unplugged for 0.1 s, and one gap has three
+/// reports.
+const char* const SCRIPT = R"({"seed": 7, "seconds": 1.2, "clock": {"drift_ppm": 90},
+    "motion": {"kind": "angles", "points": [{"at": 0, "yaw": 20},
+        {"at": 1.2, "yaw": -35, "pitch": 25, "roll": 10}]},
+    "sensors": {"gyroscope": {"noise": 0.1}, "accelerometer": {"bias": [0.1, 0.2, 0.3]}},
+    "events": [{"at": 0.2, "event": "drop", "count": 3}, {"at": 0.5, "event": "unplug"},
+        {"at": 0.6, "event": "plug"}, {"at": 0.7, "event": "sequence_jump", "by": 900}]})";
+
+constexpr ScriptedHeadset::Pace FASTEST = ScriptedHeadset::Pace::Fastest;
+
+/// Deletes the handle that a function has opened.
+template <typename Handle>
+struct Opened
+{
+    explicit Opened(void (*end)(Handle*))
+        : deleter(end)
+    {
+    }
+    ~Opened() { deleter(handle); }
+    Opened(const Opened&) = delete;
+    Opened& operator=(const Opened&) = delete;
+
+    Handle* handle = nullptr;
+    void (*deleter)(Handle*);
+};
+
+/// A tracker of the C face that has come to the end of the script, and all of its samples.
+struct TrackedScript
+{
+    explicit TrackedScript(qltkit_HeadTrackerOptions* options)
+    {
+        EXPECT_EQ(qltkit_ScriptedHeadset_Parse(SCRIPT, QLTKIT_PACE_FASTEST, &headset.handle), 0);
+        EXPECT_EQ(qltkit_HeadTracker_OpenScripted(headset.handle, options, &tracker.handle), 0);
+        qltkit_Sample sample;
+        qltkit_Result result = QLTKIT_OK;
+        while ((result = qltkit_HeadTracker_NextSample(tracker.handle, 10000, &sample)) == 0)
+        {
+            samples.push_back(sample);
+        }
+        EXPECT_EQ(result, QLTKIT_END);
+    }
+
+    qltkit_HeadTracker* Get() const { return tracker.handle; }
+
+    Opened<qltkit_ScriptedHeadset> headset{qltkit_ScriptedHeadset_Delete};
+    Opened<qltkit_HeadTracker> tracker{qltkit_HeadTracker_Delete};
+    std::vector<qltkit_Sample> samples;
+};
+
+/// Tracks the script with the C++ face to its end.
+void Finish(ScriptedHeadset& headset, HeadTracker& tracker)
+{
+    while (!headset.IsOver() || tracker.Latest().state != qltkit::PoseState::Lost)
+    {
+        std::this_thread::yield();
+    }
+}
+
+std::array<std::uint32_t, 4> BitsOf4(const float* q) { return Bits({q[0], q[1], q[2], q[3]}); }
+std::array<std::uint32_t, 3> BitsOf3(const float* v) { return Bits({v[0], v[1], v[2]}); }
+
+/// The state of the tracker may have changed between two calls.
+void ExpectSameMoment(const qltkit_Pose& found, const qltkit::Pose& expected)
+{
+    EXPECT_EQ(BitsOf4(found.orientation), Bits(expected.orientation));
+    EXPECT_EQ(BitsOf3(found.angularVelocity), Bits(expected.angularVelocity));
+    EXPECT_EQ(found.timeNs, expected.timeNs);
+    EXPECT_EQ(found.deviceTimeUs, expected.deviceTimeUs);
+    EXPECT_EQ(found.reportNumber, expected.reportNumber);
+    EXPECT_EQ(found.sequence, expected.sequence);
+    EXPECT_EQ(found.clamped != 0, expected.clamped);
+}
+
+void ExpectEqual(const qltkit_Pose& found, const qltkit::Pose& expected)
+{
+    ExpectSameMoment(found, expected);
+    EXPECT_EQ(found.state, static_cast<std::int32_t>(expected.state));
+    EXPECT_EQ(found.sinceNs, expected.sinceNs);
+}
+
+struct Events
+{
+    static void Take(const qltkit_TrackerEvent* event, void* user)
+    {
+        static_cast<Events*>(user)->list.push_back(*event);
+    }
+
+    std::vector<qltkit_TrackerEvent> list;
+};
+
+class CFaceTest : public ::testing::TestWithParam<qltkit::PoseFilter>
+{
+protected:
+    CFaceTest()
+    {
+        options.filter = GetParam();
+        options.person = {0.07f, 0.11f, 0.05f};
+        qltkit_HeadTrackerOptions_Init(&asked);
+        asked.filter = static_cast<std::int32_t>(GetParam());
+        asked.person = {0.07f, 0.11f, 0.05f};
+    }
+
+    qltkit::HeadTrackerOptions options;
+    qltkit_HeadTrackerOptions asked{};
+};
+
+TEST_P(CFaceTest, AScriptGivesThePosesEyesAndErrorsOfTheCppFace)
+{
+    const TrackedScript c(&asked);
+    ScriptedHeadset headset(qltkit::ParseHeadsetScript(SCRIPT), FASTEST);
+    HeadTracker tracker(headset, headset, options);
+    Finish(headset, tracker);
+    qltkit_Pose pose;
+    const auto compare = [&]
+    {
+        ASSERT_EQ(qltkit_HeadTracker_Latest(c.Get(), &pose), 0);
+        ExpectEqual(pose, tracker.Latest());
+        for (const std::int64_t ms : {-5, 17, 550, 700, 1100, 1230, 5000})
+        {
+            ASSERT_EQ(qltkit_HeadTracker_At(c.Get(), ms * 1000000, &pose), 0);
+            ExpectEqual(pose, tracker.At(ms * 1000000));
+        }
+    };
+    compare();
+    ASSERT_EQ(qltkit_HeadTracker_Recentre(c.Get()), 0);
+    ASSERT_TRUE(tracker.Recentre());
+    compare();
+    for (const auto eye : {qlt::Params::EYE_LEFT, qlt::Params::EYE_RIGHT})
+    {
+        qltkit_EyePose found;
+        ASSERT_EQ(qltkit_HeadTracker_EyePose(c.Get(), &pose, eye, &found), 0);
+        const auto expected = EyePoseOf(tracker.At(5000000000), eye, options.person);
+        EXPECT_EQ(BitsOf3(found.position), Bits(expected.position));
+        EXPECT_EQ(BitsOf4(found.orientation), Bits(expected.orientation));
+    }
+    double all = 0.0;
+    double recent = 0.0;
+    ASSERT_EQ(qltkit_HeadTracker_PredictionError(c.Get(), 0.05, &all, &recent), 0);
+    EXPECT_EQ(all > recent, GetParam() == qltkit::PoseFilter::Core); // the kit still learns
+    EXPECT_EQ(all, tracker.PredictionError(0.05));
+    EXPECT_EQ(recent, tracker.RecentPredictionError(0.05));
+    std::int64_t now = 0;
+    ASSERT_EQ(qltkit_HeadTracker_Now(c.Get(), &now), 0);
+    EXPECT_EQ(now, tracker.NowNs());
+}
+
+TEST_P(CFaceTest, SamplesHaveEveryReportWithItsSensorsAndItsPose)
+{
+    const TrackedScript c(&asked);
+    ScriptedHeadset headset(qltkit::ParseHeadsetScript(SCRIPT), FASTEST);
+    HeadTracker tracker(headset, headset, options);
+    Finish(headset, tracker);
+    ASSERT_GT(c.samples.size(), 1000u);
+    for (const qltkit_Sample& sample : c.samples)
+    {
+        const auto expected = tracker.PollPose();
+        ASSERT_TRUE(expected);
+        ExpectSameMoment(sample.pose, *expected);
+        qlt::SensorReport report;
+        std::copy_n(sample.report, report.size(), report.begin());
+        const qlt::SensorSample read = qlt::DecodeSensorReport(report);
+        EXPECT_EQ(sample.pose.sequence, read.sequence);
+        EXPECT_EQ(BitsOf3(sample.gyroscope), Bits(read.gyroscope));
+        EXPECT_EQ(BitsOf3(sample.accelerometer), Bits(read.accelerometer));
+        EXPECT_EQ(BitsOf3(sample.magnetometer), Bits(read.magnetometer));
+        EXPECT_EQ(sample.temperature, read.temperature);
+        EXPECT_GE(sample.arrivalNs, sample.pose.timeNs);
+    }
+    EXPECT_FALSE(tracker.PollPose());
+    qltkit_Truth truth;
+    ASSERT_EQ(qltkit_ScriptedHeadset_Truth(c.headset.handle, &truth), 0);
+    const qltkit::ScriptedTruth known = headset.Truth();
+    EXPECT_EQ((std::array<double, 4>{truth.orientation[0], truth.orientation[1],
+                                     truth.orientation[2], truth.orientation[3]}),
+              known.orientation);
+    EXPECT_EQ(truth.sampleNs, known.sampleNs);
+    EXPECT_EQ(truth.arrivalNs, known.arrivalNs);
+    EXPECT_EQ(truth.sequence, known.sequence);
+    EXPECT_EQ(truth.isKnown, 1);
+    EXPECT_EQ(qltkit_ScriptedHeadset_State(c.headset.handle), QLTKIT_END);
+}
+
+TEST_P(CFaceTest, EventsComeByPollingAndByCallback)
+{
+    const TrackedScript c(&asked);
+    const std::vector<std::array<std::uint64_t, 3>> expected = {
+        {QLTKIT_CONNECTED, 0, 1}, {QLTKIT_GAP, 3, 2},   {QLTKIT_WAS_LOST, 0, 3},
+        {QLTKIT_BACK, 0, 4},      {QLTKIT_GAP, 900, 5}, {QLTKIT_WAS_LOST, 0, 6}};
+    Events polled;
+    qltkit_TrackerEvent event;
+    while (qltkit_HeadTracker_NextEvent(c.Get(), &event) == QLTKIT_OK)
+    {
+        polled.list.push_back(event);
+    }
+    Events called;
+    ASSERT_EQ(qltkit_HeadTracker_SetEventHandler(c.Get(), Events::Take, &called), 0);
+    std::size_t count = 0;
+    while (count < expected.size())
+    {
+        // Setting the handler waits for the running one, so the list may be read then.
+        ASSERT_EQ(qltkit_HeadTracker_SetEventHandler(c.Get(), nullptr, nullptr), 0);
+        count = called.list.size();
+        ASSERT_EQ(qltkit_HeadTracker_SetEventHandler(c.Get(), Events::Take, &called), 0);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_EQ(qltkit_HeadTracker_SetEventHandler(c.Get(), nullptr, nullptr), 0);
+    for (const Events* events : {&polled, &called})
+    {
+        ASSERT_EQ(events->list.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i)
+        {
+            const qltkit_TrackerEvent& found = events->list[i];
+            EXPECT_EQ(static_cast<std::uint64_t>(found.kind), expected[i][0]);
+            EXPECT_EQ(found.reports, expected[i][1]);
+            EXPECT_EQ(found.number, expected[i][2]);
+        }
+        EXPECT_EQ(events->list[2].timeNs, 500000000);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, CFaceTest,
+                         ::testing::Values(qltkit::PoseFilter::Kit, qltkit::PoseFilter::Core));
+
+} // namespace

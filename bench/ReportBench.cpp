@@ -140,7 +140,7 @@ private:
     }
 
     const std::vector<qlt::SensorReport>& mReports;
-    std::size_t mNext = REPORTS; // before the first round
+    std::size_t mNext = REPORTS; // no round has begun yet
     std::int64_t mNowNs = 0;
     std::mutex mMutex;
     std::condition_variable mChanged;

@@ -15,7 +15,7 @@ packages_of()
     local openxr="$demo libopenxr-dev libopenxr-loader1 libopenxr-utils libx11-dev libxrandr-dev xvfb
         xauth"
     local linux="$openxr python3 python3-pytest mono-mcs mono-runtime googletest netpbm
-        libbenchmark-dev libumockdev-dev umockdev openxr-layer-corevalidation"
+        libbenchmark-dev libumockdev-dev umockdev openxr-layer-corevalidation chromium"
     # Node.js packages from other sources contain npm and conflict with Debian's packages.
     command -v npm >/dev/null || linux+=" nodejs npm"
     case $1 in

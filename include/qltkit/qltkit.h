@@ -31,6 +31,7 @@
 #include <qltkit/Headset/SoftwareHeadset.h>
 #include <qltkit/Headset/Source.h>
 #include <qltkit/Tracking/ClockFit.h>
+#include <qltkit/Tracking/Comparison.h>
 #include <qltkit/Tracking/HeadTracker.h>
 #include <qltkit/Tracking/ImuSample.h>
 #include <qltkit/Tracking/OrientationEstimator.h>

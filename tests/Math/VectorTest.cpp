@@ -116,7 +116,7 @@ TEST(VectorTest, AnglesAndProjectionsAreRoundedOnce)
     EXPECT_EQ(Vec3::X_AXIS.Angle({1, 1e-5f, 0}), 1e-5f);
     EXPECT_EQ(Values(Vec3(3, 4, 0).Project({0, -2, 0})), (Three{0, 4, 0}));
     EXPECT_EQ(Values(Vec3(3, 4, 0).ProjectOnPlane(Vec3::X_AXIS)), (Three{0, 4, 0}));
-    const float quotient = 5.0f / 3; // not 5 times the reciprocal of 3
+    const float quotient = 5.0f / 3; // the result must not be 5 times the reciprocal of 3
     ASSERT_NE(Bits(quotient), Bits(5 * (1.0f / 3)));
     EXPECT_EQ(Bits(Vec3(5, 0, 0).Project({1, 1, 1}).y()), Bits(quotient));
 }
@@ -138,7 +138,8 @@ TEST(VectorTest, OperationsGoOnAfterAFailedAssertion)
         (Texts{"!IsZero()|Math/Vector", "!rhs.IsZero()|Math/Vector", "!rhs.IsZero()|Math/Vector",
                "!normal.IsZero()|Math/Vector", "!rhs.IsZero()|Math/Vector"}));
     const float below = std::nextafterf(FLT_EPSILON, 0);
-    EXPECT_TRUE(Vec3(below, -below, below).IsZero()); // although it is longer than FLT_EPSILON
+    // The vector is longer than FLT_EPSILON, but each component is shorter.
+    EXPECT_TRUE(Vec3(below, -below, below).IsZero());
     EXPECT_FALSE(Vec3(FLT_EPSILON, 0, 0).IsZero());
     EXPECT_FALSE(Vec3(0, -FLT_EPSILON, 0).IsZero());
     EXPECT_FALSE(Vec3(0, 0, NAN).IsZero());

@@ -75,7 +75,7 @@ TEST(VRThreadTest, AWorkerContinuesAfterAStartThatTimedOutAndCannotJoinItself)
     Worker worker;
     worker.prepare = [&]
     {
-        while (!released) // because Start writes what Join reads
+        while (!released) // this wait is necessary, because Start writes what Join reads
         {
             std::this_thread::yield();
         }

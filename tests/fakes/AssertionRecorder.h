@@ -1,4 +1,4 @@
-// While it lives, it records failed preconditions instead of printing them.
+// Records failed preconditions while it exists. They are not printed.
 #pragma once
 
 #include <mutex>

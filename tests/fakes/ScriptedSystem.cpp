@@ -85,6 +85,6 @@ struct Host final : qlt::UsbHost
 
 qlt::UsbHost& qlt::UsbHost::System()
 {
-    static Host& host = *new Host; // never deleted, so it outlives every tracker
+    static Host& host = *new Host; // it is never deleted, so it outlives every tracker
     return host;
 }

@@ -143,8 +143,8 @@ TEST(SpacesTest, TheHeadTurnsAboutTheNeckAndItsVelocityIsInTheAxesOfTheBase)
     EXPECT_NEAR(velocity.angularVelocity.z, 2.0f, 1e-6f);
     EXPECT_EQ(location.locationFlags, VALID | XR_SPACE_LOCATION_ORIENTATION_TRACKED_BIT);
 
-    // In the axes of the head, the world turns in the opposite direction. Its z axis points to the
-    // right of the head.
+    // In the axes of the head, the world turns in the opposite direction. The world's z axis points
+    // to the right of the head.
     Locate(local, view, head, person, location, &velocity);
     EXPECT_NEAR(velocity.angularVelocity.x, 2.0f, 1e-6f);
     EXPECT_NEAR(velocity.angularVelocity.z, 0.0f, 1e-6f);

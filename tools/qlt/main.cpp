@@ -21,10 +21,10 @@ struct Command
 
 // The help text lists the commands in this order.
 constexpr Command COMMANDS[] = {
-    {"info", AddInfo},     {"monitor", AddMonitor},       {"view", AddView},
-    {"replay", AddReplay}, {"synthesize", AddSynthesize}, {"mesh", AddMesh},
-    {"camera", AddCamera}, {"record", AddRecord},         {"optics", AddOptics},
-    {"script", AddScript},
+    {"info", AddInfo},     {"monitor", AddMonitor}, {"view", AddView},
+    {"replay", AddReplay}, {"compare", AddCompare}, {"synthesize", AddSynthesize},
+    {"mesh", AddMesh},     {"camera", AddCamera},   {"record", AddRecord},
+    {"optics", AddOptics}, {"script", AddScript},
 #if defined(QLT_HAVE_OPENXR)
     {"openxr", AddOpenXr},
 #endif

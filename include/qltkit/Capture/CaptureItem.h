@@ -46,7 +46,7 @@ struct CaptureFrame
     std::uint32_t step = 0;
 
     /// The format of a pixel: one byte of grey, or another encoding of Foxglove's RawImage.
-    std::string encoding = "mono8"; // or another encoding of Foxglove's RawImage
+    std::string encoding = "mono8";
 
     /// The pixels: step * height bytes. The frame does not own them.
     std::string_view pixels;

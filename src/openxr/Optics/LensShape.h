@@ -38,7 +38,7 @@ XrFovf FieldOfView(qlt::Params::Eye eye);
 
 struct VisibilityMask
 {
-    std::vector<XrVector2f> vertices; // in tangents
+    std::vector<XrVector2f> vertices; // the coordinates are tangents
     std::vector<std::uint32_t> indices;
 };
 

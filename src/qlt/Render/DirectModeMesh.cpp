@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr int SIZE = DirectModeMesh::SIZE;
-constexpr float DEPTH = 0.5f; // of every vertex
+constexpr float DEPTH = 0.5f; // the depth of every vertex
 
 /// SIZE evenly spaced values from `first` to `last`.
 std::vector<float> Lines(float first, float last)

@@ -14,8 +14,8 @@ namespace qlt
 /// A vertex in the layout that the vertex shader reads.
 struct DirectModeVertex
 {
-    Vec3 position; // in clip space, y up
-    Vec2 red;      // in the eye's image, 0 to 1, v down
+    Vec3 position; // the coordinates are those of clip space, y up
+    Vec2 red;      // the coordinates are those of the eye's image, 0 to 1, v down
     Vec2 green;
     Vec2 blue;
     float weight; // 1 inside the lens; 0 outside, where the picture is black

@@ -31,7 +31,8 @@ Clock::~Clock() = default;
 
 Clock& Clock::System()
 {
-    static Clock& clock = *new SystemClock; // never deleted, because a leaked tracker may use it
+    // It is never deleted, because a leaked tracker may use it.
+    static Clock& clock = *new SystemClock;
     return clock;
 }
 

@@ -21,10 +21,10 @@ struct HeaderSearch
         NoSignature,
     };
 
-    Beginning beginning = Beginning::Header; // how the buffer begins
+    Beginning beginning = Beginning::Header; // the kind of the buffer's beginning
     std::uint32_t wrongSums = 0;             // signatures with a wrong sum before the header
     bool found = false;
-    std::uint32_t offset = 0; // of the header in bytes; 0 when there is none
+    std::uint32_t offset = 0; // the offset of the header in bytes; 0 when there is none
 };
 
 /// Searches the words in the first `length` bytes for a header. The buffer must be

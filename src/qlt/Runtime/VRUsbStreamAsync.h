@@ -79,6 +79,6 @@ private:
     std::unique_ptr<qlt::VendorUsbDevice> mDevice;
     qlt::UsbEndPoint* mEndPoint = nullptr; // owned by mDevice
     std::array<Transfer, QUEUE_DEPTH> mTransfers;
-    std::deque<Transfer*> mPending; // in the order in which they were begun
+    std::deque<Transfer*> mPending; // the read that was begun first comes first
     std::atomic<const std::uint8_t*> mCurrentFrame{nullptr};
 };

@@ -88,7 +88,7 @@ private:
     DeviceTime mDeviceTime;
     McapRecord mRecord;
     bool mFound = false; // true when mRecord is a message that Next has not returned yet
-    std::string mPixels; // of the last frame
+    std::string mPixels; // the pixels of the last frame
 };
 
 CaptureReader::Impl::Impl(const std::filesystem::path& path)

@@ -7,7 +7,7 @@
 namespace qltkit
 {
 
-/// At most 255 characters.
+/// The result has at most 255 characters.
 template <typename... Values>
 std::string Format(const char* format, Values... values)
 {

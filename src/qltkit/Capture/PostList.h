@@ -20,8 +20,8 @@ struct Post
     std::uint64_t after = 0; // the number of reports that were added before it
     CaptureLevel level = CaptureLevel::Unknown;
     std::string name;
-    std::string text;   // or the pixels of a frame
-    CaptureFrame frame; // without its pixels
+    std::string text;   // the text, or the pixels of a frame
+    CaptureFrame frame; // its pixels are in `text`
     Post* next = nullptr;
 };
 

@@ -98,7 +98,7 @@ private:
     }
 
     std::vector<Slot> mSlots;
-    alignas(64) std::atomic<std::uint64_t> mEnd{0}; // on another cache line than mBegin
+    alignas(64) std::atomic<std::uint64_t> mEnd{0}; // it is on another cache line than mBegin
     alignas(64) std::uint64_t mBegin = 0;
 };
 

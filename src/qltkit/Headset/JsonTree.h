@@ -29,8 +29,8 @@ struct JsonValue
     int line = 1;
     double number = 0.0;
     std::uint64_t count = 0;     // the exact number when isCount
-    std::string text;            // of a text
-    std::vector<Member> members; // of an object or a list; in a list they have no names
+    std::string text;            // the value of a text
+    std::vector<Member> members; // the members of an object or a list; in a list they have no names
 };
 
 struct JsonValue::Member
@@ -42,7 +42,7 @@ struct JsonValue::Member
 constexpr std::size_t MAX_JSON_SIZE = std::size_t{1} << 20; // bytes
 constexpr std::size_t MAX_JSON_VALUES = 50000;
 constexpr std::size_t MAX_JSON_DEPTH = 8;
-constexpr std::size_t MAX_JSON_FIELDS = 32; // of one object
+constexpr std::size_t MAX_JSON_FIELDS = 32; // the largest number of fields of one object
 
 /// Parses a text. Throws Error with `name` and the line when the text is no JSON, exceeds a limit
 /// or has two fields of the same name in one object.

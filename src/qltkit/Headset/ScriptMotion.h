@@ -23,11 +23,11 @@ private:
     HeadAngles AlongPoints(double timeS);
 
     const HeadsetScript::Motion mKind;
-    std::mt19937_64 mRandom; // before the turns, because they draw from it
+    std::mt19937_64 mRandom; // it comes before the turns, because they draw from it
     HeadMotion mTurns;
     const double mSpeed;
     std::vector<HeadsetScript::Point> mPoints;
-    std::vector<HeadsetScript::Point> mRates; // at the points, degrees per second
+    std::vector<HeadsetScript::Point> mRates; // the rates at the points, in degrees per second
     std::size_t mNext = 0;                    // the first point that has not been reached yet
 };
 

@@ -21,8 +21,8 @@ struct ScriptedRead
     std::uint32_t length = 0;   // bytes of the report; 64 is the whole report
     bool isGone = false;        // the headset is unplugged, so the read fails
     bool isOver = false;        // the script has ended
-    std::size_t plugging = 0;   // as in BusState
-    std::int64_t arrivalNs = 0; // never decreases
+    std::size_t plugging = 0;   // the same number as in BusState
+    std::int64_t arrivalNs = 0; // it never decreases
     ScriptedTruth truth;
 };
 

@@ -87,7 +87,7 @@ private:
     std::condition_variable mChanged;
     ScriptPlayer mPlayer;
     ScriptedRead mNext;   // the result of the next read
-    ScriptedTruth mTruth; // of the last whole report
+    ScriptedTruth mTruth; // the truth of the last whole report
     bool mIsClosed = false;
     bool mIsOver = false;                  // the last read of the script has been made
     std::int64_t mBeginNs = NEVER;         // RealTime: by the machine's clock

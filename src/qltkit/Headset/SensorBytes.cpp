@@ -91,7 +91,7 @@ SensorVector InDouble(const qlt::Vec3& v)
 /// The calibration of a sensor: value = (counts / perUnit - position) * magnitude.
 struct Calibration
 {
-    std::size_t offset; // in the report
+    std::size_t offset; // the offset in the report
     double perUnit;     // counts per unit
     SensorVector position;
     SensorVector magnitude;

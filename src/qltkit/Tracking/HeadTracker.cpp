@@ -37,7 +37,7 @@ public:
 
     ~Impl()
     {
-        mEvents.Stop(); // first, because a handler may use every member
+        mEvents.Stop(); // this comes first, because a handler may use every member
         StopWatcher();
         mWriter.Close();
         mSource->Close(); // otherwise the Hmd would wait for a read and for a sleep

@@ -40,7 +40,7 @@ constexpr std::uint32_t MAX_LOST = 10000;  // a larger step restarts the count
 // The possible change of the rate (rad/s^2) and of the acceleration during lost reports.
 constexpr double UNSEEN_TURN = 1.0;
 constexpr double UNSEEN_ACCELERATION = 1.0;
-constexpr double UNSEEN_SHARE = 0.3; // of the difference between both sides of the gap
+constexpr double UNSEEN_SHARE = 0.3; // a part of the difference between both sides of the gap
 
 constexpr double SHAKING_MEAN_SECONDS = 0.5;
 constexpr double SHAKING_SECONDS = 1.0;

@@ -272,8 +272,8 @@ bool PoseHistory::ReadPair(std::int64_t index, PastPose& pose, PastPose& next) c
 std::int64_t PoseHistory::FindAfter(std::int64_t timeNs, std::int64_t guess, std::int64_t oldest,
                                     std::int64_t newest) const noexcept
 {
-    std::int64_t low = oldest - 1; // not later than the moment, or overwritten
-    std::int64_t high = newest;    // later
+    std::int64_t low = oldest - 1; // this pose is not later than the moment, or it is overwritten
+    std::int64_t high = newest;    // this pose is later
     std::int64_t step = 1;
     std::int64_t probe = guess;
     while (high - low > 1)

@@ -69,10 +69,10 @@ private:
     std::atomic<bool> mClosed{false};
     ReportTimer mTimer;
     Link mLink = Link::New;
-    std::uint32_t mDeviceUs = 0; // of the last report
+    std::uint32_t mDeviceUs = 0; // the device time of the last report
     bool mFresh = false;         // the last report did not repeat the one before
-    qlt::Vec3 mCoreRate;         // of the last report
-    PoseRecord mRecord;          // of the last report
+    qlt::Vec3 mCoreRate;         // the rate of the last report
+    PoseRecord mRecord;          // the record of the last report
     OrientationEstimator mEstimator;
     Predictor mPredictor;
     SeqlockRing<Errors, 4> mErrors;

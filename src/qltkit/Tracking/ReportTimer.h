@@ -10,7 +10,7 @@ namespace qltkit
 /// The time at which a report was made, by both clocks.
 struct ReportTime
 {
-    std::int64_t deviceUs = 0; // without the wrap
+    std::int64_t deviceUs = 0; // the device's clock without its wrap
     std::int64_t hostNs = 0;
 };
 

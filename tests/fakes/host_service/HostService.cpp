@@ -265,7 +265,8 @@ private:
     std::string mMistakes; // one mark for each
 };
 
-/// Never destroyed, because the worker of a tracker that nobody stopped may still call it.
+/// The service is never destroyed, because the worker of a tracker that nobody stopped may still
+/// call it.
 Service::Locked Host()
 {
     static Service& service = *new Service;

@@ -12,6 +12,14 @@
 #include <fstream>
 #include <iterator>
 
+/// Moves the process to the build tree before its tests start, so that their files never come into
+/// the folder in which somebody runs the program.
+inline const bool IS_IN_BUILD_TREE = []
+{
+    std::filesystem::current_path(QLT_TEST_FOLDER);
+    return true;
+}();
+
 inline std::string ReadBytes(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);

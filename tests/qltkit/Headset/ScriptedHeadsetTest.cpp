@@ -294,7 +294,7 @@ TEST(ScriptedHeadsetTest, ARecordingPlaysAndObeysTheScript)
     const auto changed = ReadAll(parse("walk.mcap", R"(, "clock": {"start_us": 4294967295},
         "sensors": {"accelerometer": {"bias": [0, 1, 0]}}, "events": [{"at": 0.010, "event":
         "unplug"}, {"at": 0.030, "event": "plug"}])"));
-    ASSERT_EQ(changed.size(), 81u); // including the read at the gap
+    ASSERT_EQ(changed.size(), 81u); // the read at the gap is one of them
     EXPECT_EQ(changed[11].Sample().sequence, reads[0].Sample().sequence);
     EXPECT_EQ(changed[11].report[4], 0xFF);
     EXPECT_EQ(changed[12].report[4], 999 & 0xFF);
@@ -344,5 +344,5 @@ TEST(ScriptedHeadsetTest, InRealTimeReportsComeAtTheirTimesAndAreLostWithoutARea
     EXPECT_EQ(stalled.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     headset.Close();
     stalled.wait();
-    headset.SleepNs(1000000000000); // returns at once
+    headset.SleepNs(1000000000000); // this returns at once
 }

@@ -74,7 +74,7 @@ void Show(Clock::time_point end, Progress& progress)
 /// interrupt.
 bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::time_point end)
 {
-    constexpr std::chrono::seconds PATIENCE(5); // for the start and the last frame
+    constexpr std::chrono::seconds PATIENCE(5); // the time for the start and the last frame
     while (!progress.ended && Clock::now() < end + PATIENCE)
     {
         progress.changed.wait_for(lock, std::chrono::milliseconds(50));

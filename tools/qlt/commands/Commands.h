@@ -15,6 +15,7 @@ using CommandBody = std::function<int()>;
 /// Each function adds the description and the options of its subcommand and returns its body. The
 /// program calls the body at most once, after it has parsed the command line.
 CommandBody AddCamera(CLI::App& command);
+CommandBody AddCompare(CLI::App& command);
 CommandBody AddInfo(CLI::App& command);
 CommandBody AddMesh(CLI::App& command);
 CommandBody AddMonitor(CLI::App& command);

@@ -160,7 +160,8 @@ private:
     static constexpr double MARGIN = 20.0;
     static constexpr double CAPTION = 20.0;
     static constexpr double LENS_CENTER_X =
-        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X); // of the right eye
+        // The value for the right eye.
+        static_cast<double>(qlt::DistortConstants::LENS_CENTER_OFFSET_X);
     /// The radius of the lens's edge. Its unit is half the width on both axes, so the edge is a
     /// circle in the picture.
     static constexpr double RADIUS =
@@ -251,7 +252,7 @@ private:
 
     const Mesh& mMesh;
     const Options& mOptions;
-    const Point mCenter; // of the lens
+    const Point mCenter; // the centre of the lens
     OutputFile& mFile;
 };
 

@@ -58,7 +58,8 @@ qlt::DistortParams MeasuredLens()
 /// the point from the middle.
 double Scale(qlt::DistortionFunction& lens, double radius, qlt::Params::Color channel)
 {
-    constexpr float CENTER_X = qlt::DistortConstants::LENS_CENTER_OFFSET_X; // of the right eye
+    // The value for the right eye.
+    constexpr float CENTER_X = qlt::DistortConstants::LENS_CENTER_OFFSET_X;
     const float y = static_cast<float>(-radius) * qlt::Params::EYE_ASPECT_RATIO;
     const qlt::Vec3 sample =
         lens.Distortion(qlt::Vec2(CENTER_X, y), qlt::Params::EYE_RIGHT, channel);

@@ -32,6 +32,21 @@ void AddSource(CLI::App& command, std::string& source)
         ->capture_default_str();
 }
 
+void AddFilter(CLI::App& command, std::string& filter)
+{
+    command
+        .add_option("--filter", filter,
+                    "core, the filter of the headset tracker, or kit, the kit's estimator")
+        ->check(
+            [](const std::string& name)
+            {
+                return name == "kit" || name == "core"
+                           ? std::string()
+                           : '"' + name + "\" is no filter; the filters are kit and core";
+            })
+        ->capture_default_str();
+}
+
 CLI::Option* AddSeconds(CLI::App& command, double& seconds, const std::string& text)
 {
     return RequireNumber(command.add_option("--seconds", seconds, text), 0.001, MAX_SECONDS);

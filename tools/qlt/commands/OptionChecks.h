@@ -58,5 +58,8 @@ std::string FileOfSource(const std::string& source);
 /// Adds --source, which names the tracker.
 void AddSource(CLI::App& command, std::string& source);
 
+/// Adds --filter, which says whose filter makes the orientations: "kit" or "core".
+void AddFilter(CLI::App& command, std::string& filter);
+
 /// Adds --seconds, a time from a millisecond to MAX_SECONDS, with `text` as its help.
 CLI::Option* AddSeconds(CLI::App& command, double& seconds, const std::string& text);

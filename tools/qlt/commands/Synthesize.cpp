@@ -19,7 +19,7 @@ struct Options
     std::string truth; // empty: no file
     double seconds = 30.0;
     std::uint64_t seed = 1;
-    bool ideal = false; // without bias and noise
+    bool ideal = false; // the sensors have no bias and no noise
 };
 
 /// One truth row is written for this number of reports.

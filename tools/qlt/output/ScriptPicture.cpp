@@ -246,7 +246,7 @@ void DrawGyroscope(const Picture& picture, Diagram& diagram, bool withTimes)
         }
     }
     DrawAxes(picture, diagram, withTimes);
-    for (const std::size_t i : {1U, 0U, 2U}) // in the colours of the turns about these axes
+    for (const std::size_t i : {1U, 0U, 2U}) // each axis has the colour of the turn about it
     {
         DrawLine(
             picture, diagram, [i](const ScriptMoment& moment) { return moment.gyroscopeDegS[i]; },

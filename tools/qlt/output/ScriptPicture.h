@@ -16,8 +16,8 @@ struct ScriptMoment
 
     double seconds = 0.0;          // the arrival of the report
     std::optional<Triple> headDeg; // truth: yaw, pitch, roll; nothing for a recording
-    Triple trackedDeg{};           // by the tracker's filter
-    Triple gyroscopeDegS{};        // as reported, in the tracker's frame
+    Triple trackedDeg{};           // the estimate of the tracker's filter
+    Triple gyroscopeDegS{};        // the reported values in the tracker's frame
     double temperatureC = 0.0;
 };
 

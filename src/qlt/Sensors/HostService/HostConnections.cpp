@@ -37,7 +37,7 @@ VRHandleObject::VRHandleObject(const HostService& service, HostService::ActOn gi
     , mOwner(owner)
     , mHandle(handle)
 {
-    void* data = nullptr; // not used; the call only checks the handle
+    void* data = nullptr; // the value is not used; the call only checks the handle
     const HostService::Status status = service.getHandlePtr(handle, &data);
     if (status != 0 && handle != 0)
     {

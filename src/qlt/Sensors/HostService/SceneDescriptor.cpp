@@ -11,7 +11,7 @@ namespace
 constexpr std::size_t COUNT_OFFSET = 24;
 constexpr std::size_t OBJECTS_OFFSET = 32;
 constexpr std::size_t OBJECT_SIZE = 40;
-constexpr std::size_t POSE_OFFSET = 8; // in an object
+constexpr std::size_t POSE_OFFSET = 8; // the offset of the pose in an object
 
 /// From this index on, the offset of an object would not fit into an address.
 constexpr std::uint64_t MAX_OBJECTS = (PTRDIFF_MAX - OBJECTS_OFFSET) / OBJECT_SIZE;

@@ -28,7 +28,7 @@ extern float DISTORT_OFFSET_Y;
 extern float DISTORT_FOV_RAD;
 extern float DISTORT_WIDTH_MM;
 
-/// The values that follow from them: the width relative to half the panel's width, the field of
+/// These values result from the others: the width relative to half the panel's width, the field of
 /// view relative to the eye's, and the quotient of both.
 extern float DISTORT_WIDTH_RATIO;
 extern float DISTORT_FOV_RATIO;

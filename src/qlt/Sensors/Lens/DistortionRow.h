@@ -1,7 +1,7 @@
 // Computes the lens distortion of whole rows of points. The values equal those of
-// DistortionFunction::Distortion to the last bit, but come many times faster. The three colours
-// share radius, depth and table segment, and so do two mirrored rows above and below the lens
-// centre.
+// DistortionFunction::Distortion to the last bit, but the computation is many times faster. The
+// three colours share radius, depth and table segment, and so do two mirrored rows above and below
+// the lens centre.
 #pragma once
 
 #include <qlt/Math/Vector.h>
@@ -50,7 +50,8 @@ private:
 
     std::size_t mPoints;
     std::vector<Segment> mSegments;
-    std::vector<float> mDx; // from the lens centre; padded to whole vectors, like the radii
+    // The distance from the lens centre; it is padded to whole vectors, like the radii.
+    std::vector<float> mDx;
     float mDy = 0.0f;
     float mScaledDy2 = 0.0f;
     bool mEvaluated = false; // mRadius and mScales belong to mScaledDy2

@@ -105,7 +105,7 @@ TEST_F(DirectModeTest, TheDisplayIsAcquiredOpenedAndSetAndReleasedAtTheEnd)
     EXPECT_EQ(Log(steps.begin(), steps.begin() + 10), onTheDisplay);
     EXPECT_EQ(steps.back(), "CreateSamplerState 21 1 1 1 0 1 8 0 0 0 0 0 3.40282347e+38");
     EXPECT_TRUE(renderer->IsInitialized());
-    EXPECT_EQ(surfaceReferences, CountReferences(surface)); // only the view has one
+    EXPECT_EQ(surfaceReferences, CountReferences(surface)); // only the view has a reference
     renderer->Submit(nullptr, image.Get());                 // the device is known
     EXPECT_EQ(TakeLog(), frame);
     renderer->Shutdown();
@@ -155,7 +155,7 @@ TEST_F(DirectModeTest, TheImageIsSeenThroughTheLensAndTheRestIsBlack)
             worst = std::max(worst, std::abs(seen[4 * i + 2 - color] - expected));
         }
         EXPECT_EQ(seen[4 * i + 3], 255u);
-        std::swap(seen[4 * i], seen[4 * i + 2]); // for the picture
+        std::swap(seen[4 * i], seen[4 * i + 2]); // the picture file has the other order of colours
     }
     stbi_write_png(QLT_PICTURE, WIDTH, HEIGHT, 4, seen.data(), 4 * WIDTH);
     RecordProperty("worst", std::to_string(worst));
@@ -187,7 +187,7 @@ TEST_F(DirectModeTest, EveryStepMayFailAndIsTriedAgain)
         EXPECT_EQ(TakeLog(), firstFrame);
         EXPECT_TRUE(tried.IsInitialized());
         failing = step;
-        EXPECT_FALSE(tried.Initialize()); // fails again when the engine calls it
+        EXPECT_FALSE(tried.Initialize()); // it fails again when the engine calls it
         EXPECT_EQ(TakeLog(), untilThen);
         failing = NEVER;
         // The renderer still has the objects of the successful attempt.
@@ -281,7 +281,7 @@ TEST_F(DirectModeTest, AFrameWaitsForTheDisplayWithoutATimeLimit)
 {
     SubmitFirst(*renderer);
     TakeLog();
-    EXPECT_TRUE(IsWanted(frameEvent)); // and then it returns
+    EXPECT_TRUE(IsWanted(frameEvent)); // the call returns after that
     auto submit =
         std::async(std::launch::async, [this] { renderer->Submit(device.Get(), image.Get()); });
     EXPECT_EQ(submit.wait_for(std::chrono::seconds(1)), std::future_status::timeout);

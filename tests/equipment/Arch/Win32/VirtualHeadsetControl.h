@@ -21,7 +21,7 @@ constexpr std::uint32_t RESET = Command(0); // unplugs both devices: every read 
 constexpr std::uint32_t PLUG = Command(1);  // plugs in a device with the identifiers of the record
 // Ends the oldest read of a pipe with the bytes or a failure.
 constexpr std::uint32_t PUSH = Command(2);
-constexpr std::uint32_t COUNT = Command(3); // returns Counts
+constexpr std::uint32_t COUNT = Command(3); // the driver returns Counts
 
 struct Order
 {

@@ -21,7 +21,7 @@ auto PlaceOf(const LibusbContext::Device& device)
 
 void Close(libusb_device_handle* handle)
 {
-    libusb_release_interface(handle, INTERFACE); // returns it to the kernel's own driver
+    libusb_release_interface(handle, INTERFACE); // the kernel's own driver gets the interface back
     libusb_close(handle);
 }
 

@@ -18,7 +18,8 @@ public:
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new NoUsbHost; // never deleted, because a leaked tracker may use it
+    // It is never deleted, because a leaked tracker may use it.
+    static UsbHost& host = *new NoUsbHost;
     return host;
 }
 

@@ -205,14 +205,15 @@ public:
     }
 
 private:
-    std::string mProblem; // of the last attempt to open; the gate guards it
+    std::string mProblem; // the reason of the last failure to open; the gate guards it
 };
 
 } // namespace
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new LibusbHost; // never deleted, because a leaked tracker may use it
+    // It is never deleted, because a leaked tracker may use it.
+    static UsbHost& host = *new LibusbHost;
     return host;
 }
 

@@ -104,7 +104,7 @@ struct NvidiaRenderer::State
 
     std::atomic<int> owners{1};
     bool initialized = false;
-    std::optional<Screen> screen;           // of the last attempt
+    std::optional<Screen> screen;           // the result of the last attempt
     ID3D11Device* device = nullptr;         // deliberate: released, although no reference is taken
     ID3D11DeviceContext* context = nullptr; // deliberate: never released after a failed attempt
 };

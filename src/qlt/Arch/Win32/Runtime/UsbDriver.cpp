@@ -14,7 +14,7 @@ constexpr GUID DRIVER_INTERFACE = {
 constexpr DWORD CONTROL_TRANSFER = 0x220020;
 constexpr DWORD SET_TRANSFER_SIZE = 0x220038;
 constexpr DWORD ABORT_PIPE = 0x220044;
-constexpr DWORD READ_PIPE = 0x22004B; // the data is not behind the header
+constexpr DWORD READ_PIPE = 0x22004B; // the data has a buffer of its own
 
 constexpr std::uint8_t FROM_DEVICE = 0x80;
 constexpr std::uint8_t GET_DESCRIPTOR = 6;

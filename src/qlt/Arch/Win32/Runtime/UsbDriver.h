@@ -34,7 +34,7 @@ struct TransferHeader
     std::uint16_t value = 0;
     std::uint16_t index = 0;
     std::uint16_t length = 0;
-    std::uint32_t timeoutS = 0; // of a control transfer; 0 means no time limit
+    std::uint32_t timeoutS = 0; // the time limit of a control transfer; 0 means none
     std::uint8_t reserved = 0;
     std::uint8_t endPoint = 0;
     std::uint32_t ntStatus = 0;

@@ -16,7 +16,7 @@ namespace
 
 constexpr std::uint8_t DEVICE_DESCRIPTOR = 1;
 constexpr std::uint8_t CONFIGURATION_DESCRIPTOR = 2;
-constexpr std::uint8_t READ_FROM = 0x80;         // in an endpoint's address
+constexpr std::uint8_t READ_FROM = 0x80;         // a bit in an endpoint's address
 constexpr std::uint32_t READ_TIMEOUT_MS = 10000; // the driver itself has no time limit
 
 /// One pipe of an open file. Each transfer shares it, so the use count tells whether there are
@@ -152,7 +152,7 @@ private:
     bool IsReadFrom() const { return (Address() & READ_FROM) != 0; }
 
     std::shared_ptr<Pipe> mPipe;
-    UniqueHandle mReadEvent; // kept, because a thousand reads a second use it
+    UniqueHandle mReadEvent; // it is kept, because a thousand reads a second use it
 };
 
 /// Endpoint 0, which the driver keeps for its own requests.
@@ -255,7 +255,7 @@ public:
     }
 
 private:
-    static constexpr DWORD NO_DESCRIPTOR = 0xFFFFFFFF; // not an error of the system
+    static constexpr DWORD NO_DESCRIPTOR = 0xFFFFFFFF; // this code is not an error of the system
 
     std::atomic<DWORD> mProblem{ERROR_SUCCESS}; // several threads may open devices at once
 };
@@ -264,7 +264,8 @@ private:
 
 UsbHost& UsbHost::System()
 {
-    static UsbHost& host = *new DriverUsbHost; // never deleted, because a leaked tracker may use it
+    // It is never deleted, because a leaked tracker may use it.
+    static UsbHost& host = *new DriverUsbHost;
     return host;
 }
 

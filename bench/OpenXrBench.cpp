@@ -1,5 +1,5 @@
-// What the OpenXR runtime costs besides drawing: one xrLocateViews, which may take 1 us, and the
-// processor time of all its threads in a frame, which may take 0.3 ms.
+// Measures the cost of the OpenXR runtime without drawing: the time of one xrLocateViews, which may
+// take 1 us, and the processor time of all its threads per frame, which may take 0.3 ms.
 #include "Api/Functions.h"
 #include "Api/Runtime.h"
 
@@ -39,7 +39,7 @@ public:
     std::size_t CountObjects() const override { return 0; }
 };
 
-/// A session that runs, on the simulator: as a program has it, but for the drawing.
+/// A program with a running session on the simulator. It does not draw.
 class Program
 {
 public:
@@ -98,8 +98,9 @@ void LocateTheViews(benchmark::State& state)
     }
 }
 
-/// The processor time of the whole process in two seconds of frames at 60 Hz, with a compositor
-/// beside them, less that of the same time without frames and compositor: the tracker's own.
+/// Measures the processor time of the whole process in two seconds of frames at 60 Hz with a
+/// compositor. It subtracts the processor time of two seconds without frames and compositor, which
+/// is that of the tracker.
 void FrameWithoutDrawing(benchmark::State& state)
 {
     constexpr int FRAMES = 120;

@@ -1,5 +1,5 @@
-# cmake -DFILES=NAME=PATH;... -DOUTPUT=F -P EmbedFiles.cmake: a C++ source that defines, for each
-# pair, `const std::string_view NAME` with the bytes of the file at PATH.
+# cmake -DFILES=NAME=PATH;... -DOUTPUT=F -P EmbedFiles.cmake writes a C++ source. For each pair it
+# defines `const std::string_view NAME` with the bytes of the file at PATH.
 cmake_minimum_required(VERSION 3.20)
 set(text "#include \"report/ReportFiles.h\"\n")
 foreach(pair ${FILES})

@@ -33,7 +33,8 @@ TEST(FrameClockTest, TheClockFollowsTheDisplayGently)
     EXPECT_LE(std::min(off, period - off), 16);
 }
 
-// Of times on a clock with a period of 100: a program wakes two periods before its display time.
+// The times are those of a clock with a period of 100. A program wakes up two periods before its
+// display time.
 TEST(FramePacerTest, ALateProgramIsForgiven)
 {
     const FrameClock clock(100, 0);
@@ -44,13 +45,13 @@ TEST(FramePacerTest, ALateProgramIsForgiven)
     FramePacer::Slot slot = next(1120);
     EXPECT_EQ(slot.displayTime, 1400);
     EXPECT_EQ(slot.wakeTime, 1200);
-    slot = next(2000); // six frames late
+    slot = next(2000); // the program is six frames late
     EXPECT_EQ(slot.displayTime, 2200);
     EXPECT_LE(slot.wakeTime, 2000);
     EXPECT_EQ(next(2001).displayTime, 2300) << "and on time again";
 }
 
-// Through the interface, with the sleeping of a real clock.
+// The test uses the interface of programs and sleeps by a real clock.
 TEST_F(HeadlessTest, WaitFrameKeepsThePeriodForTwoThreads)
 {
     XrFrameState state{XR_TYPE_FRAME_STATE};
@@ -113,7 +114,7 @@ TEST(SwapchainRulesTest, CreationIsCheckedFieldByField)
     EXPECT_EQ(result([](auto& i) { i.sampleCount = 2; }), XR_ERROR_FEATURE_UNSUPPORTED);
     EXPECT_EQ(result([](auto& i) { i.arraySize = 0; }), XR_ERROR_VALIDATION_FAILURE);
     EXPECT_EQ(result([](auto& i) { i.mipCount = 0; }), XR_ERROR_VALIDATION_FAILURE);
-    EXPECT_EQ(result([](auto& i) { i.mipCount = 7; }), XR_SUCCESS); // 64, 32, ... 1
+    EXPECT_EQ(result([](auto& i) { i.mipCount = 7; }), XR_SUCCESS); // the sizes are 64, 32, ... 1
     EXPECT_EQ(result([](auto& i) { i.mipCount = 8; }), XR_ERROR_FEATURE_UNSUPPORTED);
     EXPECT_EQ(result([](auto& i) { i.faceCount = 2; }), XR_ERROR_VALIDATION_FAILURE);
     EXPECT_EQ(result([](auto& i) { i.faceCount = 6; }), XR_ERROR_FEATURE_UNSUPPORTED);

@@ -1,5 +1,5 @@
-// What a program has made of the runtime: the instance, the session, and what belongs to them; and
-// the one lock over all of it. Nothing waits or composes while it holds the lock.
+// The objects that a program has made: the instance, the session and everything that belongs to
+// them. One lock guards all of them. No thread waits or composes while it holds the lock.
 #pragma once
 
 #include "Compositor/Compositor.h"
@@ -30,7 +30,8 @@ struct Session
     Session(HandleTable& table, EventQueue& events, const Configuration& settings,
             std::unique_ptr<PoseSource> source, std::unique_ptr<Graphics> graphics);
 
-    /// A thread that makes a swapchain may still have the compositor, so it is stopped by name.
+    /// Stops the compositor explicitly, because a thread that makes a swapchain may still own a
+    /// reference to it.
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -46,10 +47,11 @@ struct Session
     AttachedSets attached;
     std::list<Space> spaces;
     std::list<Swapchain> swapchains;
-    Frame headlessFrame; // what a session without a compositor checks its layers with
+    Frame headlessFrame; // a session without a compositor checks its layers with this frame
     std::atomic<std::uint64_t> frames{0};
-    const std::shared_ptr<Compositor> compositor; // after what it refers to
-    const StatusPublisher status;                 // and this after all of it
+    // It is destroyed before the members that it refers to.
+    const std::shared_ptr<Compositor> compositor;
+    const StatusPublisher status; // it is destroyed first
 };
 
 struct Instance
@@ -73,12 +75,13 @@ struct Instance
 
 struct Runtime
 {
-    std::mutex mutex;                // guards everything below, and every object behind a handle
-    std::condition_variable changed; // the frame order, the session state, or a session is gone
+    std::mutex mutex; // guards all members below, and every object behind a handle
+    // The frame order or the session state has changed, or a session has ended.
+    std::condition_variable changed;
     HandleTable handles;
     std::unique_ptr<Instance> instance;
 
-    /// Where sessions get the head's orientation from; a test puts its own here.
+    /// Opens the source of the head's orientation for a session. A test replaces it.
     std::function<std::unique_ptr<PoseSource>(const std::string& source, std::string& complaint)>
         openPoseSource = OpenPoseSource;
 };
@@ -89,21 +92,23 @@ using Lock = std::unique_lock<std::mutex>;
 
 inline Lock LockRuntime() { return Lock(TheRuntime().mutex); }
 
-/// The object of a handle, which is valid while the lock is held.
+/// Returns the object of a handle. It is valid while the lock is held.
 template <typename Object, typename Handle>
 Object& Get(Handle handle)
 {
     return Resolve<Object>(TheRuntime().handles, handle);
 }
 
-/// With the lock held: takes the session from the program. What it returns ends without the lock.
+/// Takes the session from the instance. The caller holds the lock, and destroys the result without
+/// the lock.
 std::unique_ptr<Session> TakeSession(Instance& instance);
 
 constexpr XrSystemId SYSTEM_ID = 1;
 
 inline void RequireSystem(XrSystemId id) { Require(id == SYSTEM_ID, XR_ERROR_SYSTEM_INVALID); }
 
-/// XR_ERROR_VIEW_CONFIGURATION_TYPE_UNSUPPORTED for another one than primary stereo.
+/// Throws XR_ERROR_VIEW_CONFIGURATION_TYPE_UNSUPPORTED for every configuration except primary
+/// stereo.
 void RequireViewConfiguration(const Instance& instance, XrViewConfigurationType type);
 
 } // namespace qltxr

@@ -13,7 +13,7 @@ namespace qltxr
 namespace
 {
 
-/// Null for a headless session.
+/// Returns null for a headless session.
 std::unique_ptr<Graphics> OpenGraphics(const Instance& instance, const void* chain,
                                        const OutputSettings& settings)
 {
@@ -68,8 +68,8 @@ void SayAll(const Configuration& configuration, const std::string& complaint)
     }
 }
 
-/// A program that exits without destroying its session ends the compositor before the graphics
-/// driver ends, as this was constructed later.
+/// Ends the compositor when a program exits without destroying its session. The driver ends later,
+/// because this object was constructed after the driver's objects.
 struct SessionAtExit
 {
     ~SessionAtExit()
@@ -113,7 +113,7 @@ XrResult XRAPI_CALL DestroySession(XrSession handle)
 {
     Lock lock = LockRuntime();
     const std::unique_ptr<Session> session = TakeSession(InstanceOf(Get<Session>(handle)));
-    lock.unlock(); // the compositor ends without it
+    lock.unlock(); // the compositor ends without the lock
     return XR_SUCCESS;
 }
 
@@ -281,7 +281,7 @@ XrResult XRAPI_CALL LocateViews(XrSession handle, const XrViewLocateInfo* info, 
     const Person& person = session.head.Wearer();
     XrSpaceLocation location{};
     Locate({false, XR_REFERENCE_SPACE_TYPE_VIEW, {}}, base.origin, head, person, location, nullptr);
-    state->viewStateFlags = location.locationFlags; // the bits are the same
+    state->viewStateFlags = location.locationFlags; // both kinds of flags have the same bits
     for (std::uint32_t i = 0; wantsViews && i < VIEW_COUNT; ++i)
     {
         RequireType(&views[i], XR_TYPE_VIEW);

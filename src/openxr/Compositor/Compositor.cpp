@@ -14,9 +14,10 @@ namespace
 
 constexpr XrDuration MS = 1000000;
 constexpr XrDuration FIRST_LEAD = 5 * MS;
-constexpr XrDuration MAX_LEAD = 80 * MS; // what a prediction is good for
+constexpr XrDuration MAX_LEAD = 80 * MS; // predictions for later times are not useful
 
-/// Enough for a picture that takes as long as the last ones, and for a late thread.
+/// Returns a time that is enough for a picture that takes as long as the last ones, and for a
+/// thread that wakes up late.
 XrDuration NextLead(XrDuration lead, XrDuration drawTime)
 {
     const XrDuration needed = drawTime + drawTime / 4 + MS;
@@ -75,7 +76,7 @@ void Compositor::Run()
         mFailure = XR_ERROR_GRAPHICS_DEVICE_INVALID;
     }
     mStopping = true;
-    mFrames = {}; // lets the images go, while they can be deleted
+    mFrames = {}; // releases the images while they can still be deleted
     mTasks.clear();
     mGraphics->Leave();
     mDone.notify_all();
@@ -192,8 +193,8 @@ bool Compositor::WaitUntilUnread(const ImageSet& images, std::uint32_t image, Xr
     return true;
 }
 
-// A frame that is still being drawn waits for the next picture, unless the one before it is being
-// overwritten by the program.
+// A frame that is not completely drawn waits for the next picture. It does not wait when the
+// program already overwrites the frame before it.
 void Compositor::TakeNewest()
 {
     if (!mHasWaiting)
@@ -275,7 +276,8 @@ Picture Compositor::TakePicture()
     RunOnThread(
         [&](Lock& lock)
         {
-            mShownIsTaken = true; // takes the newest frame, drawn or not
+            // This takes the newest frame even when its drawing is not complete.
+            mShownIsTaken = true;
             Draw(lock, mClock.NextAfter(Now() + mLead));
             picture = mGraphics->ReadPicture();
         });

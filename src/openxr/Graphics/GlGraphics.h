@@ -1,4 +1,4 @@
-// The graphics interface with OpenGL 3.3.
+// Implements the graphics interface with OpenGL 3.3.
 #pragma once
 
 #include "Graphics/GlFunctions.h"
@@ -14,7 +14,7 @@ namespace qltxr
 class GlGraphics final : public Graphics
 {
 public:
-    /// XR_ERROR_GRAPHICS_DEVICE_INVALID when the context is older than OpenGL 3.3.
+    /// Throws XR_ERROR_GRAPHICS_DEVICE_INVALID when the context is older than OpenGL 3.3.
     explicit GlGraphics(std::unique_ptr<GlSurface> surface);
     ~GlGraphics() override;
 
@@ -41,7 +41,7 @@ private:
     GlFunctions mGl;
     std::shared_ptr<GlRemains> mRemains;
     std::optional<GlLensPass> mLens;
-    GLuint mTarget = 0; // what is composed, encoded as sRGB
+    GLuint mTarget = 0; // the composed picture, encoded as sRGB
     GLuint mTargetTexture = 0;
     std::uint32_t mWidth = 0;
     std::uint32_t mHeight = 0;

@@ -1,5 +1,6 @@
-// What the runtime needs of a graphics API: images that the program draws into, and the pass that
-// puts its layers through the lenses onto the panel. There is one implementation for each API.
+// The operations of a graphics API that the runtime needs. Images are the targets of the program's
+// drawing, and a pass draws its layers through the lenses onto the panel. Each API has one
+// implementation.
 #pragma once
 
 #include "Optics/Reprojection.h"
@@ -12,33 +13,33 @@
 namespace qltxr
 {
 
-/// What is to be drawn: layers in order, over black.
+/// The layers to draw, in their order, over black.
 struct Composition
 {
-    const Frame* frame = nullptr; // null or empty for black
-    Viewer scanStart;             // when the panel shows its first row
-    Viewer scanEnd;               // and its last
+    const Frame* frame = nullptr; // null or an empty frame gives black
+    Viewer scanStart;             // the viewer when the panel shows its first row
+    Viewer scanEnd;               // the viewer when the panel shows its last row
 };
 
 struct Picture
 {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::vector<std::uint8_t> rgb; // from the upper left corner, as the panel shows it
+    std::vector<std::uint8_t> rgb; // the pixels as the panel shows them, from the upper left corner
 };
 
-/// What the user has done to the window.
+/// The user's actions on the window.
 struct WindowEvents
 {
     bool closed = false;
     bool recentre = false;
 };
 
-/// Where the composed picture goes.
+/// The outputs of the composed picture.
 struct OutputSettings
 {
-    bool window = true;   // a desktop window when the headset's display is not there
-    bool picture = false; // compose although nobody sees it
+    bool window = true;   // opens a desktop window when the headset's display is missing
+    bool picture = false; // composes pictures even when no output shows them
     std::uint32_t width = 1280;
     std::uint32_t height = 720;
 };
@@ -48,39 +49,42 @@ class Graphics
 public:
     virtual ~Graphics() = default;
 
-    /// Any thread, before Enter, too: the formats of images, the best first.
+    /// The formats of images, the best first. Any thread, also before Enter.
     virtual std::vector<std::int64_t> Formats() const = 0;
 
-    /// Any thread: of the display that shows the picture; 0 when it does not say.
+    /// The refresh period of the display that shows the picture. 0 when the display does not report
+    /// it. Any thread.
     virtual XrDuration RefreshPeriod() const = 0;
 
-    /// Any thread: false when a composed picture would go nowhere.
+    /// Returns false when no output takes a composed picture. Any thread.
     virtual bool HasOutput() const = 0;
 
-    /// Any thread, for people: where the picture goes.
+    /// Describes the output to a person. Any thread.
     virtual std::string DescribeOutput() const = 0;
 
-    /// The compositor's thread, before and after everything that follows.
+    /// The compositor's thread calls Enter before the operations below and Leave after them.
     virtual void Enter() = 0;
     virtual void Leave() = 0;
 
-    /// XR_ERROR_OUT_OF_MEMORY or XR_ERROR_FEATURE_UNSUPPORTED when the API refuses.
+    /// Makes images. Throws XR_ERROR_OUT_OF_MEMORY or XR_ERROR_FEATURE_UNSUPPORTED when the API
+    /// refuses.
     virtual std::shared_ptr<ImageSet> CreateImages(const XrSwapchainCreateInfo& info,
                                                    std::uint32_t count) = 0;
 
-    /// True when the program's drawing of all images of the frame has come to its end.
+    /// Returns true when the program's drawing into all images of the frame is complete.
     virtual bool IsComplete(const Frame& frame) = 0;
 
-    /// Draws and returns when no image of the frame is being read any more.
+    /// Draws, and returns when no image of the frame is read any more.
     virtual void Draw(const Composition& composition) = 0;
 
-    /// Shows what was drawn. The time when the display took it; 0 when it does not say.
+    /// Shows the drawn picture. Returns the time at which the display took it, or 0 when the
+    /// display does not report it.
     virtual XrTime Present() = 0;
 
     virtual WindowEvents PollWindow() = 0;
     virtual Picture ReadPicture() = 0;
 
-    /// The objects of the API that exist, for tests.
+    /// The number of objects of the API that exist. The tests call it.
     virtual std::size_t CountObjects() const = 0;
 };
 

@@ -27,7 +27,7 @@ std::string Environment(const char* name)
     return value == nullptr ? std::string() : std::string(value);
 }
 
-/// "WIDTHxHEIGHT", or "off" for no window; false for anything else.
+/// Parses "WIDTHxHEIGHT", or "off" for no window. Returns false for every other text.
 bool ParseMirror(const std::string& text, OutputSettings& output)
 {
     if (text == "off")
@@ -51,7 +51,7 @@ bool ParseMirror(const std::string& text, OutputSettings& output)
     return true;
 }
 
-/// The fields of one JSON object, each of which is read at most once.
+/// The fields of one JSON object. Each field is read at most once.
 class Fields
 {
 public:

@@ -1,4 +1,4 @@
-// What the user has set: in a file, and over it in the environment.
+// The settings of the user. They come from a file, and the environment replaces some of them.
 #pragma once
 
 #include "Graphics/Graphics.h"
@@ -11,25 +11,27 @@ namespace qltxr
 
 struct Configuration
 {
-    std::string
-        source; // as `qlt monitor --source` has it; empty for the headset, or else a still one
-    std::string filter; // of the orientation; empty for the default one
+    // The name of the source, as for `qlt monitor --source`. An empty name means the headset, or a
+    // head at rest when there is no headset.
+    std::string source;
+    std::string filter; // the filter of the orientation; empty for the default
     Person person = DefaultPerson();
     OutputSettings output;
-    double rateHz = 0.0;      // of a display that does not say its own; 0 for 60
-    std::uint64_t frames = 0; // of the program, after which it is asked to exit; 0 for no limit
-    std::string pictureFile;  // of the last of these frames, as PPM
-    std::vector<std::string> complaints; // sentences about what was not understood
+    double rateHz = 0.0; // the rate of a display that does not report one; 0 means 60 Hz
+    // The program is asked to exit after this number of frames; 0 means no limit.
+    std::uint64_t frames = 0;
+    std::string pictureFile;             // the PPM file of the last of these frames
+    std::vector<std::string> complaints; // sentences about settings that were not understood
 };
 
-/// Reads the file CONFIG_HOME/quelta/openxr.json and the environment. What is not understood leaves
-/// its default and a complaint that names the file and the field.
+/// Reads the file CONFIG_HOME/quelta/openxr.json and the environment. A setting that is not
+/// understood keeps its default, and a complaint names the file and the field.
 Configuration LoadConfiguration();
 
-/// Of a text as in the file; `name` is for the complaints.
+/// Reads the settings from the text of such a file. `name` stands for the file in the complaints.
 Configuration ParseConfiguration(const std::string& text, const std::string& name);
 
-/// The folder $XDG_CONFIG_HOME, or else $HOME/.config.
+/// Returns the folder $XDG_CONFIG_HOME, or $HOME/.config when that is not set.
 std::string ConfigHome();
 
 } // namespace qltxr

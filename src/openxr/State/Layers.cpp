@@ -135,7 +135,7 @@ void TakeLayers(const HandleTable& table, const XrFrameEndInfo& info, Frame& fra
     }
     for (std::uint32_t i = info.layerCount; i < frame.layerCount; ++i)
     {
-        frame.layers[i].views = {}; // lets their images go
+        frame.layers[i].views = {}; // releases their images
     }
     frame.layerCount = info.layerCount;
     frame.displayTime = info.displayTime;

@@ -1,4 +1,4 @@
-// Places and turns in double precision, as a program's poses are combined.
+// Positions and rotations in double precision, to combine the poses of a program.
 #pragma once
 
 #include <openxr/openxr.h>
@@ -20,7 +20,7 @@ inline Vector operator-(const Vector& a, const Vector& b)
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 
-/// A unit quaternion.
+/// A rotation as a unit quaternion.
 struct Turn
 {
     double w = 1.0;
@@ -32,10 +32,10 @@ struct Turn
     Vector operator*(const Vector& v) const;
 };
 
-/// First `b`, then `a`.
+/// Rotates by `b` first and then by `a`.
 Turn operator*(const Turn& a, const Turn& b);
 
-/// A place and a turn: what it maps is turned first and moved then.
+/// A position and a rotation. It rotates a point first and then moves it.
 struct Rigid
 {
     Turn turn;
@@ -47,13 +47,13 @@ struct Rigid
 
 Rigid operator*(const Rigid& a, const Rigid& b);
 
-/// The quaternion is normalised.
+/// Normalises the quaternion of the pose.
 Rigid FromPose(const XrPosef& pose);
 XrPosef ToPose(const Rigid& rigid);
 XrVector3f ToVector(const Vector& v);
 
-/// XR_ERROR_POSE_INVALID for a quaternion whose length is more than 1 % off, and for values that
-/// are not finite.
+/// Throws XR_ERROR_POSE_INVALID for a quaternion whose length differs from 1 by more than 1 %, and
+/// for values that are not finite.
 void RequirePose(const XrPosef& pose);
 
 } // namespace qltxr

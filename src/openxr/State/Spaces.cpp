@@ -10,7 +10,7 @@ using qlt::Params;
 namespace
 {
 
-constexpr double STANDING_NECK_M = 1.55; // where qlt view has the neck
+constexpr double STANDING_NECK_M = 1.55; // qlt view uses the same height
 
 bool IsView(const SpaceOrigin& space)
 {
@@ -69,7 +69,8 @@ void Locate(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
 {
     const bool needsHead = NeedsHead(space, base);
     const bool known = !space.isAction && !base.isAction && (!needsHead || head.known);
-    // Without the head, both are fixed or both are on the head: its place does not matter.
+    // When the head is not needed, either both spaces are fixed or both are on the head. The pose
+    // of the head then has no influence.
     const Rigid place = known ? PlaceOf(base, needsHead ? head.pose : Rigid{}, person).Inverse() *
                                     PlaceOf(space, needsHead ? head.pose : Rigid{}, person)
                               : Rigid{};

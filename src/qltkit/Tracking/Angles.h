@@ -10,7 +10,7 @@ namespace qltkit
 
 constexpr double DEGREES_PER_RADIAN = 57.29577951308232;
 
-/// Nothing is interpolated over more than this.
+/// The longest step between two orientations that is interpolated.
 constexpr std::int64_t LONGEST_STEP_US = 50000;
 
 inline double AngleBetween(const Rotation& a, const Rotation& b)

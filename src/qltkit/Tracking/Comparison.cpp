@@ -17,7 +17,8 @@ namespace
 {
 
 constexpr std::int64_t SETTLING_US = 5000000;
-constexpr double LEAST_PAIR_SECONDS = 0.004; // of two points
+// The least length of an interval, which has two points.
+constexpr double LEAST_PAIR_SECONDS = 0.004;
 constexpr double HOLD_SECONDS = 0.05;
 constexpr std::size_t WORST_OF_A_TRACK = 5;
 constexpr Vector3 GRAVITY{0.0, 9.80665, 0.0};
@@ -45,7 +46,7 @@ void Check(const ComparisonInput& input)
     }
 }
 
-/// What is known about one of the two filters while the reports go by.
+/// The state of one of the two filters during the comparison.
 struct Filter
 {
     TruthCheck truth;
@@ -122,7 +123,7 @@ public:
         {
             if (track == Comparison::Difference && result.hasTruth)
             {
-                continue; // the errors themselves say more
+                continue; // the errors of the filters say more
             }
             for (const Peak& peak : mPeaks[track].Largest(WORST_OF_A_TRACK))
             {
@@ -145,7 +146,7 @@ private:
         mEnvelopes[track].Add(Seconds(timeUs), value);
     }
 
-    /// Also a candidate for the worst moments.
+    /// Adds an error to its curve and to the candidates for the worst moments.
     void AddError(Comparison::Track track, std::int64_t timeUs, double value)
     {
         Add(track, timeUs, value);
@@ -188,7 +189,7 @@ private:
         return mInput.timesUs[mInput.truth[row].report] - mInput.timesUs.front();
     }
 
-    /// With the rows of the truth that have become due.
+    /// Compares both filters with the rows of the truth until this time.
     void CompareWithTruth(std::int64_t timeUs, const Rotation& core, const Rotation& kit)
     {
         for (; mNextTruth < mInput.truth.size(); ++mNextTruth)
@@ -225,7 +226,7 @@ private:
         }
     }
 
-    /// Without a truth, the headings themselves.
+    /// Adds the headings themselves when there is no truth.
     void CompareHeadings(std::int64_t timeUs, const Rotation& core, const Rotation& kit)
     {
         if (!result.hasTruth)
@@ -268,7 +269,7 @@ private:
 
     const ComparisonInput& mInput;
     const std::int64_t mLagUs;
-    double mApartSeconds = 0.0; // what is closer is drawn as one
+    double mApartSeconds = 0.0; // closer stretches are drawn as one
     std::array<Envelope, Comparison::TRACKS> mEnvelopes;
     std::array<Peaks, Comparison::TRACKS> mPeaks;
     std::array<std::vector<Comparison::Stretch>, 3> mStretches;
@@ -277,7 +278,7 @@ private:
     Filter mCore;
     Filter mKit;
     std::size_t mNextTruth = 0;
-    std::int64_t mTruthUs = -1; // of the last comparison with the truth
+    std::int64_t mTruthUs = -1; // the time of the last comparison with the truth
     bool mStarted = false;
     std::int64_t mBeforeUs = 0;
     std::uint32_t mSequence = 0;

@@ -24,7 +24,7 @@ public:
     double Add(std::int64_t timeUs, const Rotation& orientation, const Rotation& predicted,
                std::int64_t fromUs);
 
-    /// The root mean square in degrees. NaN before the first comparison.
+    /// The root mean square in degrees. It is NaN before the first comparison.
     double Rms() const;
 
 private:

@@ -11,8 +11,8 @@ namespace qltkit
 class TruthCheck
 {
 public:
-    /// In degrees. The error of the heading is 0 at the first comparison. It is unwrapped, so it
-    /// has no jumps of 360 degrees.
+    /// The errors of one moment in degrees. The error of the heading is 0 at the first comparison.
+    /// It is unwrapped, so it has no jumps of 360 degrees.
     struct Errors
     {
         double inclination = 0.0;
@@ -23,7 +23,7 @@ public:
     Errors Compare(std::int64_t timeUs, const Rotation& orientation, const Rotation& truth,
                    bool counts);
 
-    /// In degrees. Both are NaN before the first comparison that counts.
+    /// Root mean squares in degrees. Both are NaN before the first comparison that counts.
     double InclinationRms() const;
     double InclinationMost() const;
 

@@ -18,12 +18,12 @@ namespace
 struct Options
 {
     std::string recording;
-    std::string truth; // empty: no comparison with one
+    std::string truth; // empty: no truth
     std::string html;  // empty: no page
     double lagMs = 0.0;
 };
 
-/// Also a file without a report, for which there is a page, too.
+/// Loads a recording. A file without a report is accepted, because there is a page for it, too.
 qltkit::Recording LoadCapture(const std::string& path)
 {
     std::error_code error;
@@ -118,11 +118,11 @@ CommandBody AddCompare(CLI::App& command)
     RequireName(
         command.add_option("--truth", options->truth, "Measured orientations to compare with"));
     RequireNumber(command.add_option("--lag", options->lagMs,
-                                     "How many milliseconds the reports are later than the truth"),
+                                     "The delay of the reports after the truth in milliseconds"),
                   -100.0, 100.0)
         ->capture_default_str();
     RequireName(command.add_option("--html", options->html,
-                                   "Write a page to look at, which works without a network"));
+                                   "Write a page for a browser, which works without a network"));
     command.callback(
         [options] {
             RequireDistinct({options->recording, options->truth}, {options->html});

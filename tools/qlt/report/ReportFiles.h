@@ -1,5 +1,5 @@
-// The parts of the page of "qlt compare --html" that are files of the source tree. The build makes
-// a C++ source of them.
+// The parts of the page of "qlt compare --html" that are files of the source tree. The build
+// generates a C++ source from them.
 #pragma once
 
 #include <string_view>

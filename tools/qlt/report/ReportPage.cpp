@@ -16,7 +16,7 @@ namespace
 using Json = nlohmann::ordered_json;
 using qltkit::Comparison;
 
-// As the page's script knows them, in the order of Comparison::Track and Comparison::Mark.
+// The names that the page's script uses, in the order of Comparison::Track and Comparison::Mark.
 constexpr const char* TRACK_NAMES[] = {
     "inclinationCore",  "inclinationKit",  "difference", "headingCore", "headingKit",
     "accelerationCore", "accelerationKit", "biasX",      "biasY",       "biasZ",
@@ -54,7 +54,7 @@ Json MarksOf(const Comparison& comparison)
     return marks;
 }
 
-/// All but the tracks, without the last brace.
+/// Returns everything except the tracks, without the last brace.
 std::string Head(const Comparison& comparison, const ReportNames& names, std::size_t reports)
 {
     Json worst = Json::array();
@@ -94,7 +94,7 @@ std::string Head(const Comparison& comparison, const ReportNames& names, std::si
     return text;
 }
 
-/// Four digits are more than a screen shows.
+/// Writes four digits, because a screen shows no more.
 void Append(std::string& text, const std::vector<float>& points)
 {
     std::array<char, 32> number{};

@@ -1,4 +1,4 @@
-// The page of "qlt compare --html".
+// Makes the page of "qlt compare --html".
 #pragma once
 
 #include <qltkit/Tracking/Comparison.h>
@@ -9,9 +9,9 @@
 struct ReportNames
 {
     std::string capture;
-    std::string truth; // empty: none
+    std::string truth; // empty: no truth
 };
 
-/// One HTML file, which needs nothing from anywhere else.
+/// Returns one HTML file. It needs no other file and no network.
 std::string MakeReportPage(const qltkit::Comparison& comparison, const ReportNames& names,
                            std::size_t reports);

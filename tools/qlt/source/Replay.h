@@ -1,4 +1,4 @@
-// A recording through a filter, as fast as it goes.
+// Runs a recording through a filter as fast as possible.
 #pragma once
 
 #include <qlt/Math/Quaternion.h>
@@ -8,12 +8,13 @@
 
 struct Replayed
 {
-    std::vector<qlt::Quaternion> orientations; // after each report
-    double seconds = 0.0; // that the replay took, from the start of tracking to the last event
+    std::vector<qlt::Quaternion> orientations; // the orientation after each report
+    double seconds = 0.0; // the duration from the start of tracking to the last event
 };
 
-/// Through the headset tracker, and so through the core's filter. The recording is not empty.
+/// Runs the recording through the headset tracker, which uses the core's filter. The recording must
+/// not be empty.
 Replayed ReplayCore(const qltkit::Recording& recording);
 
-/// Through the kit's estimator.
+/// Runs the recording through the kit's estimator.
 Replayed ReplayKit(const qltkit::Recording& recording);

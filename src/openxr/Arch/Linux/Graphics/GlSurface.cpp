@@ -17,7 +17,7 @@ namespace qltxr
 namespace
 {
 
-/// Puts back what was current on this thread.
+/// Restores the context that was current on this thread.
 class CurrentContext
 {
 public:
@@ -28,7 +28,7 @@ public:
         , mContext(glXGetCurrentContext())
     {
     }
-    /// `lastDisplay` is the display that was used in between.
+    /// `lastDisplay` is the display that was used meanwhile.
     void Restore(Display* lastDisplay) const
     {
         mContext != nullptr ? glXMakeContextCurrent(mDisplay, mDraw, mRead, mContext)
@@ -116,7 +116,7 @@ public:
         mOwn.Swap();
         if (!mMonitor.found)
         {
-            return 0; // of a desktop window, nobody knows when it is shown
+            return 0; // the time at which a desktop shows a window is unknown
         }
         return std::chrono::steady_clock::now().time_since_epoch().count();
     }

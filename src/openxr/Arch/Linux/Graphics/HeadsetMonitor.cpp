@@ -10,7 +10,7 @@ namespace qltxr
 namespace
 {
 
-// "QLT", five bits for each letter, as the identification data have it: big end first.
+// The identification data store "QLT" with five bits for each letter, the highest bits first.
 constexpr unsigned char MANUFACTURER[] = {0x45, 0x94};
 constexpr unsigned long MANUFACTURER_PLACE = 8;
 

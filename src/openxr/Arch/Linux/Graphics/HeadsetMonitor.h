@@ -1,4 +1,4 @@
-// The monitor that is the headset's panel.
+// Finds the monitor that is the headset's panel.
 #pragma once
 
 #include <openxr/openxr.h>
@@ -13,17 +13,17 @@ struct HeadsetMonitor
 {
     bool found = false;
     std::string name;
-    int x = 0; // on the X screen, pixels
+    int x = 0; // the position on the X screen in pixels
     int y = 0;
     unsigned width = 0;
     unsigned height = 0;
-    XrDuration period = 0; // 0 when the monitor does not say
+    XrDuration period = 0; // 0 when the monitor does not report it
 };
 
-/// By the manufacturer that the monitors' identification data name.
+/// Finds the monitor whose identification data name the headset's manufacturer.
 HeadsetMonitor FindHeadsetMonitor(Display* display);
 
-/// True for identification data of the headset's manufacturer.
+/// Returns true for identification data of the headset's manufacturer.
 bool IsHeadsetEdid(const unsigned char* edid, unsigned long size);
 
 } // namespace qltxr

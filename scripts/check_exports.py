@@ -32,7 +32,8 @@ def symbols(library, objdump):
         names = [line.split()[-1].split("@")[0] for line in lines]
     demangled = output_of("c++filt", text="\n".join(names)).splitlines()
     # The 64-bit integer has a different name on each system.
-    exported = {name.replace("unsigned long long", "unsigned long") for name in demangled}
+    exported = {name.replace("unsigned long long", "unsigned long").replace("ull>", "ul>")
+                for name in demangled}
     return {name for name in exported if not name.startswith(LEFT_OUT)}
 
 

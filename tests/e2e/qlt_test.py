@@ -99,7 +99,9 @@ class QltTest(unittest.TestCase):
     def install(self):
         """Copies the program and the library into a folder of their own. A test may put the host
         service beside them."""
-        for file in (ARGUMENTS.qlt, ARGUMENTS.library):
+        library = pathlib.Path(ARGUMENTS.library)
+        # On Linux the build's run path finds the kit.
+        for file in (ARGUMENTS.qlt, library, *library.parent.glob("QueltaKit.dll")):
             shutil.copy(file, self.folder)
         return str(self.folder / pathlib.Path(ARGUMENTS.qlt).name)
 
@@ -630,7 +632,8 @@ class QltTest(unittest.TestCase):
         self.assertEqual(os.listdir(self.folder), [])
 
     def test_compare_makes_a_page_that_needs_nothing_and_says_what_replay_says(self):
-        recording, truth = self.path("a <b> & c.bin"), self.path("truth.csv")
+        name = "a & b.bin" if ARGUMENTS.emulator else "a <b> & c.bin"  # Windows refuses "<"
+        recording, truth = self.path(name), self.path("truth.csv")
         self.qlt("synthesize", recording, "--truth", truth, "--seconds", "60")
         page = self.path("page.html")
         printed = self.qlt("compare", recording, "--truth", truth, "--html", page).stdout
@@ -639,7 +642,7 @@ class QltTest(unittest.TestCase):
         self.assertNotRegex(text, r"<link|<img|\bsrc=|@import|url\(")
         self.assertIn("Permission is hereby granted", text)
         data = json.loads(re.search(r'id="data">(.*?)</script>', text, re.DOTALL)[1])
-        self.assertEqual(data["name"], "a <b> & c.bin")
+        self.assertEqual(data["name"], name)
         for points in data["tracks"].values():
             self.assertEqual(len(points), 24000)
         for name in ("core", "kit"):

@@ -14,7 +14,7 @@ struct qltkit_CaptureReader
 
     qltkit::CaptureReader reader;
     qltkit::CaptureItem item;
-    std::string topic; // of the item, with a zero at the end
+    std::string topic; // the topic of the item, with a zero at the end
 };
 
 namespace

@@ -26,7 +26,7 @@ qltkit_Result Fail(qltkit_Result result, const char* text) noexcept
     }
     catch (const std::exception&)
     {
-        LastError() = "no memory"; // short enough to need none
+        LastError() = "no memory"; // this text is so short that it needs no memory
         return QLTKIT_ERROR_MEMORY;
     }
     return result;

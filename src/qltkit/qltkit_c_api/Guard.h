@@ -1,4 +1,5 @@
-// What every function of the C face needs: results instead of exceptions, and checked arguments.
+// Every function of the C face uses these helpers. They turn exceptions into results and check
+// arguments.
 #pragma once
 
 #include <qltkit/qltkit_c_api.h>

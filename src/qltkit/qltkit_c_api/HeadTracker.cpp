@@ -27,7 +27,7 @@ struct qltkit_HeadTracker
 
     qltkit::TrackerFeed feed;
     const ScriptedHeadset* script = nullptr; // null for a source without an end
-    std::optional<HeadTracker> tracker;      // after the members that it uses
+    std::optional<HeadTracker> tracker;      // it comes after the members that it uses
 };
 
 namespace
@@ -229,7 +229,8 @@ qltkit_Result qltkit_HeadTracker_NextSample(qltkit_HeadTracker* tracker, int32_t
                 std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
             for (;;)
             {
-                const bool isOver = handle.IsOver(); // first, because the last pose comes before it
+                // Ask first, because the last pose comes before the end.
+                const bool isOver = handle.IsOver();
                 if (TakeSample(handle, result))
                 {
                     return QLTKIT_OK;

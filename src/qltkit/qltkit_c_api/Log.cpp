@@ -19,7 +19,7 @@ struct LogTarget
 {
     qltkit_LogHandler handler;
     void* user;
-    int calls; // in flight; guarded by the mutex of LogState
+    int calls; // the calls in flight; the mutex of LogState guards it
 };
 
 struct LogState

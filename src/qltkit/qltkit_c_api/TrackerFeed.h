@@ -61,7 +61,7 @@ public:
     bool IsUp() const { return mIsUp; }
 
 private:
-    static constexpr std::size_t SIZE = 4096; // more than the poses that a tracker keeps
+    static constexpr std::size_t SIZE = 4096; // this is more than the poses that a tracker keeps
 
     const std::shared_ptr<CaptureWriter> mCapture;
     std::atomic<bool> mIsUp{false};

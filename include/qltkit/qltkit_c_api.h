@@ -334,7 +334,7 @@ extern "C"
         /** The number of reports. */
         uint64_t count;
         /** The times by the clock of the writer in nanoseconds. Null for a file that contains only
-         * reports.X*/
+         * reports. */
         const int64_t* hostTimeNs;
         /** The headset's clock in microseconds without its wrap. */
         const int64_t* deviceTimeUs;

@@ -412,8 +412,8 @@ extern "C"
     {
         /** The kind of the item: QLTKIT_ITEM_REPORT to QLTKIT_ITEM_OTHER. */
         int32_t kind;
-        /** The severity of a text: 1 debug, 2 information, 3 warning, 4 error, 5 fatal, 0
-         * unknown.X*/
+        /** The severity of a text: 1 debug, 2 information, 3 warning, 4 error, 5 fatal. It is 0
+         * when it is unknown. */
         int32_t level;
         /** The time by the steady clock of the writer's machine, in nanoseconds. */
         int64_t hostTimeNs;

@@ -1,5 +1,5 @@
-// Measures the cost of the OpenXR runtime without drawing: the time of one xrLocateViews, which may
-// take 1 us, and the processor time of all its threads per frame, which may take 0.3 ms.
+// Measures the cost of the OpenXR runtime without drawing. One xrLocateViews may take 1 us. The
+// processor time of all its threads may be 0.3 ms per frame.
 #include "Api/Functions.h"
 #include "Api/Runtime.h"
 

@@ -62,7 +62,7 @@ class Consumer:
         self.compile("pkg_config", flags)
 
     def package(self):
-        """Uses only the archive, which is unpacked in a folder of its own."""
+        """Uses only the archive, which is unpacked in its own folder."""
         shutil.rmtree(self.folder / "package", ignore_errors=True)
         generator = "ZIP" if self.windows else "TGZ"
         run([pathlib.Path(self.arguments.cmake).with_name("cpack"), "-G", generator, "-B",

@@ -17,7 +17,7 @@ using SensorVector = std::array<double, 3>;
 /// them after its calibration.
 struct SensorValues
 {
-    /// Gyroscope, rad/s; accelerometer, g; magnetometer, gauss.
+    /// The gyroscope in rad/s, the accelerometer in g and the magnetometer in gauss.
     std::array<SensorVector, 3> vectors{};
     double temperatureC = 0.0;
 };

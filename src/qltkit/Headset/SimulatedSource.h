@@ -8,7 +8,7 @@
 namespace qltkit
 {
 
-/// The software headset on a USB port of its own, in real time.
+/// The software headset on its own USB port, in real time.
 class SimulatedSource final : public Source
 {
 public:

@@ -17,8 +17,8 @@ using Errors = std::array<double, COUNT>;
 
 constexpr double Square(double x) { return x * x; }
 
-// Noise of the angle: a constant part in rad^2/s, and a part that grows with the rate, because
-// scale and axes of a gyroscope have errors of some tenths of a percent.
+// The noise of the angle has two parts. One is constant, in rad^2/s. The other grows with the rate,
+// because scale and axes of a gyroscope have errors of some tenths of a percent.
 constexpr double ANGLE_NOISE = Square(0.05 * RADIANS_PER_DEGREE);
 constexpr double ANGLE_NOISE_PER_RATE = Square(0.001);
 
@@ -29,13 +29,13 @@ constexpr double BIAS_GROWTH = Square(0.005 * RADIANS_PER_DEGREE);
 constexpr double BIAS_GROWTH_UNKNOWN = Square(0.01 * RADIANS_PER_DEGREE);
 constexpr double MAX_BIAS_VARIANCE = Square(2.0 * FIRST_BIAS_DEVIATION);
 
-// Noise of the velocity: a constant part in (m/s)^2/s, and a part that grows with the acceleration,
-// because scale, axes and timing of an accelerometer have errors of some percent.
+// The noise of the velocity has two parts. One is constant, in (m/s)^2/s. The other grows with the
+// acceleration, because scale, axes and timing of an accelerometer have errors of some percent.
 constexpr double VELOCITY_NOISE = Square(0.01);
 constexpr double VELOCITY_NOISE_PER_ACCELERATION = Square(0.03);
 
-// Spread of the head's position and velocity with a correlation time of half a second: a constant
-// part, and a part per m/s^2 of shaking.
+// The spread of the head's position and velocity with a correlation time of half a second. It has a
+// constant part, and a part per m/s^2 of shaking.
 constexpr double POSITION_DENSITY = Square(0.06);
 constexpr double POSITION_DENSITY_PER_SHAKING = Square(0.02);
 constexpr double VELOCITY_DENSITY = Square(0.4);

@@ -30,9 +30,9 @@ public:
     /// Returns the oldest event that Poll has not returned yet. Any thread.
     std::optional<TrackerEvent> Poll();
 
-    /// Sets the handler. It gets every event that no earlier handler has got, on a thread of its
-    /// own. The call waits until the previous handler has returned, unless that handler made this
-    /// call. Any thread.
+    /// Sets the handler. It gets every event that no earlier handler has got, and it runs on its
+    /// own thread. The call waits until the previous handler has returned, unless that handler made
+    /// this call. Any thread.
     void SetHandler(Handler handler);
 
     /// Ends the handler's thread permanently.

@@ -258,7 +258,7 @@ void OrientationEstimator::Track(const ImuSample& sample, const Vector3& acceler
     }
     else
     {
-        constexpr double UNSEEN_DENSITY = 2.5; // (m/s)^2/s, a head that moves at will
+        constexpr double UNSEEN_DENSITY = 2.5; // (m/s)^2/s, for a head that moves freely
         WidenVelocity(mState, {1.0, 0.0, 0.0}, std::sqrt(UNSEEN_DENSITY * seconds));
         WidenVelocity(mState, {0.0, 0.0, 1.0}, std::sqrt(UNSEEN_DENSITY * seconds));
     }

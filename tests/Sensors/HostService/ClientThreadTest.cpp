@@ -54,8 +54,8 @@ TEST_F(ClientThreadTest, ConnectsWhenTheServiceAnnouncesAndDropsEverythingAtTheE
               "ClientManager_stop ClientManager_destroy ");
 }
 
-// Each row says which connections are dropped, in which order, and how many stay. All of them come
-// back when they are announced again.
+// Each row has the dropped connections in their order and the number of those that stay. All of
+// them come back when they are announced again.
 TEST_F(ClientThreadTest, EveryWithdrawalDropsTheConnectionsThatDependOnIt)
 {
     const std::tuple<News, std::size_t, std::string> rows[] = {

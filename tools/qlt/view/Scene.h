@@ -7,10 +7,10 @@
 
 #include <vector>
 
-/// The scene around the head: a sky with lines that show headings and elevations, a checkered
-/// floor, a ring of checkered cubes coloured by their heading (forward is red), and the axes of the
-/// world (x red, y green, z blue towards the viewer). Units are metres, y is up, -z is forward, and
-/// the floor is at 0.
+/// The scene around the head. A sky has lines that show headings and elevations. A ring of
+/// checkered cubes stands on a checkered floor, coloured by their heading; red is forward. The axes
+/// of the world are x red, y green and z blue towards the viewer. Units are metres, y is up, -z is
+/// forward, and the floor is at 0.
 ///
 /// It belongs to an OpenGL context, as a GlProgram does.
 class Scene

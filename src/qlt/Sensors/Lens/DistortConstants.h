@@ -23,8 +23,8 @@ constexpr float OUTSIDE_DEPTH = -1.1f;
 extern float DISTORT_OFFSET_Y_MM;
 extern float DISTORT_OFFSET_Y;
 
-/// The field of view for which the tables were measured, in radians, and the panel width against
-/// which they are scaled, in millimetres.
+/// The conditions of the measurement: the field of view of the tables in radians, and the panel
+/// width of their scale in millimetres.
 extern float DISTORT_FOV_RAD;
 extern float DISTORT_WIDTH_MM;
 

@@ -339,8 +339,8 @@ TEST_F(DirectModeTest, CopiesShareOneStateAndTheFirstDestroyedShutsDown)
     EXPECT_LT(CountReferences(device), references);
 }
 
-// A fake driver lies beside the program. The test has a process of its own, because the library
-// looks for the driver once.
+// A fake driver lies beside the program. The test has its own process, because the library looks
+// for the driver once.
 TEST(DirectModeDeathTest, ADriverBesideTheProgramIsNotLoaded)
 {
     EXPECT_EXIT(

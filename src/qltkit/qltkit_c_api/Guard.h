@@ -1,4 +1,4 @@
-// Every function of the C face uses these helpers. They turn exceptions into results and check
+// Every function of the C interface uses these helpers. They turn exceptions into results and check
 // arguments.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The C face gives what the C++ face gives, number for number. The scripts differ in every axis,
+// The C interface gives the same numbers as the C++ interface. The scripts differ in every axis,
 // and every argument differs from its neighbours.
 #include <qltkit/qltkit_c_api.h>
 
@@ -47,7 +47,7 @@ struct Opened
     void (*deleter)(Handle*);
 };
 
-/// A tracker of the C face that has come to the end of the script, and all of its samples.
+/// A tracker of the C interface that has come to the end of the script, and all of its samples.
 struct TrackedScript
 {
     explicit TrackedScript(qltkit_HeadTrackerOptions* options)
@@ -70,7 +70,7 @@ struct TrackedScript
     std::vector<qltkit_Sample> samples;
 };
 
-/// Tracks the script with the C++ face to its end.
+/// Tracks the script with the C++ interface to its end.
 void Finish(ScriptedHeadset& headset, HeadTracker& tracker)
 {
     while (!headset.IsOver() || tracker.Latest().state != qltkit::PoseState::Lost)

@@ -1,6 +1,6 @@
-// The operations of a graphics API that the runtime needs. Images are the targets of the program's
-// drawing, and a pass draws its layers through the lenses onto the panel. Each API has one
-// implementation.
+// The operations of a graphics API that the runtime needs. It makes the images into which the
+// program draws, and it draws the program's layers through the lenses onto the panel. Each API has
+// one implementation.
 #pragma once
 
 #include "Optics/Reprojection.h"
@@ -13,7 +13,7 @@
 namespace qltxr
 {
 
-/// The layers to draw, in their order, over black.
+/// The layers to draw, in their order, on a black background.
 struct Composition
 {
     const Frame* frame = nullptr; // null or an empty frame gives black

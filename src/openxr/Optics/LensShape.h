@@ -1,5 +1,5 @@
-// The lens of an eye as tangents. They say which direction of the eye's field of view each point of
-// the panel shows in each colour, and where the lens ends.
+// The lens of an eye as tangents. For each point of the panel and each colour, they give the
+// direction in the eye's field of view. They also show where the lens ends.
 #pragma once
 
 #include <qlt/Sensors/Params.h>

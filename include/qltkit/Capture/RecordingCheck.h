@@ -44,10 +44,11 @@ struct RecordingCheck
     bool isRecording = true;
 };
 
-/// Tells a recording from other files, and finds its faults. The headset counts its reports one by
-/// one and sends one each millisecond, so the sequence and the device time must agree: each report
-/// takes 0.25 ms to 4 ms. Gaps and pauses of up to 10 s are plausible. Repeated, swapped, torn and
-/// shifted reports and jumps are not. `recording` must have at least one report. Any thread.
+/// Distinguishes a recording from other files, and finds its faults. The headset counts its reports
+/// one by one and sends one each millisecond, so the sequence and the device time must agree: each
+/// report takes 0.25 ms to 4 ms. Gaps and pauses of up to 10 s are plausible. Repeated, swapped,
+/// torn and shifted reports and jumps are not. `recording` must have at least one report. Any
+/// thread.
 QLTKIT_API RecordingCheck CheckRecording(const Recording& recording);
 
 } // namespace qltkit

@@ -55,8 +55,8 @@ public:
     /// The standard deviation of the bias for each axis, in rad/s.
     Vector3 GetBiasDeviation() const;
 
-    /// The standard deviation of the angle to the vertical, in radians. It is at most pi, which it
-    /// is before the first usable sample.
+    /// The standard deviation of the angle to the vertical, in radians. It is at most pi. Before
+    /// the first usable sample it is pi.
     double GetInclinationDeviation() const;
 
     /// The standard deviation of the heading since the start, in radians. It is at most pi. No

@@ -2,7 +2,7 @@
 
 #include <qlt/qlt.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 #include "output/PngFile.h"
 #include "source/HeadsetSearch.h"
@@ -134,12 +134,11 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddCamera(CLI::App& command)
+CommandBody AddCamera(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Show the frame rate of the headset's camera");
-    AddSeconds(command, options->seconds, "Stop after this number of seconds")
-        ->capture_default_str();
-    RequireName(command.add_option("--png", options->png, "Save the last frame as a picture"));
+    line.Describe("Show the frame rate of the headset's camera");
+    line.Seconds(options->seconds, "Stop after this number of seconds").ShowDefault();
+    line.File("--png", options->png, "Save the last frame as a picture");
     return [options] { return Run(*options); };
 }

@@ -2,27 +2,19 @@
 // its result on standard output, and an error as one line on standard error.
 #pragma once
 
-#include <functional>
-
-namespace CLI
-{
-class App;
-}
-
-/// Runs a subcommand with its parsed options and returns the exit code.
-using CommandBody = std::function<int()>;
+#include "commands/CommandLine.h"
 
 /// Each function adds the description and the options of its subcommand and returns its body. The
 /// program calls the body at most once, after it has parsed the command line.
-CommandBody AddCamera(CLI::App& command);
-CommandBody AddCompare(CLI::App& command);
-CommandBody AddInfo(CLI::App& command);
-CommandBody AddMesh(CLI::App& command);
-CommandBody AddMonitor(CLI::App& command);
-CommandBody AddOpenXr(CLI::App& command); // only in builds with the runtime
-CommandBody AddOptics(CLI::App& command);
-CommandBody AddRecord(CLI::App& command);
-CommandBody AddReplay(CLI::App& command);
-CommandBody AddScript(CLI::App& command);
-CommandBody AddSynthesize(CLI::App& command);
-CommandBody AddView(CLI::App& command);
+CommandBody AddCamera(CommandLine line);
+CommandBody AddCompare(CommandLine line);
+CommandBody AddInfo(CommandLine line);
+CommandBody AddMesh(CommandLine line);
+CommandBody AddMonitor(CommandLine line);
+CommandBody AddOpenXr(CommandLine line); // only in builds with the runtime
+CommandBody AddOptics(CommandLine line);
+CommandBody AddRecord(CommandLine line);
+CommandBody AddReplay(CommandLine line);
+CommandBody AddScript(CommandLine line);
+CommandBody AddSynthesize(CommandLine line);
+CommandBody AddView(CommandLine line);

@@ -1,6 +1,6 @@
 #include "commands/Commands.h"
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/Orientation.h"
 #include "output/OutputFile.h"
 #include "report/ReportPage.h"
@@ -108,22 +108,18 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddCompare(CLI::App& command)
+CommandBody AddCompare(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Compare the core's filter with the kit's estimator on a recording");
-    RequireName(command.add_option("recording", options->recording,
-                                   "64-byte sensor reports, one after another"))
-        ->required();
-    RequireName(
-        command.add_option("--truth", options->truth, "Measured orientations to compare with"));
-    RequireNumber(command.add_option("--lag", options->lagMs,
-                                     "The delay of the reports after the truth in milliseconds"),
-                  -100.0, 100.0)
-        ->capture_default_str();
-    RequireName(command.add_option("--html", options->html,
-                                   "Write a page for a browser, which works without a network"));
-    command.callback(
+    line.Describe("Compare the core's filter with the kit's estimator on a recording");
+    line.File("recording", options->recording, "64-byte sensor reports, one after another")
+        .Required();
+    line.File("--truth", options->truth, "Measured orientations to compare with");
+    line.Number("--lag", options->lagMs, -100.0, 100.0,
+                "The delay of the reports after the truth in milliseconds")
+        .ShowDefault();
+    line.File("--html", options->html, "Write a page for a browser, which works without a network");
+    line.AfterParsing(
         [options] {
             RequireDistinct({options->recording, options->truth}, {options->html});
         });

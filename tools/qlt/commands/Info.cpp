@@ -72,8 +72,8 @@ int Run()
 
 } // namespace
 
-CommandBody AddInfo(CLI::App& command)
+CommandBody AddInfo(CommandLine line)
 {
-    command.description("Show the version, the device's constants and what is connected");
+    line.Describe("Show the version, the device's constants and what is connected");
     return Run;
 }

@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 
 #include "Sensors/Lens/DistortConstants.h"
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 
 #include <algorithm>
@@ -18,8 +18,9 @@ namespace
 
 struct Options
 {
-    bool rightEye = false;
-    int resX = 32; // cells
+    std::string eye = "left"; // or "right"
+    std::string resolution = "32x36";
+    int resX = 32; // cells; ParseResolution sets both
     int resY = 36;
     bool strip = false;
     std::string svg; // empty: no file; likewise for obj and csv
@@ -46,7 +47,7 @@ class Mesh
 public:
     explicit Mesh(const Options& options)
         : mBuilder(options.resX, options.resY,
-                   options.rightEye ? qlt::Params::EYE_RIGHT : qlt::Params::EYE_LEFT,
+                   options.eye == "right" ? qlt::Params::EYE_RIGHT : qlt::Params::EYE_LEFT,
                    !options.strip)
     {
         mBuilder.BuildMesh();
@@ -85,7 +86,7 @@ void WriteObj(const Mesh& mesh, const Options& options, OutputFile& file)
 {
     file.Print(
         "# Lens mesh of the %s eye, %d x %d cells. Texture coordinates: the green channel.\n",
-        options.rightEye ? "right" : "left", options.resX, options.resY);
+        options.eye.c_str(), options.resX, options.resY);
     for (int i = 0; i < mesh.Vertices(); ++i)
     {
         const Vec3& p = mesh.Position(i);
@@ -124,7 +125,7 @@ public:
     Drawing(const Mesh& mesh, const Options& options, OutputFile& file)
         : mMesh(mesh)
         , mOptions(options)
-        , mCenter(OnPaper(options.rightEye ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
+        , mCenter(OnPaper(options.eye == "right" ? LENS_CENTER_X : -LENS_CENTER_X, 0.0))
         , mFile(file)
     {
     }
@@ -149,7 +150,7 @@ public:
                     "fill=\"#ccc\">",
                     MARGIN, HEIGHT + 2 * MARGIN + 6);
         mFile.Print("A square grid on the panel, %s lens, %d x %d cells; grey: outside of the lens",
-                    mOptions.rightEye ? "right" : "left", mOptions.resX, mOptions.resY);
+                    mOptions.eye.c_str(), mOptions.resX, mOptions.resY);
         mFile.Write("</text>\n</svg>\n");
         mFile.Close();
     }
@@ -275,8 +276,8 @@ int Run(const Options& options)
         WriteCsv(mesh, csv);
     }
     std::printf("%s eye, %d x %d cells: %d vertices, %d indices of a %s, %zu triangles\n",
-                options.rightEye ? "right" : "left", options.resX, options.resY, mesh.Vertices(),
-                mesh.Indices(), options.strip ? "strip" : "list", mesh.triangles.size());
+                options.eye.c_str(), options.resX, options.resY, mesh.Vertices(), mesh.Indices(),
+                options.strip ? "strip" : "list", mesh.triangles.size());
     return 0;
 }
 
@@ -297,25 +298,19 @@ std::string ParseResolution(const std::string& text, Options& options)
 
 } // namespace
 
-CommandBody AddMesh(CLI::App& command)
+CommandBody AddMesh(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Build the lens mesh of one eye, and draw or write it");
-    command
-        .add_option_function<std::string>(
-            "--eye", [options](const std::string& eye) { options->rightEye = eye == "right"; },
-            "left or right")
-        ->check(CLI::IsMember({"left", "right"}))
-        ->default_str("left");
-    command.add_option("--resolution", "Cells across and down, as WxH")
-        ->default_str("32x36")
-        ->check([options](const std::string& text) { return ParseResolution(text, *options); });
-    command.add_flag("--strip", options->strip, "One triangle strip instead of a list");
-    RequireName(command.add_option("--svg", options->svg,
-                                   "Draw a square grid as the panel shows it to the lens"));
-    RequireName(command.add_option("--obj", options->obj, "Write the mesh for other programs"));
-    RequireName(command.add_option("--csv", options->csv, "Write its vertices as numbers"));
-    command.callback(
+    line.Describe("Build the lens mesh of one eye, and draw or write it");
+    line.Choice("--eye", options->eye, {"left", "right"}, "left or right").ShowDefault();
+    line.Text("--resolution", options->resolution, "Cells across and down, as WxH")
+        .ShowDefault()
+        .Check([options](const std::string& text) { return ParseResolution(text, *options); });
+    line.Flag("--strip", options->strip, "One triangle strip instead of a list");
+    line.File("--svg", options->svg, "Draw a square grid as the panel shows it to the lens");
+    line.File("--obj", options->obj, "Write the mesh for other programs");
+    line.File("--csv", options->csv, "Write its vertices as numbers");
+    line.AfterParsing(
         [options] {
             RequireDistinct({}, {options->svg, options->obj, options->csv});
         });

@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 #include <qltkit/Headset/ReportFollower.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/Orientation.h"
 #include "output/StandardOutput.h"
 #include "output/Terminal.h"
@@ -198,16 +198,16 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddMonitor(CLI::App& command)
+CommandBody AddMonitor(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Show a tracker's orientation live");
-    AddSource(command, options->source);
-    AddSeconds(command, options->seconds, "Stop after so many seconds");
-    RequireName(command.add_option("--csv", options->csv, "Write every orientation to this file"));
-    command.add_flag("--objects", options->objects,
-                     "Show the first objects that the host service tracks, too");
-    command.callback([options]
-                     { RequireDistinct({FileOfSource(options->source)}, {options->csv}); });
+    line.Describe("Show a tracker's orientation live");
+    line.Source(options->source);
+    line.Seconds(options->seconds, "Stop after so many seconds");
+    line.File("--csv", options->csv, "Write every orientation to this file");
+    line.Flag("--objects", options->objects,
+              "Show the first objects that the host service tracks, too");
+    line.AfterParsing([options]
+                      { RequireDistinct({FileOfSource(options->source)}, {options->csv}); });
     return [options] { return Run(*options); };
 }

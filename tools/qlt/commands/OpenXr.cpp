@@ -2,7 +2,7 @@
 
 #include "Setup/ActiveRuntime.h"
 #include "Setup/System.h"
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 #include "output/PngFile.h"
 #include "output/StandardOutput.h"
@@ -182,46 +182,42 @@ int RunProgram(const Options& options)
     return code;
 }
 
-void SetUpRun(CLI::App& run, Options& options)
+void SetUpRun(CommandLine line, Options& options)
 {
-    run.add_option("program", options.program, "The program and its arguments")->required();
-    run.add_option("--source", options.source, "Where the head's orientation comes from");
-    run.add_option("--mirror", options.mirror,
-                   "The size of the window, as 1280x720, or off for none");
-    run.add_option("--png", options.png, "A picture of what the panel shows after --frames");
-    RequireNumber(run.add_option("--frames", options.frames,
-                                 "Ask the program to exit after this number of frames"),
-                  1, MOST_FRAMES);
-    run.positionals_at_end();
+    line.Rest("program", options.program, "The program and its arguments");
+    line.Text("--source", options.source, "Where the head's orientation comes from");
+    line.Text("--mirror", options.mirror, "The size of the window, as 1280x720, or off for none");
+    line.Text("--png", options.png, "A picture of what the panel shows after --frames");
+    line.Number("--frames", options.frames, 1, MOST_FRAMES,
+                "Ask the program to exit after this number of frames");
 }
 
 } // namespace
 
-CommandBody AddOpenXr(CLI::App& command)
+CommandBody AddOpenXr(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Run programs that speak OpenXR on the headset");
-    command.require_subcommand(1);
-    CLI::App* status =
-        command.add_subcommand("status", "Show the active runtime and the state of its sessions");
-    status->add_flag("--watch", options->watch, "Go on until Ctrl-C");
-    CLI::App* enable =
-        command.add_subcommand("enable", "Make this runtime the active one for your programs");
-    enable->add_flag("--force", options->force, "Put another runtime's setting aside");
-    CLI::App* disable = command.add_subcommand("disable", "Undo enable");
-    SetUpRun(*command.add_subcommand("run", "Run one program on this runtime"), *options);
+    line.Describe("Run programs that speak OpenXR on the headset");
+    CommandLine status =
+        line.Subcommand("status", "Show the active runtime and the state of its sessions");
+    status.Flag("--watch", options->watch, "Go on until Ctrl-C");
+    CommandLine enable =
+        line.Subcommand("enable", "Make this runtime the active one for your programs");
+    enable.Flag("--force", options->force, "Put another runtime's setting aside");
+    CommandLine disable = line.Subcommand("disable", "Undo enable");
+    SetUpRun(line.Subcommand("run", "Run one program on this runtime"), *options);
     return [options, status, enable, disable]
     {
-        if (status->parsed())
+        if (status.IsGiven())
         {
             return Status(*options);
         }
-        if (!enable->parsed() && !disable->parsed())
+        if (!enable.IsGiven() && !disable.IsGiven())
         {
             return RunProgram(*options);
         }
         const std::string done =
-            enable->parsed() ? qltxr::EnableRuntime(options->force) : qltxr::DisableRuntime();
+            enable.IsGiven() ? qltxr::EnableRuntime(options->force) : qltxr::DisableRuntime();
         std::printf("%s\n", done.c_str());
         return 0;
     };

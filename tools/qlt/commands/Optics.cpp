@@ -4,7 +4,7 @@
 
 #include "Sensors/Lens/DistortConstants.h"
 #include "Sensors/Lens/DistortionTables.h"
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 
 #include <array>
@@ -152,10 +152,10 @@ int Run(const std::string& svg)
 
 } // namespace
 
-CommandBody AddOptics(CLI::App& command)
+CommandBody AddOptics(CommandLine line)
 {
     auto svg = std::make_shared<std::string>();
-    command.description("Draw the measured lens");
-    RequireName(command.add_option("--svg", *svg, "The file to draw"))->required();
+    line.Describe("Draw the measured lens");
+    line.File("--svg", *svg, "The file to draw").Required();
     return [svg] { return Run(*svg); };
 }

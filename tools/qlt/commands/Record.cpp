@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 #include <qltkit/Headset/ReportRecorder.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
 
@@ -55,12 +55,11 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddRecord(CLI::App& command)
+CommandBody AddRecord(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Write the headset's reports down as they come, for replay");
-    RequireName(command.add_option("recording", options->recording, "The file to write"))
-        ->required();
-    AddSeconds(command, options->seconds, "Stop after so many seconds");
+    line.Describe("Write the headset's reports down as they come, for replay");
+    line.File("recording", options->recording, "The file to write").Required();
+    line.Seconds(options->seconds, "Stop after so many seconds");
     return [options] { return Run(*options); };
 }

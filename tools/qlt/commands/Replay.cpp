@@ -1,6 +1,6 @@
 #include "commands/Commands.h"
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/Orientation.h"
 #include "output/Terminal.h"
 #include "source/RecordingFaults.h"
@@ -107,20 +107,17 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddReplay(CLI::App& command)
+CommandBody AddReplay(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Run a recording through a filter, as fast as it goes");
-    RequireName(command.add_option("recording", options->recording,
-                                   "64-byte sensor reports, one after another"))
-        ->required();
-    RequireName(
-        command.add_option("--truth", options->truth, "Measured orientations to compare with"));
-    RequireName(command.add_option("--csv", options->csv,
-                                   "Write the orientation after every report to this file"));
-    AddFilter(command, options->filter);
-    command.add_flag("--json", options->json, "Print one JSON object and nothing else");
-    command.callback(
+    line.Describe("Run a recording through a filter, as fast as it goes");
+    line.File("recording", options->recording, "64-byte sensor reports, one after another")
+        .Required();
+    line.File("--truth", options->truth, "Measured orientations to compare with");
+    line.File("--csv", options->csv, "Write the orientation after every report to this file");
+    line.Filter(options->filter);
+    line.Flag("--json", options->json, "Print one JSON object and nothing else");
+    line.AfterParsing(
         [options] {
             RequireDistinct({options->recording, options->truth}, {options->csv});
         });

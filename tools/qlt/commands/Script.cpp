@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 #include <qltkit/Headset/ScriptedHeadset.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 #include "output/ScriptPicture.h"
 
@@ -161,16 +161,13 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddScript(CLI::App& command)
+CommandBody AddScript(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Check the script of a scripted headset, and draw it");
-    RequireName(command.add_option("script", options->script, "The script, a JSON file"))
-        ->required();
-    RequireName(command.add_option("--svg", options->svg,
-                                   "Draw the head, the gyroscope, and the events over time"));
-    AddSeconds(command, options->seconds, "Stop after this number of seconds of the script")
-        ->capture_default_str();
-    command.callback([options] { RequireDistinct({options->script}, {options->svg}); });
+    line.Describe("Check the script of a scripted headset, and draw it");
+    line.File("script", options->script, "The script, a JSON file").Required();
+    line.File("--svg", options->svg, "Draw the head, the gyroscope, and the events over time");
+    line.Seconds(options->seconds, "Stop after this number of seconds of the script").ShowDefault();
+    line.AfterParsing([options] { RequireDistinct({options->script}, {options->svg}); });
     return [options] { return Run(*options); };
 }

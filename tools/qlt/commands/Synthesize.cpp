@@ -2,7 +2,7 @@
 
 #include <qltkit/Headset/SoftwareHeadset.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/OutputFile.h"
 #include "source/Interrupt.h"
 
@@ -60,21 +60,18 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddSynthesize(CLI::App& command)
+CommandBody AddSynthesize(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Write the recording of a software headset that turns, nods and rests");
-    RequireName(command.add_option("recording", options->recording, "The file to write"))
-        ->required();
-    RequireName(
-        command.add_option("--truth", options->truth, "Write the true orientations to this file"));
-    RequireNumber(command.add_option("--seconds", options->seconds, "Length of the recording"),
-                  0.001, 3600.0)
-        ->capture_default_str();
-    RequireNumber(command.add_option("--seed", options->seed, "Another seed gives another motion"),
-                  std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max())
-        ->capture_default_str();
-    command.add_flag("--ideal", options->ideal, "Sensors without bias and noise");
-    command.callback([options] { RequireDistinct({}, {options->recording, options->truth}); });
+    line.Describe("Write the recording of a software headset that turns, nods and rests");
+    line.File("recording", options->recording, "The file to write").Required();
+    line.File("--truth", options->truth, "Write the true orientations to this file");
+    line.Number("--seconds", options->seconds, 0.001, 3600.0, "Length of the recording")
+        .ShowDefault();
+    line.Number("--seed", options->seed, 0, std::numeric_limits<std::uint64_t>::max(),
+                "Another seed gives another motion")
+        .ShowDefault();
+    line.Flag("--ideal", options->ideal, "Sensors without bias and noise");
+    line.AfterParsing([options] { RequireDistinct({}, {options->recording, options->truth}); });
     return [options] { return Run(*options); };
 }

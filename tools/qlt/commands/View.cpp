@@ -3,7 +3,7 @@
 #include <qlt/qlt.h>
 #include <qltkit/Headset/ReportFollower.h>
 
-#include "commands/OptionChecks.h"
+#include "commands/CommandLine.h"
 #include "output/Orientation.h"
 #include "output/PngFile.h"
 #include "source/HeadsetSearch.h"
@@ -228,17 +228,16 @@ int Run(const Options& options)
 
 } // namespace
 
-CommandBody AddView(CLI::App& command)
+CommandBody AddView(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    command.description("Look around in a scene as the headset shows it; D: lens on and off, "
-                        "R or space: here is forward, Esc: close");
-    AddSource(command, options->source);
-    RequireName(
-        command.add_option("--png", options->png,
-                           "Instead of a window: save one picture, of a moment some seconds in"));
-    AddSeconds(command, options->seconds, "Close after so many seconds; that moment");
-    command.callback([options]
-                     { RequireDistinct({FileOfSource(options->source)}, {options->png}); });
+    line.Describe("Look around in a scene as the headset shows it; D: lens on and off, "
+                  "R or space: here is forward, Esc: close");
+    line.Source(options->source);
+    line.File("--png", options->png,
+              "Instead of a window: save one picture, of a moment some seconds in");
+    line.Seconds(options->seconds, "Close after so many seconds; that moment");
+    line.AfterParsing([options]
+                      { RequireDistinct({FileOfSource(options->source)}, {options->png}); });
     return [options] { return Run(*options); };
 }

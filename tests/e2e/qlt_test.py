@@ -26,6 +26,7 @@ import xml.etree.ElementTree
 import zlib
 
 ARGUMENTS = None
+DOCUMENTS = pathlib.Path(__file__).resolve().parents[2] / "docs"
 IDENTITY = (0, 16384, 0, 0)  # z, w, x, y
 # Distance from the centre of the lens, in half widths of an eye's viewport.
 LENS_EDGE_RADIUS = 0.99553567
@@ -64,21 +65,6 @@ def report(sequence, time_us):
         "<II4h3h3h3hhIIiiiII",
         sequence, time_us, *IDENTITY, 5, -7, 3, 3000, -500, -20, 0, 0, 0, 8000,
         0, 0, 0, 0, 0, 0, 0)
-
-
-class Picture:
-    """The pixels of a PNG file."""
-
-    def __init__(self, path):
-        plain = subprocess.run(["pngtopnm", path], check=True, capture_output=True).stdout
-        header, size, _, self.bytes = plain.split(b"\n", 3)
-        self.width, self.height = map(int, size.split())
-        if header != b"P6":
-            raise ValueError("not in colours")
-
-    def __getitem__(self, at):
-        i = 3 * (at[1] * self.width + at[0])
-        return tuple(self.bytes[i:i + 3])
 
 
 class QltTest(unittest.TestCase):
@@ -132,6 +118,16 @@ class QltTest(unittest.TestCase):
             self.assertRegex(done.stdout, access)
             limit = os.path.exists("/sys/module/usbcore/parameters/usbfs_memory_mb")
             self.assertEqual("\nUSB memory: " in done.stdout, limit)
+
+    def test_every_command_and_every_option_is_explained(self):
+        listed = self.qlt("--help").stdout.split("Subcommands:\n")[1].strip("\n").splitlines()
+        self.assertGreaterEqual(len(listed), 10)
+        for line in listed:
+            name, text = re.fullmatch(r"  ([a-z_]+) {2,}(\w+ .+)", line).groups()
+            shown = self.qlt(name, "--help").stdout
+            self.assertEqual(shown.splitlines()[0], text)
+            for option in re.split(r"\n(?=  -)", shown)[1:]:
+                self.assertRegex(option, r"^  -\S+.*\s{2,}\w+\S* \w+")
 
     def test_an_unknown_option_is_refused(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
@@ -503,20 +499,19 @@ class QltTest(unittest.TestCase):
         self.assertLess(float(rows[1 + 8 * 2 + 3][8]), float(rows[1 + 8 * 2 + 3][4]))
 
     def test_the_command_draws_the_pictures_in_the_documents(self):
-        documents = pathlib.Path(__file__).resolve().parents[2] / "docs"
         for command, legend in (("mesh", "grey: outside of the lens"),
                                 ("optics", "line = fitted, circle = measured")):
             with self.subTest(command):
                 name = f"lens-{command}.svg"
                 self.qlt(command, "--svg", self.path(name))
                 drawn = pathlib.Path(self.path(name)).read_bytes()
-                self.assertEqual(drawn, (documents / name).read_bytes())
+                self.assertEqual(drawn, (DOCUMENTS / name).read_bytes())
                 self.assertIn(legend, "".join(xml.etree.ElementTree.fromstring(drawn).itertext()))
-        for script in (documents.parent / "scripts/headsets").iterdir():
+        for script in (DOCUMENTS.parent / "scripts/headsets").iterdir():
             with self.subTest(script):
                 self.qlt("script", str(script), "--svg", self.path("s.svg"))
                 drawn = pathlib.Path(self.path("s.svg")).read_bytes()
-                picture = documents / "headset-scripts" / (script.stem + ".svg")
+                picture = DOCUMENTS / "headset-scripts" / (script.stem + ".svg")
                 self.assertEqual(drawn, picture.read_bytes())
 
     def test_script_says_what_is_in_a_script_or_wrong_with_it(self):
@@ -555,43 +550,18 @@ class QltTest(unittest.TestCase):
                 # the lens.
                 self.assertEqual([part for part in range(36) if reach[part] < radius - 3], [])
 
-    def test_view_draws_both_eyes_through_their_lenses(self):
-        done = self.qlt("view", "--png", self.path("v.png"))
+    def test_view_draws_the_picture_in_the_documents(self):
+        """The documents show it three eighths as wide. Another driver may draw some edges otherwise."""
+        done = self.qlt("view", "--png", "v.png")
         # After six seconds the simulator has turned about x by 6 rad, which is a full turn less
         # 0.28.
-        self.assertIn("2560 x 1440, yaw 0.0 pitch -16.3 roll 0.0 deg\n", done.stdout)
-        picture = Picture(self.path("v.png"))
-        self.assertEqual((picture.width, picture.height), (2560, 1440))
-        for left in (0, 1280):
-            with self.subTest(left):
-                # The picture is black outside the round lens. The sky is above and the floor is
-                # below.
-                for x, y in ((5, 5), (1274, 5), (5, 1434), (1274, 1434)):
-                    self.assertEqual(picture[left + x, y], (0, 0, 0))
-                sky, floor = picture[left + 640, 150], picture[left + 640, 1300]
-                self.assertGreater(sky[2], 2 * sky[0])
-                self.assertGreater(min(floor), 30)
-                # Far from the middle the three colours separate, so grey squares have coloured
-                # edges.
-                column = [picture[left + 440, y] for y in range(850, 1200)]
-                self.assertGreater(max(max(p) - min(p) for p in column), 40)
-        # The two eyes see the near axes from different places.
-        self.assertNotEqual([picture[x, 900] for x in range(1280)],
-                            [picture[1280 + x, 900] for x in range(1280)])
-
-    def test_view_ends_each_eye_at_the_round_edge_of_its_lens(self):
-        self.qlt("view", "--png", self.path("v.png"))
-        picture = Picture(self.path("v.png"))
-        for eye, left in (("left", 0), ("right", 1280)):
-            wrong = []
-            for angle in map(math.radians, range(360)):
-                for step in (-1.5, 1.5):  # pixels from the edge
-                    r = LENS_EDGE_RADIUS * 640 + step
-                    x = math.floor(640 + lens_center(eye) * 640 + r * math.cos(angle))
-                    y = math.floor(720 - r * math.sin(angle))
-                    if 0 <= x < 1280 and (max(picture[left + x, y]) > 30) != (step < 0):
-                        wrong.append((x, y))
-            self.assertEqual(wrong, [], eye)
+        self.assertEqual(done.stdout, "v.png: 2560 x 1440, yaw 0.0 pitch -16.3 roll 0.0 deg\n")
+        drawn, shown = (subprocess.run(
+            ["sh", "-c", "pngtopnm $0 | pamscale -xsize 960 -ysize 540 | tail -c 1555200", path],
+            check=True, capture_output=True, cwd=self.folder).stdout
+                        for path in ("v.png", DOCUMENTS / "view.png"))
+        self.assertEqual(len(drawn), len(shown))
+        self.assertLess(sum(abs(a - b) > 32 for a, b in zip(drawn, shown)), 150)
 
     def test_view_draws_a_moment_of_a_recording(self):
         self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "9")

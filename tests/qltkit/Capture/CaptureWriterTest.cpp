@@ -98,6 +98,15 @@ TEST(CaptureWriterTest, EntriesAreReadInTheirOrderWithTheirTimes)
     EXPECT_EQ(read.items[3].level, qltkit::CaptureLevel::Error);
     EXPECT_EQ(read.items[3].text, "Read 63 instead of 64!\n\"\\\x01\xEF\xBF\xBD\xE2\x82\xAC");
     EXPECT_EQ(read.items[5].frame.step, 4u);
+    const std::string stamp = R"({"timestamp":{"sec":1700000000,"nsec":)";
+    EXPECT_EQ(read.data[0], stamp + R"(0},"event":"connected","detail":"port 3"})");
+    EXPECT_EQ(read.data[3],
+              stamp + R"(1000},"level":4,"message":"Read 63 instead of 64!\u000a\"\\\u0001)"
+                      "\xEF\xBF\xBD\xE2\x82\xAC"
+                      R"(","name":"QueltaSDK","file":"","line":0})");
+    EXPECT_EQ(read.data[5], stamp + R"(1000},"frame_id":"camera","width":3,"height":2,"step":4,)"
+                                    R"("encoding":"mono8","data":"AAECA//+/fw="})");
+    EXPECT_EQ(read.data[6], stamp + R"(2995000},"event":"lost","detail":""})");
     EXPECT_EQ(read.pixels[5], std::string("\0\1\2\3\xFF\xFE\xFD\xFC", 8));
     EXPECT_EQ(read.metadata.at("capture").at("source"), "simulator");
     EXPECT_EQ(read.metadata.at("capture").at("library"), "QueltaKit");

@@ -182,6 +182,84 @@ TEST(HeadTrackerTest, EveryUnplugGivesOneLostEventAndOneBackEvent)
               "connected lost back lost back gap1000 lost back gap400 lost back lost 21601 5");
 }
 
+// The poses at the end of each shipped script, half a second before it, and 50 ms after it. They
+// were computed once, and every system gives the same digits. A deliberate change of the tracking
+// changes them; compare its quality with scripts/bench_tracking.sh first.
+TEST(HeadTrackerTest, EachShippedScriptGivesItsPoses)
+{
+    const auto text = [](const char* format, auto... values)
+    {
+        char line[160];
+        std::snprintf(line, sizeof line, format, values...);
+        return std::string(line);
+    };
+    const auto describe = [&text](const Pose& p)
+    {
+        const Quaternion& q = p.orientation;
+        const Vec3& v = p.angularVelocity;
+        return text("%.6f %.6f %.6f %.6f, %.6f %.6f %.6f\n", q.w(), q.x(), q.y(), q.z(), v.x(),
+                    v.y(), v.z()) +
+               text("%lld %lld %u %u\n", static_cast<long long>(p.timeNs / 1000),
+                    static_cast<long long>(p.deviceTimeUs), static_cast<unsigned>(p.reportNumber),
+                    p.sequence);
+    };
+    const std::pair<const char*, const char*> scripts[] = {
+        {"still", "0.0000969 0.0002295 0.0004507 0.0001840\n"
+                  "1.000000 0.000020 -0.000047 -0.000013, -0.001685 -0.001623 -0.001007\n"
+                  "29499000 30499000 29500 29500\n"
+                  "1.000000 -0.000003 -0.000047 -0.000018, -0.001132 0.002642 -0.001002\n"
+                  "29999000 30999000 30000 30000\n"
+                  "1.000000 -0.000036 0.000030 -0.000047, -0.001132 0.002642 -0.001002\n"
+                  "30049000 31049000 30000 30000\n"},
+        {"conversation", "0.0001320 0.0007168 0.0031991 0.0004553\n"
+                         "1.000000 -0.000004 0.000557 0.000018, -0.001712 -0.002420 -0.001066\n"
+                         "29499000 30499000 29500 29500\n"
+                         "1.000000 -0.000012 0.000565 0.000035, 0.000951 -0.000821 -0.000532\n"
+                         "29999000 30999000 30000 30000\n"
+                         "1.000000 0.000014 0.000543 0.000022, 0.000951 -0.000821 -0.000532\n"
+                         "30049000 31049000 30000 30000\n"},
+        {"fast_game", "0.0036503 0.0308407 0.1211956 0.0199324\n"
+                      "0.711854 -0.000330 0.702327 0.000086, 0.001117 -1.472240 0.002165\n"
+                      "29499800 30500979 29276 29501\n"
+                      "0.846775 -0.000240 0.531951 0.000145, 0.001135 -0.273734 -0.001588\n"
+                      "29999800 31001000 29777 30002\n"
+                      "0.849973 -0.000098 0.526825 -0.000952, 0.001135 -0.273734 -0.001588\n"
+                      "30049800 31051000 29777 30002\n"},
+        {"bad_cable", "0.0010669 0.0040556 0.0131278 0.0032660\n"
+                      "0.945260 0.000007 0.326319 -0.000420, 0.000172 0.962995 -0.001192\n"
+                      "27499000 9499000 21101 8500\n"
+                      "0.847565 0.000091 0.530691 -0.000454, 0.000705 0.696678 -0.000123\n"
+                      "27999000 9999000 21601 9000\n"
+                      "0.838600 0.000130 0.544748 -0.000446, 0.000705 0.696678 -0.000123\n"
+                      "28049000 10049000 21601 9000\n"},
+        {"hot_room", "0.0003274 0.0010431 0.0036230 0.0015383\n"
+                     "-0.683713 -0.017303 -0.729409 -0.014122, 0.004832 0.526702 0.004280\n"
+                     "59499800 60503939 59504 59504\n"
+                     "-0.574786 -0.014844 -0.817972 -0.017951, 0.002764 0.624691 0.006686\n"
+                     "59999800 61004000 60005 60005\n"
+                     "-0.562087 -0.014748 -0.826746 -0.018219, 0.002764 0.624691 0.006686\n"
+                     "60049800 61054000 60005 60005\n"},
+    };
+    for (const auto& [name, expected] : scripts)
+    {
+        auto owned = std::make_unique<qltkit::ScriptedHeadset>(
+            qltkit::LoadHeadsetScript(QLT_SCRIPTS "/" + std::string(name) + ".json"),
+            qltkit::ScriptedHeadset::Pace::Fastest);
+        const qltkit::ScriptedHeadset& headset = *owned;
+        const HeadTracker tracker(std::move(owned));
+        Until([&] { return headset.IsOver() && tracker.Latest().state == PoseState::Lost; });
+        const Pose last = tracker.Latest();
+        std::string poses = text("%.7f %.7f %.7f %.7f\n", tracker.PredictionError(0.02),
+                                 tracker.PredictionError(0.05), tracker.PredictionError(0.1),
+                                 tracker.RecentPredictionError(0.05));
+        for (const std::int64_t ms : {-500, 0, 50})
+        {
+            poses += describe(tracker.At(last.timeNs + ms * MS));
+        }
+        EXPECT_EQ(poses, expected) << name;
+    }
+}
+
 TEST(HeadTrackerTest, ReadersDoNotWaitForAStalledReadNorForAHandler)
 {
     TrackedHead head;

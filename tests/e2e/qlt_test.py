@@ -9,6 +9,7 @@ together with the fake host service finds it.
 """
 
 import argparse
+import ctypes
 import json
 import math
 import os
@@ -21,6 +22,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import xml.etree.ElementTree
 import zlib
@@ -65,6 +67,61 @@ def report(sequence, time_us):
         "<II4h3h3h3hhIIiiiII",
         sequence, time_us, *IDENTITY, 5, -7, 3, 3000, -500, -20, 0, 0, 0, 8000,
         0, 0, 0, 0, 0, 0, 0)
+
+
+class Screen:
+    """An X display in memory. Its first window without a manager is in its upper left corner."""
+
+    SIZE = (1280, 720)
+
+    def __init__(self, folder):
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", "1", "-fbdir", folder, "-screen", "0", "1280x720x24", "-nolisten", "tcp"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.name = ":" + self.server.stdout.readline().strip()
+        self.file = pathlib.Path(folder, "Xvfb_screen0")
+        self.x11 = ctypes.CDLL("libX11.so.6")
+        for function in (self.x11.XOpenDisplay, self.x11.XDefaultRootWindow):
+            function.restype = ctypes.c_void_p
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(self.name.encode()))
+
+    def end(self):
+        self.x11.XCloseDisplay(self.display)
+        self.server.terminate()
+        self.server.communicate()
+
+    def pixels(self):
+        """The lines from above, with the bytes blue, green, red and one more of each pixel. The file has
+        a header of big-endian words and a table of colours before them."""
+        data = self.file.read_bytes()
+        words = struct.unpack_from(">25I", data)
+        return data[words[0] + 12 * words[19]:][:4 * self.SIZE[0] * self.SIZE[1]]
+
+    def windows(self):
+        root, parent, count = ctypes.c_ulong(), ctypes.c_ulong(), ctypes.c_uint()
+        children = ctypes.POINTER(ctypes.c_ulong)()
+        self.x11.XQueryTree(self.display, ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display)),
+                            ctypes.byref(root), ctypes.byref(parent), ctypes.byref(children),
+                            ctypes.byref(count))
+        return children[:count.value]
+
+    def title(self):
+        """The title of the window that was opened last."""
+        for window in reversed(self.windows()):
+            text = ctypes.c_char_p()
+            if self.x11.XFetchName(self.display, ctypes.c_ulong(window), ctypes.byref(text)) and text.value:
+                return text.value.decode()
+        return ""
+
+    def press(self, key):
+        """Sends a key to every window. The structure is XKeyEvent with its padding."""
+        code = self.x11.XKeysymToKeycode(self.display, ctypes.c_ulong(key))
+        for window in self.windows():
+            for kind in (2, 3):  # pressed and released
+                event = struct.pack("@iLiPLLLLiiiiIIi", kind, 0, 1, self.display.value, window, window, 0,
+                                    0, 9, 9, 9, 9, 0, code, 1).ljust(192, b"\0")
+                self.x11.XSendEvent(self.display, ctypes.c_ulong(window), 1, ctypes.c_long(kind - 1), event)
+        self.x11.XFlush(self.display)
 
 
 class QltTest(unittest.TestCase):
@@ -593,6 +650,54 @@ class QltTest(unittest.TestCase):
             os.environ.pop(name, None)
         done = self.qlt("view", "--seconds", "0.5", code=1)
         self.assertEqual(done.stderr, "qlt: there is no display to open a window on\n")
+
+    def test_view_shows_the_picture_in_a_window_and_obeys_its_keys(self):
+        if ARGUMENTS.emulator:
+            self.skipTest("the window of Wine's display belongs to Wine")
+        os.environ.pop("WAYLAND_DISPLAY", None)
+        self.qlt("synthesize", "s.bin", "--ideal", "--seconds", "2")
+        done = self.qlt("view", "--source", "s.bin", "--seconds", "2", "--png", "v.png")
+        angles = re.search("yaw .* deg", done.stdout).group()
+        self.assertNotIn("yaw 0.0 ", angles)
+        picture = subprocess.run(["sh", "-c", "pngtopnm v.png | pamscale -xsize 1280 -ysize 720 | tail -c 2764800"],
+                                 check=True, capture_output=True, cwd=self.folder).stdout
+        screen = Screen(self.folder)
+        self.addCleanup(screen.end)
+
+        def wait_for(condition):
+            deadline = time.monotonic() + 30
+            while not condition():
+                self.assertLess(time.monotonic(), deadline, screen.title())
+                self.assertIsNone(view.poll())
+                time.sleep(0.02)
+
+        def differs():
+            """The mean difference between the window and the picture of the other mode."""
+            shown = screen.pixels()
+            places = range(0, 1280 * 720, 101)
+            return sum(abs(shown[4 * i + 2 - c] - picture[3 * i + c])
+                       for i in places for c in range(3)) / (3 * len(places))
+
+        def corner():
+            return max(screen.pixels()[:3])
+
+        with subprocess.Popen([ARGUMENTS.qlt, "view", "--source", "s.bin"], cwd=self.folder,
+                              env=dict(os.environ, DISPLAY=screen.name)) as view:
+            try:
+                wait_for(lambda: f"qlt view: s.bin, {angles}, " in screen.title())
+                self.assertRegex(screen.title(), r", \d+ frames/s - D lens, R forward, Esc close$")
+                wait_for(lambda: differs() < 3)
+                self.assertEqual(corner(), 0)
+                screen.press(ord("d"))
+                wait_for(lambda: corner() > 0)
+                screen.press(ord("d"))
+                wait_for(lambda: differs() < 3)
+                screen.press(ord("r"))
+                wait_for(lambda: ", yaw 0.0 " in screen.title() and differs() > 6)
+                screen.press(0xFF1B)  # Esc
+                self.assertEqual(view.wait(timeout=30), 0)
+            finally:
+                view.kill()
 
     def test_record_and_camera_say_that_there_is_no_headset(self):
         done = self.qlt("record", "r.bin", "--seconds", "0.2", code=1)

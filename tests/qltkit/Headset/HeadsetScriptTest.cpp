@@ -10,6 +10,7 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 namespace
 {
@@ -70,6 +71,12 @@ R`seconds`: 1, `events`: [{`at`: 2, `event`: `unplug`}]} => 1: events[0].at is a
 {`motion`: {`kind`: `angles`, `points`: []}} => 1: motion.points must have a point
 {`motion`: {`kind`: `angles`, `points`: [{`at`: 1}, {`at`: 1}]}} => 1: motion.points[1].at must be later than in the point before
 {`motion`: {`kind`: `rest`, `speed`: 1}} => 1: motion: `speed` is no field here
+{`motion`: {`kind`: `angles`, `points`: [{`at`: 1, `x`: 1}]}} => 1: motion.points[0]: `x` is no field here
+R`sensors`: {`nose`: {}}} => 1: sensors: `nose` is no field here
+R`sensors`: {`gyroscope`: {`x`: 1}}} => 1: sensors.gyroscope: `x` is no field here
+R`sensors`: {`temperature`: {`from`: 1, `to`: 2, `begin`: 3, `end`: 4, `x`: 1}}} => 1: sensors.temperature: `x` is no field here
+R`clock`: {`x`: 1}} => 1: clock: `x` is no field here
+R`host`: {`x`: 1}} => 1: host: `x` is no field here
 [[[[[[[[[[[[ => 1: there are more than 8 levels)");
     for (std::string line; std::getline(cases, line);)
     {
@@ -92,6 +99,63 @@ R`seconds`: 1, `events`: [{`at`: 2, `event`: `unplug`}]} => 1: events[0].at is a
     HeadsetScript script;
     script.events = {{1.0, HeadsetScript::EventKind::Plug}};
     EXPECT_THROW(ScriptedHeadset headset(script), qltkit::Error);
+}
+
+TEST(HeadsetScriptTest, EveryFieldIsRead)
+{
+    using Kind = HeadsetScript::EventKind;
+    const HeadsetScript script = ParseHeadsetScript(R"({"about": "all", "seed": 5, "seconds": 60,
+        "motion": {"kind": "turns", "seed": 6, "speed": 0.25},
+        "sensors": {"accelerometer": {"bias": [1, 2, 3], "bias_per_kelvin": [4, 5, 6], "noise": 7,
+        "clip": 8}, "temperature": {"from": 20, "to": 30, "begin": 1, "end": 2}},
+        "clock": {"start_us": 9, "drift_ppm": 10}, "host": {"late_ms": 11, "late_share": 0.5},
+        "events": [{"at": 1, "event": "stall", "for": 2},
+        {"at": 2, "event": "short_read", "length": 3}, {"at": 3, "event": "sequence_jump", "by": -4},
+        {"at": 4, "event": "repeat", "count": 5}, {"at": 5, "event": "clock_jump", "us": -6},
+        {"at": 6, "event": "clock_drift", "ppm": 7},
+        {"at": 7, "event": "stick", "sensor": "magnetometer", "axis": "z", "for": 8},
+        {"at": 8, "event": "foreign_plug", "vendor": 1, "product": 2},
+        {"at": 9, "event": "foreign_unplug"}, {"at": 10, "event": "foreign_plug"}]})");
+    EXPECT_EQ(script.about, "all");
+    EXPECT_EQ(script.seed, 5u);
+    EXPECT_EQ(script.seconds, 60.0);
+    EXPECT_EQ(script.motion, HeadsetScript::Motion::Turns);
+    EXPECT_EQ(script.motionSeed, 6u);
+    EXPECT_EQ(script.speed, 0.25);
+    const HeadsetScript::Faults& faults = script.faults[HeadsetScript::Accelerometer];
+    EXPECT_EQ(faults.bias, (std::array<double, 3>{1, 2, 3}));
+    EXPECT_EQ(faults.biasPerKelvin, (std::array<double, 3>{4, 5, 6}));
+    EXPECT_EQ(faults.noise, 7.0);
+    EXPECT_EQ(faults.clip, 8.0);
+    EXPECT_EQ(script.temperature->fromC, 20.0);
+    EXPECT_EQ(script.temperature->toC, 30.0);
+    EXPECT_EQ(script.temperature->beginS, 1.0);
+    EXPECT_EQ(script.temperature->endS, 2.0);
+    EXPECT_EQ(script.clockStartUs, 9u);
+    EXPECT_EQ(script.driftPpm, 10.0);
+    EXPECT_EQ(script.lateMs, 11.0);
+    EXPECT_EQ(script.lateShare, 0.5);
+    const HeadsetScript::Event expected[] = {
+        {1, Kind::Stall, 2},
+        {2, Kind::ShortRead, 0, 3},
+        {3, Kind::SequenceJump, 0, -4},
+        {4, Kind::Repeat, 0, 5},
+        {5, Kind::ClockJump, 0, -6},
+        {6, Kind::ClockDrift, 0, 0, 7},
+        {7, Kind::Stick, 8, 0, 0, HeadsetScript::Magnetometer, 2},
+        {8, Kind::ForeignPlug, 0, 0, 0, {}, 0, 1, 2},
+        {9, Kind::ForeignUnplug},
+        {10, Kind::ForeignPlug, 0, 0, 0, {}, 0, 0x04B4, 0x1003}};
+    ASSERT_EQ(script.events.size(), std::size(expected));
+    for (std::size_t i = 0; i < std::size(expected); ++i)
+    {
+        const auto fields = [](const HeadsetScript::Event& e)
+        {
+            return std::tie(e.atS, e.kind, e.forS, e.amount, e.ppm, e.sensor, e.axis, e.vendorId,
+                            e.productId);
+        };
+        EXPECT_EQ(fields(script.events[i]), fields(expected[i])) << i;
+    }
 }
 
 TEST(HeadsetScriptTest, ADamagedScriptIsRefusedOrAnotherScript)

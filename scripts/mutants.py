@@ -3,6 +3,7 @@
 
 import argparse
 import collections
+import os
 import pathlib
 import random
 import re
@@ -308,6 +309,7 @@ def main():
             print(f"{fault.file}:{fault.line}: {fault.rule}: {fault.after.strip()}")
         return
     copy_tree()
+    os.environ["CCACHE_DISABLE"] = "1"  # a cache may give the object from before a fault
     builder = Builder(arguments.windows)
     if not builder.configure():
         sys.exit("mutants.py: the tree cannot be configured")

@@ -21,6 +21,7 @@
 #include <qltkit/Capture/Recording.h>
 #include <qltkit/Capture/RecordingCheck.h>
 #include <qltkit/Error.h>
+#include <qltkit/Headset/CaptureRecorder.h>
 #include <qltkit/Headset/HeadMotion.h>
 #include <qltkit/Headset/HeadsetScript.h>
 #include <qltkit/Headset/RecordingPlayer.h>

@@ -189,7 +189,8 @@ class QltTest(unittest.TestCase):
     def test_an_unknown_option_is_refused(self):
         for arguments in (["--nonsense"], ["replay", "--nonsense", "x"], [], ["replay"],
                           ["optics"], ["mesh", "--eye", "top"], ["bogus", "--seconds", "1"],
-                          ["replay", "--csv", "", "x"], ["record", ""]):
+                          ["replay", "--csv", "", "x"], ["record", ""], ["capture"], ["capture", "x"],
+                          ["record", "x.csv"], ["record", "mcap"]):
             with self.subTest(arguments):
                 word = [a for a in arguments if a in ("bogus", "--nonsense")]
                 self.assertIn("".join(word[:1]), self.qlt(*arguments, code=2).stderr)
@@ -199,7 +200,7 @@ class QltTest(unittest.TestCase):
         for command, options in (
                 (["monitor"], {"--seconds": "0.001 to 1000000"}),
                 (["view", "--png", "v.png"], {"--seconds": "0.001 to 1000000"}),
-                (["record", "r.bin"], {"--seconds": "0.001 to 1000000"}),
+                (["record", "r.mcap"], {"--seconds": "0.001 to 1000000"}),
                 (["camera"], {"--seconds": "0.001 to 1000000"}),
                 (["synthesize", "s.bin"], {"--seconds": "0.001 to 3600",
                                            "--seed": "0 to 18446744073709551615"}),
@@ -354,7 +355,7 @@ class QltTest(unittest.TestCase):
             # The error comes before the source is opened, because there is no missing.bin and no
             # headset.
             for arguments in (["replay", "missing.bin", "--csv"], ["synthesize"],
-                              ["synthesize", "s.bin", "--truth"], ["record"], ["camera", "--png"],
+                              ["synthesize", "s.bin", "--truth"], ["camera", "--png"],
                               ["monitor", "--source", "missing.bin", "--csv"],
                               ["view", "--source", "missing.bin", "--png"], ["mesh", "--svg"],
                               ["mesh", "--obj"], ["mesh", "--csv"], ["optics", "--svg"]):
@@ -366,7 +367,9 @@ class QltTest(unittest.TestCase):
     def test_a_failed_command_leaves_the_older_file_unchanged(self):
         old = pathlib.Path(self.path("old"))
         old.write_bytes(b"precious")
-        for arguments in (["record", "old", "--seconds", "0.1"], ["camera", "--png", "old"],
+        for arguments in (["record", "no/such.bin"], ["record", "no/such.mcap"]):
+            self.assertRegex(self.qlt(*arguments, code=1).stderr, r"^qlt: cannot write .*: .*\n$")
+        for arguments in (["camera", "--png", "old"],
                           ["replay", "missing.bin", "--csv", "old"],
                           ["monitor", "--source", "missing.bin", "--csv", "old"],
                           ["view", "--source", "missing.bin", "--png", "old"],
@@ -413,6 +416,7 @@ class QltTest(unittest.TestCase):
         pathlib.Path(self.path("d")).mkdir()
         before = sorted(os.listdir(self.folder))
         cases = [["replay", "a.bin", "--csv", "./a.bin"],
+                 ["record", "d/../a.bin", "--source", "a.bin"],
                  ["replay", "a.bin", "--truth", "t.csv", "--csv", "d/../t.csv"],
                  ["monitor", "--source", "a.bin", "--csv", "a.bin"],
                  ["view", "--source", "a.bin", "--png", self.path("a.bin")],
@@ -700,11 +704,65 @@ class QltTest(unittest.TestCase):
                 view.kill()
 
     def test_record_and_camera_say_that_there_is_no_headset(self):
-        done = self.qlt("record", "r.bin", "--seconds", "0.2", code=1)
-        self.assertEqual(done.stderr, "qlt: no headset is connected; waiting for one\n"
-                                      "qlt: no report has come; r.bin is not written\n")
+        for name in ("r.bin", "r.mcap"):
+            pathlib.Path(self.path(name)).write_bytes(b"precious")
+            done = self.qlt("record", name, "--seconds", "0.2", code=1)
+            self.assertEqual(done.stderr, "qlt: no headset is connected; waiting for one\n"
+                                          f"qlt: no report has come; {name} is not written\n")
+            self.assertEqual(pathlib.Path(self.path(name)).read_bytes(), b"precious")
         self.assertIn("no headset is connected", self.qlt("camera", code=1).stderr)
-        self.assertEqual(os.listdir(self.folder), [])
+        self.assertEqual(sorted(os.listdir(self.folder)), ["r.bin", "r.mcap"])
+
+    def test_a_capture_replays_as_its_reports_do_and_tells_about_itself(self):
+        plain = self.recording("a.bin", reports=900, step_us=1100)
+        source = ["--source", plain]
+        self.assertIn("\nr.mcap: 900 reports\n", self.qlt("record", "r.mcap", *source).stdout)
+        self.qlt("record", "r.bin", "--source", "r.mcap")
+        self.assertEqual(pathlib.Path(self.path("r.bin")).read_bytes(),
+                         pathlib.Path(plain).read_bytes())
+        tables = [pathlib.Path(self.path(f"{i}.csv")) for i in range(3)]
+        self.qlt("replay", plain, "--csv", str(tables[0]))
+        self.qlt("replay", "r.mcap", "--csv", str(tables[1]))
+        self.qlt("monitor", "--source", "r.mcap", "--csv", str(tables[2]))
+        self.assertEqual(len({table.read_bytes() for table in tables}), 1)
+        done = self.qlt("capture", "info", "r.mcap")
+        for line in (r"r\.mcap: \d+ bytes, \d+ messages, 0\.99\d s\n", r"  source +.*a\.bin\n",
+                     r"  device\.usb +04B4:00F1\n", r"  core\.version +\d+\.\d+\.\d+\n",
+                     r"  /log +\d message", r"  reports +900, sequence 1000 to 1899, 0 lost",
+                     r"  event +0\.\d{3} s  connected\n", r"  clock\.steadyNs +4999000000\n"):
+            self.assertRegex(done.stdout, line)
+        self.assertEqual(self.qlt("capture", "check", "r.mcap").stderr, "")
+        self.assertIn("900 whole", self.qlt("capture", "check", plain).stdout)
+
+    def test_a_damaged_capture_is_played_as_far_as_it_goes(self):
+        self.qlt("record", "r.mcap", "--source", self.recording("a.bin", reports=500))
+        whole = pathlib.Path(self.path("r.mcap")).read_bytes()
+        damaged = pathlib.Path(self.path("d.mcap"))
+        commands = ["replay"], ["monitor", "--source"], ["capture", "info"], ["capture", "check"]
+        for data, words in ((whole[:30000], "cut off after 30000 bytes"),
+                            (whole[:20000] + b"\xAA" + whole[20001:], "byte 20000"),
+                            (whole[:30], "holds no report: the file of 30 bytes is cut off"),
+                            (b"", "is empty"), (b"text" * 99, "is no MCAP file")):
+            damaged.write_bytes(data)
+            for command in commands:
+                with self.subTest(words=words, command=command):
+                    errors = self.qlt(*command, "d.mcap", code=1).stderr
+                    self.assertIn(words.replace("holds no report: ", "")
+                                  if command[0] == "capture" else words, errors)
+
+    def test_a_script_is_a_source_of_every_command(self):
+        path = pathlib.Path(self.path("s.json"))
+        event = '{"at": 0.2, "event": "unplug"}, {"at": 0.3, "event": "plug"}'
+        path.write_text('{"motion": {"kind": "rest"}, "seconds": 2, "events": [%s]}' % event)
+        self.assertIn("s.json: 1900 reports, ", self.qlt("replay", "s.json").stdout)
+        self.assertIn("reports/s", self.qlt("monitor", "--source", "s.json").stdout)
+        self.qlt("record", "s.mcap", "--source", "s.json")
+        info = self.qlt("capture", "info", "s.mcap").stdout
+        self.assertEqual(re.findall(r"  event .* s  (\w+)", info)[:3],
+                         ["connected", "lost", "connected"])
+        self.qlt("view", "--source", "s.json", "--seconds", "0.1", "--png", "v.png")
+        path.write_text('{"motion": {"kind": "rest"}}')
+        self.assertIn("s.json has no end", self.qlt("replay", "s.json", code=1).stderr)
 
     def test_compare_makes_a_page_that_needs_nothing_and_says_what_replay_says(self):
         name = "a & b.bin" if ARGUMENTS.emulator else "a <b> & c.bin"  # Windows refuses "<"

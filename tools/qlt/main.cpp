@@ -15,7 +15,7 @@ const std::vector<Command> COMMANDS = {
     {"info", AddInfo},     {"monitor", AddMonitor}, {"view", AddView},
     {"replay", AddReplay}, {"compare", AddCompare}, {"synthesize", AddSynthesize},
     {"mesh", AddMesh},     {"camera", AddCamera},   {"record", AddRecord},
-    {"optics", AddOptics}, {"script", AddScript},
+    {"optics", AddOptics}, {"script", AddScript},   {"capture", AddCapture},
 #if defined(QLT_HAVE_OPENXR)
     {"openxr", AddOpenXr},
 #endif

@@ -112,6 +112,10 @@ public:
     /// lacks. Data that is added later is lost. A second call does nothing.
     void Close();
 
+    /// Ends the capture without a file: it removes the temporary file and keeps an existing file at
+    /// the path. After Close it does nothing.
+    void Discard();
+
     /// The number of reports that the capture has accepted. Some of them may not be on the disk
     /// yet.
     std::uint64_t Reports() const noexcept;

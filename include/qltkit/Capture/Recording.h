@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qlt/Sensors/SensorReport.h>
+#include <qltkit/Capture/CaptureReader.h>
 #include <qltkit/Export.h>
 
 #include <cstddef>
@@ -11,9 +12,8 @@
 namespace qltkit
 {
 
-/// A recording of the headset: its 64-byte sensor reports, one after another, and nothing else. The
-/// three lists have one entry for each report. LoadRecording gives a recording with at least one
-/// report. A plain value.
+/// The 64-byte sensor reports of a headset, one after another. The first three lists have one entry
+/// for each report. LoadRecording gives a recording with at least one report. A plain value.
 struct QLTKIT_API Recording
 {
     /// The reports in the order of the file.
@@ -30,13 +30,25 @@ struct QLTKIT_API Recording
     /// The number of bytes of a last, incomplete report: 0 to 63.
     std::size_t extraBytes = 0;
 
+    /// The faults of a capture's file, which may have cost reports: where it is cut off or damaged.
+    /// The list has at most a hundred entries.
+    std::vector<CaptureProblem> problems;
+
     /// The time from the first report to the last in seconds, without implausible steps. The
     /// recording must have at least one report.
     double DurationS() const;
 };
 
-/// Reads a recording from a file. Throws Error with one sentence when the file cannot be read or
-/// contains no whole report. CheckRecording tells whether the reports make sense. Any thread.
+/// Tells a capture, by its first bytes or by the ending ".mcap", from a file of nothing but
+/// reports. Any thread.
+QLTKIT_API bool IsCapture(const std::string& path);
+
+/// Reads a recording: the reports of a capture, or a file of nothing but reports. Both give the
+/// same bits in a replay. Throws Error with one sentence when the file cannot be read or contains
+/// no whole report. CheckRecording tells whether the reports make sense. Any thread.
 QLTKIT_API Recording LoadRecording(const std::string& path);
+
+/// Makes a recording of these reports. There must be at least one. Any thread.
+QLTKIT_API Recording RecordingOf(std::vector<qlt::SensorReport> reports);
 
 } // namespace qltkit

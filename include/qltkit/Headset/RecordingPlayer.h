@@ -13,7 +13,8 @@ namespace qltkit
 {
 
 /// Plays a recording to a headset tracker, once. It is the USB host on which the tracker finds a
-/// headset, and a clock that goes by the recording's device time.
+/// headset, and a clock that goes by the recording's device time. At the end of the recording the
+/// headset is gone.
 ///
 ///     const qltkit::Recording recording = qltkit::LoadRecording("walk.bin");
 ///     qltkit::RecordingPlayer player(recording, qltkit::RecordingPlayer::Pace::Fastest);
@@ -37,8 +38,10 @@ public:
         Fastest,
     };
 
-    /// Prepares to play. `recording` must have at least one report and must outlive the player.
+    /// Prepares to play. `recording` must have at least one report and must outlive the player,
+    /// unless it is a temporary, which the player keeps.
     RecordingPlayer(const Recording& recording, Pace pace);
+    RecordingPlayer(Recording&& recording, Pace pace);
     ~RecordingPlayer() override;
 
     /// Opens the headset of the recording. Null after Close.
@@ -54,12 +57,14 @@ public:
 
     /// Does the same as Source::Close. It also ends a read that waits for the time of its report.
     void Close() override;
+    bool IsOver() const override;
 
 private:
     class EndPoint;
     class Device;
     struct State;
 
+    std::unique_ptr<const Recording> mOwn; // null when the caller keeps the recording
     std::unique_ptr<State> mState;
 };
 

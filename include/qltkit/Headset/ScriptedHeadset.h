@@ -95,8 +95,7 @@ public:
     /// Does the same as Source::Close, and also ends the reads in progress.
     void Close() override;
 
-    /// True when the last report of the script has been read, so every later read fails.
-    bool IsOver() const;
+    bool IsOver() const override;
 
     /// The true values behind the last whole report that was read.
     ScriptedTruth Truth() const;

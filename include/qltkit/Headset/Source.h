@@ -20,10 +20,14 @@ public:
     /// device can be opened, and each sleep lasts one millisecond. A second call does nothing. Any
     /// thread.
     virtual void Close() = 0;
+
+    /// True when the source has given its last report: at the end of a recording or of a script.
+    /// Every later read fails. False by default. Any thread.
+    virtual bool IsOver() const;
 };
 
-/// Opens the source with this name. Throws Error with one clear sentence for an unknown name. Any
-/// thread.
+/// Opens the source with this name. Throws Error with one clear sentence for an unknown name, and
+/// for a file that cannot be read or is something else. Any thread.
 ///
 /// - "headset" is the machine's own USB. The headset may be plugged in later.
 /// - "simulator" is a headset in software. It moves its head and sends a report each millisecond.

@@ -1,9 +1,6 @@
 #include "Tracking/TrackerSource.h"
 
-#include <qltkit/Headset/ScriptedHeadset.h>
-
 #include <exception>
-#include <filesystem>
 
 namespace qltxr
 {
@@ -26,22 +23,11 @@ const char* StateText(qltkit::PoseState state)
     }
 }
 
-/// A headset script by its file, or what the kit knows by its name.
-std::unique_ptr<qltkit::Source> Open(const std::string& source)
-{
-    const std::filesystem::path file(source);
-    if (file.extension() == ".json")
-    {
-        return std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(file));
-    }
-    return qltkit::OpenSource(source);
-}
-
 } // namespace
 
 TrackerSource::TrackerSource(const std::string& source)
     : mSource(source)
-    , mTracker(Open(source)) // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it takes the source
+    , mTracker(source)
 {
 }
 

@@ -11,8 +11,7 @@ namespace qltxr
 class TrackerSource final : public PoseSource
 {
 public:
-    /// `source` as the kit names it, or the file of a headset script, FILE.json. qltkit::Error when
-    /// it is neither.
+    /// `source` as qltkit::OpenSource names it. qltkit::Error when there is no such source.
     explicit TrackerSource(const std::string& source);
 
     HeadMoment At(XrTime time) const override;

@@ -68,6 +68,7 @@ public:
 
     bool Flush();
     void Close();
+    void Discard();
     std::string Failure() const;
     std::uint64_t Reports() const noexcept { return mRing.End(); }
     const std::filesystem::path& TemporaryPath() const noexcept { return mFile.TemporaryPath(); }
@@ -192,6 +193,16 @@ void CaptureWriter::Impl::Close()
                     TextOf(mFile.TemporaryPath()));
     }
     mFile.Finish();
+}
+
+void CaptureWriter::Impl::Discard()
+{
+    if (!mClosed)
+    {
+        mClosed = true;
+        Stop();
+        mFile.Discard();
+    }
 }
 
 std::string CaptureWriter::Impl::Failure() const
@@ -415,6 +426,8 @@ void CaptureWriter::AddFrame(const CaptureFrame& frame, std::int64_t hostTimeNs)
 bool CaptureWriter::Flush() { return mImpl->Flush(); }
 
 void CaptureWriter::Close() { mImpl->Close(); }
+
+void CaptureWriter::Discard() { mImpl->Discard(); }
 
 std::uint64_t CaptureWriter::Reports() const noexcept { return mImpl->Reports(); }
 

@@ -2,6 +2,8 @@
 
 #include <qltkit/Error.h>
 
+#include "Capture/InputBlocks.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -32,7 +34,7 @@ bool IsDevice(const std::string& path)
 
 } // namespace
 
-std::string ReadInput(const std::string& path)
+void ReadBlocks(const std::string& path, const std::function<void(std::string_view)>& take)
 {
     std::error_code error;
     if (IsDevice(path))
@@ -49,17 +51,22 @@ std::string ReadInput(const std::string& path)
     {
         Fail(path, std::generic_category().message(errno));
     }
-    std::string bytes;
-    std::array<char, 65536> block{};
+    std::array<char, INPUT_BLOCK_SIZE> block{};
     for (std::size_t size = 1; size != 0;)
     {
         size = std::fread(block.data(), 1, block.size(), file.get());
-        bytes.append(block.data(), size);
+        take({block.data(), size});
     }
     if (std::ferror(file.get()) != 0)
     {
         Fail(path, std::generic_category().message(errno));
     }
+}
+
+std::string ReadInput(const std::string& path)
+{
+    std::string bytes;
+    ReadBlocks(path, [&bytes](std::string_view block) { bytes += block; });
     return bytes;
 }
 

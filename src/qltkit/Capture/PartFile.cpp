@@ -1,5 +1,6 @@
 #include "Capture/PartFile.h"
 
+#include <qltkit/Capture/OutputFile.h>
 #include <qltkit/Error.h>
 
 #include "Capture/FileBytes.h"
@@ -46,8 +47,8 @@ std::filesystem::path PartOf(const std::filesystem::path& target)
 } // namespace
 
 PartFile::PartFile(const std::filesystem::path& target)
-    : mTarget(target)
-    , mPart(PartOf(target))
+    : mTarget(OutputFile::FollowLinks(target))
+    , mPart(PartOf(mTarget))
 {
     std::error_code ignored;
     if (std::filesystem::is_directory(target, ignored))

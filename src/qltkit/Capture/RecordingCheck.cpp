@@ -23,7 +23,7 @@ public:
         {
             Take(mNext);
         }
-        result.steps = mReports.size() - 1;
+        result.steps = mReports.empty() ? 0 : mReports.size() - 1;
         result.isRecording = result.implausibleSteps * 100 <= result.steps &&
                              (result.steps > 0 || recording.extraBytes == 0);
     }

@@ -13,7 +13,7 @@ struct RecordingPlayer::State
     bool ReadReport(std::uint8_t* buffer, std::uint32_t& length)
     {
         const auto& reports = recording.reports;
-        const bool hasNext = next != reports.size() && length >= qlt::SENSOR_REPORT_SIZE;
+        const bool hasNext = !over && length >= qlt::SENSOR_REPORT_SIZE;
         length = 0;
         if (!hasNext)
         {
@@ -35,12 +35,21 @@ struct RecordingPlayer::State
         length = qlt::SENSOR_REPORT_SIZE;
         nowNs = recording.timesUs[next] * 1000;
         ++next;
+        over = next == reports.size();
         return true;
+    }
+
+    State(const Recording& theRecording, Pace thePace)
+        : recording(theRecording)
+        , pace(thePace)
+        , nowNs((recording.timesUs.front() - 1000) * 1000)
+    {
     }
 
     const Recording& recording;
     const Pace pace;
     std::atomic<std::int64_t> nowNs;
+    std::atomic<bool> over{false};
     Sleeper sleeper;
     std::size_t next = 0; // only the reading thread touches what follows
     std::chrono::steady_clock::time_point start;
@@ -83,7 +92,13 @@ private:
 };
 
 RecordingPlayer::RecordingPlayer(const Recording& recording, Pace pace)
-    : mState(new State{recording, pace, {(recording.timesUs.front() - 1000) * 1000}, {}, 0, {}})
+    : mState(std::make_unique<State>(recording, pace))
+{
+}
+
+RecordingPlayer::RecordingPlayer(Recording&& recording, Pace pace)
+    : mOwn(std::make_unique<Recording>(std::move(recording)))
+    , mState(std::make_unique<State>(*mOwn, pace))
 {
 }
 
@@ -91,7 +106,7 @@ RecordingPlayer::~RecordingPlayer() = default;
 
 std::unique_ptr<qlt::VendorUsbDevice> RecordingPlayer::OpenFirst()
 {
-    return mState->sleeper.IsAwake() ? nullptr : std::make_unique<Device>(*mState);
+    return mState->sleeper.IsAwake() || IsOver() ? nullptr : std::make_unique<Device>(*mState);
 }
 
 std::int64_t RecordingPlayer::NowNs() { return mState->nowNs; }
@@ -99,6 +114,8 @@ std::int64_t RecordingPlayer::NowNs() { return mState->nowNs; }
 void RecordingPlayer::SleepNs(std::int64_t durationNs) { mState->sleeper.SleepNs(durationNs); }
 
 void RecordingPlayer::Close() { mState->sleeper.WakeAll(); }
+
+bool RecordingPlayer::IsOver() const { return mState->over; }
 
 RecordingTracker::RecordingTracker(RecordingPlayer& player)
     : Hmd(player, player)

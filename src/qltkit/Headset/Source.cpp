@@ -60,8 +60,11 @@ private:
 
 } // namespace
 
+bool Source::IsOver() const { return false; }
+
 std::unique_ptr<Source> OpenSource(const std::string& name)
 {
+    const std::filesystem::path file(name);
     if (name == "headset")
     {
         return SourceOf(qlt::UsbHost::System());

@@ -117,7 +117,10 @@ void CommandLine::Flag(const std::string& name, bool& value, const std::string& 
 
 void CommandLine::Source(std::string& source)
 {
-    File("--source", source, "simulator, headset, or a recording, which plays at its own pace")
+    File(
+        "--source", source,
+        "simulator, headset, or a file that plays at its own pace: a capture (.mcap), a recording, "
+        "or a headset script (.json)")
         .ShowDefault();
 }
 

@@ -22,8 +22,8 @@ namespace
 
 struct Options
 {
-    std::string source = "simulator"; // simulator, headset or a recording
-    double seconds = 0.0;             // 0: until interrupted or the recording ends
+    std::string source = "simulator"; // simulator, headset or a file
+    double seconds = 0.0;             // 0: until interrupted or the file ends
     std::string csv;                  // empty: no file
     bool objects = false;             // show the objects of the host service, too
 };
@@ -149,7 +149,7 @@ std::string DescribeObjects(const qlt::Tracker& tracker)
 }
 
 /// Shows `latest` until the time is over, the recording has ended or the user has enough.
-void Watch(const qlt::Tracker& tracker, const Latest& latest, const Options& options)
+void Watch(TrackerSource& source, const Latest& latest, const Options& options)
 {
     using Seconds = std::chrono::duration<double>;
     Display display;
@@ -163,7 +163,7 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const Options& opt
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const SteadyClock::time_point now = SteadyClock::now();
         const double elapsedS = Seconds(now - start).count();
-        over = Interrupted() || latest.Ended() ||
+        over = Interrupted() || latest.Ended() || source.IsOver() ||
                (options.seconds > 0.0 && elapsedS >= options.seconds);
         if (now >= due || (over && shown == start))
         {
@@ -171,7 +171,7 @@ void Watch(const qlt::Tracker& tracker, const Latest& latest, const Options& opt
             const double intervalS = Seconds(now - shown).count();
             const bool isSeen =
                 display.Show(Describe(pose, pose.reports - shownReports, elapsedS, intervalS) +
-                             (options.objects ? DescribeObjects(tracker) : ""));
+                             (options.objects ? DescribeObjects(source.Get()) : ""));
             over = over || !isSeen;
             shownReports = pose.reports;
             shown = now;
@@ -189,7 +189,7 @@ int Run(const Options& options)
     qlt::Tracker& tracker = source.Get();
     tracker.AddListener(latest);
     tracker.Start();
-    Watch(tracker, latest, options);
+    Watch(source, latest, options);
     tracker.Stop();
     tracker.RemoveListener(latest);
     csv.Close();

@@ -1,15 +1,21 @@
 #include "commands/Commands.h"
 
 #include <qlt/qlt.h>
-#include <qltkit/Headset/ReportRecorder.h>
+#include <qltkit/Headset/RecordingPlayer.h>
 
 #include "commands/CommandLine.h"
+#include "output/LogCapture.h"
+#include "output/OutputFile.h"
+#include "output/Progress.h"
+#include "output/ReportFile.h"
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
+#include "source/RecordingInput.h"
 
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -19,37 +25,92 @@ namespace
 struct Options
 {
     std::string recording;
-    double seconds = 0.0; // 0: until interrupted
+    std::string source = "headset"; // headset, simulator or a file
+    double seconds = 0.0;           // 0: until interrupted or the file ends
 };
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// Opens the source. The faults of a recording are named on standard error.
+std::unique_ptr<qltkit::Source> Open(const std::string& name)
+{
+    if (FileOfSource(name).empty() || IsScript(name))
+    {
+        return qltkit::OpenSource(name);
+    }
+    bool whole = true;
+    return std::make_unique<qltkit::RecordingPlayer>(LoadInput(name, whole),
+                                                     qltkit::RecordingPlayer::Pace::Recorded);
+}
+
+qltkit::CaptureOptions OptionsFor(const Options& options, qltkit::Source& source)
+{
+    qltkit::CaptureOptions capture;
+    capture.clock = &source;
+    capture.metadata = {
+        {"source", options.source},           {"source.usb", source.Name()},
+        {"device", qlt::Params::HMD_NAME},    {"device.usb", "04B4:00F1"},
+        {"core.version", QLT_VERSION_STRING}, {"command", std::string("qlt ") + QLT_VERSION}};
+    return capture;
+}
+
+/// Waits until the recording is to end, and shows how far it is.
+void Watch(const Options& options, const qltkit::Source& source, const ReportFile& file)
+{
+    Progress progress;
+    std::string trouble;
+    const SteadyClock::time_point start = SteadyClock::now();
+    double elapsed = 0.0;
+    while (!Interrupted() && !source.IsOver() && !file.HasFailed() &&
+           (options.seconds <= 0.0 || elapsed < options.seconds))
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        elapsed = std::chrono::duration<double>(SteadyClock::now() - start).count();
+        progress.Show(options.seconds > 0.0 ? elapsed / options.seconds : -1.0,
+                      OutputFile::Format("%.1f s, %llu reports", elapsed,
+                                         static_cast<unsigned long long>(file.Reports())));
+        if (const std::string now = file.Trouble(); now != trouble)
+        {
+            std::fprintf(stderr, "qlt: %s: %s\n", options.recording.c_str(),
+                         now.empty() ? "the data is written again" : now.c_str());
+            trouble = now;
+        }
+    }
+}
+
+/// Runs a tracker on the source, because the headset sends to a tracker only.
+void Track(const Options& options, qltkit::Source& source, ReportFile& file)
+{
+    qltkit::ReportTap tap(source, source, file.Sink());
+    std::optional<LogCapture> log;
+    if (file.Capture() != nullptr)
+    {
+        log.emplace(*file.Capture());
+    }
+    qlt::Hmd hmd(tap, source);
+    hmd.Start();
+    Watch(options, source, file);
+    file.EndReads();
+    source.Close(); // ends a read that waits for its report, and the search for a headset
+    hmd.Stop();
+}
 
 int Run(const Options& options)
 {
-    qltkit::ReportRecorder recorder(options.recording);
+    const std::unique_ptr<qltkit::Source> source = Open(options.source);
+    const std::unique_ptr<ReportFile> file =
+        CreateReportFile(options.recording, OptionsFor(options, *source));
     CatchInterrupts();
-    SayThatHeadsetIsAwaited();
+    if (options.source == "headset")
     {
-        qltkit::ReportTap tap(qlt::UsbHost::System(), qlt::Clock::System(), recorder);
-        qlt::Hmd hmd(tap);
-        hmd.Start();
-        const auto start = std::chrono::steady_clock::now();
-        const auto isOver = [&]
-        {
-            const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-            return Interrupted() || recorder.Failed() ||
-                   (options.seconds > 0.0 && elapsed.count() >= options.seconds);
-        };
-        while (!isOver())
-        {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        hmd.Stop();
+        SayThatHeadsetIsAwaited();
     }
-    if (recorder.Reports() == 0 && !recorder.Failed())
+    Track(options, *source, *file);
+    if (file->Reports() == 0 && !file->HasFailed())
     {
         throw std::runtime_error("no report has come; " + options.recording + " is not written");
     }
-    recorder.Close();
-    std::printf("%s: %zu reports\n", options.recording.c_str(), recorder.Reports());
+    std::printf("%s\n", file->Close().c_str());
     return 0;
 }
 
@@ -58,8 +119,15 @@ int Run(const Options& options)
 CommandBody AddRecord(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    line.Describe("Write the headset's reports down as they come, for replay");
-    line.File("recording", options->recording, "The file to write").Required();
+    line.Describe("Write a headset's reports down as they come, for replay");
+    line.File("recording", options->recording,
+              "The file to write: a capture (.mcap), which also has times, events and texts, or "
+              "nothing but reports (.bin)")
+        .Required()
+        .Check(RefuseReportFile);
+    line.Source(options->source);
     line.Seconds(options->seconds, "Stop after so many seconds");
+    line.AfterParsing([options]
+                      { RequireDistinct({FileOfSource(options->source)}, {options->recording}); });
     return [options] { return Run(*options); };
 }

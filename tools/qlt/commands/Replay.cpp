@@ -3,7 +3,7 @@
 #include "commands/CommandLine.h"
 #include "output/Orientation.h"
 #include "output/Terminal.h"
-#include "source/RecordingFaults.h"
+#include "source/RecordingInput.h"
 #include "source/Replay.h"
 
 #include <nlohmann/json.hpp>
@@ -73,8 +73,8 @@ void PrintText(const std::string& path, const qltkit::Recording& recording, cons
 int Run(const Options& options)
 {
     OrientationCsv csv(options.csv);
-    const qltkit::Recording recording = qltkit::LoadRecording(options.recording);
-    const bool whole = ReportFaults(recording, options.recording);
+    bool whole = true;
+    const qltkit::Recording recording = LoadInput(options.recording, whole);
     std::vector<TruthRow> truth;
     if (!options.truth.empty())
     {
@@ -111,7 +111,8 @@ CommandBody AddReplay(CommandLine line)
 {
     auto options = std::make_shared<Options>();
     line.Describe("Run a recording through a filter, as fast as it goes");
-    line.File("recording", options->recording, "64-byte sensor reports, one after another")
+    line.File("recording", options->recording,
+              "A capture, a recording, or a headset script (.json)")
         .Required();
     line.File("--truth", options->truth, "Measured orientations to compare with");
     line.File("--csv", options->csv, "Write the orientation after every report to this file");

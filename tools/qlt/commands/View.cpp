@@ -26,7 +26,7 @@ namespace
 
 struct Options
 {
-    std::string source = "simulator"; // simulator, headset or a recording
+    std::string source = "simulator"; // simulator, headset or a file
     double seconds = 0.0;             // 0: until the window is closed, or 6 s into it for a picture
     std::string png;                  // empty: a window
 };
@@ -168,10 +168,18 @@ qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
 {
     const auto patience = std::chrono::duration<double>(seconds + 10.0);
     const SteadyClock::time_point start = SteadyClock::now();
-    Head head(source, source.ReportsIn(seconds));
-    while (!head.Ended() && !(Interrupted() && head.Reports() != 0))
+    const std::size_t reports = source.ReportsIn(seconds);
+    Head head(source, reports);
+    const auto isTime = [&]
     {
-        if (Interrupted() || SteadyClock::now() - start > patience)
+        const std::chrono::duration<double> elapsed = SteadyClock::now() - start;
+        return head.Ended() ||
+               (head.Reports() != 0 &&
+                (Interrupted() || source.IsOver() || (reports == 0 && elapsed.count() >= seconds)));
+    };
+    while (!isTime())
+    {
+        if (Interrupted() || source.IsOver() || SteadyClock::now() - start > patience)
         {
             throw std::runtime_error("there are too few reports for a picture");
         }

@@ -4,6 +4,9 @@
 /// True when standard output is a terminal, so that a line can be overwritten.
 bool StandardOutputIsTerminal();
 
+/// True when standard error is a terminal.
+bool StandardErrorIsTerminal();
+
 /// Prepares the standard streams; call it before any file is opened. No file then takes the place
 /// of a closed standard stream, and a reader that closes its pipe does not end the process. Returns
 /// false when standard output is closed.

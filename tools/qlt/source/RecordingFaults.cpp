@@ -33,13 +33,29 @@ std::string DescribeRefusal(const qltkit::RecordingCheck& check, std::size_t ext
            " steps are implausible, the first at " + Describe(*first);
 }
 
+/// Names the faults of the file of a capture.
+void ReportProblems(const std::vector<qltkit::CaptureProblem>& problems, const std::string& path)
+{
+    const std::size_t listed = std::min(problems.size(), MAX_LISTED);
+    for (std::size_t i = 0; i < listed; ++i)
+    {
+        std::cerr << "qlt: " << path << ": " << problems[i].text << '\n';
+    }
+    if (problems.size() > listed)
+    {
+        std::cerr << "qlt: " << path << ": and " << problems.size() - listed << " more\n";
+    }
+}
+
 } // namespace
 
 bool ReportFaults(const qltkit::Recording& recording, const std::string& path)
 {
+    ReportProblems(recording.problems, path);
     const qltkit::RecordingCheck check = qltkit::CheckRecording(recording);
+    const bool isRecording = check.isRecording || qltkit::IsCapture(path);
     std::size_t listed = std::min(check.faults.size(), MAX_LISTED);
-    if (!check.isRecording && check.faults.size() > MAX_LISTED)
+    if (!isRecording && check.faults.size() > MAX_LISTED)
     {
         listed = 0; // they add nothing to the refusal
     }
@@ -47,7 +63,7 @@ bool ReportFaults(const qltkit::Recording& recording, const std::string& path)
     {
         std::cerr << "qlt: " << path << ", " << Describe(check.faults[i]) << '\n';
     }
-    if (!check.isRecording)
+    if (!isRecording)
     {
         throw std::runtime_error(
             path + " is not a recording: " + DescribeRefusal(check, recording.extraBytes));
@@ -61,5 +77,5 @@ bool ReportFaults(const qltkit::Recording& recording, const std::string& path)
         std::cerr << "qlt: the last report of " << path << " is cut off after "
                   << recording.extraBytes << " of 64 bytes\n";
     }
-    return recording.extraBytes == 0;
+    return recording.extraBytes == 0 && recording.problems.empty();
 }

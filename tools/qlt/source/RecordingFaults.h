@@ -5,6 +5,7 @@
 
 #include <string>
 
-/// Names the faults of `recording` on standard error, the first twenty of them one by one. False
-/// when its last report is cut off. std::runtime_error when it is no recording.
+/// Names the faults of `recording` and of its file on standard error, the first twenty of each one
+/// by one. False when the file is damaged or its last report is cut off. std::runtime_error when it
+/// is no recording, unless it is a capture, whose reports are surely reports.
 bool ReportFaults(const qltkit::Recording& recording, const std::string& path);

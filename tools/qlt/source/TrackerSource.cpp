@@ -3,7 +3,7 @@
 #include <qlt/Sensors/SimulatorTracker.h>
 
 #include "source/HeadsetSearch.h"
-#include "source/RecordingFaults.h"
+#include "source/RecordingInput.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,8 +35,13 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
         SayThatHeadsetIsAwaited();
         return;
     }
-    mRecording = qltkit::LoadRecording(name);
-    mWhole = ReportFaults(*mRecording, name);
+    if (IsScript(name))
+    {
+        mScripted = std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(name));
+        mTracker = std::make_unique<qlt::Hmd>(*mScripted, *mScripted);
+        return;
+    }
+    mRecording = LoadInput(name, mWhole);
     mPlayer = std::make_unique<qltkit::RecordingPlayer>(*mRecording, pace);
     auto tracker = std::make_unique<qltkit::RecordingTracker>(*mPlayer);
     mRecorded = tracker.get();
@@ -49,6 +54,10 @@ TrackerSource::~TrackerSource()
     {
         mPlayer->Close(); // else the tracker's end would wait for sleepers
     }
+    if (mScripted != nullptr)
+    {
+        mScripted->Close();
+    }
 }
 
 std::size_t TrackerSource::Reports() const { return mRecording ? mRecording->reports.size() : 0; }
@@ -56,6 +65,10 @@ std::size_t TrackerSource::Reports() const { return mRecording ? mRecording->rep
 std::size_t TrackerSource::ReportsIn(double seconds) const
 {
     std::ptrdiff_t reports = std::lround(seconds * 1000.0);
+    if (mScripted != nullptr)
+    {
+        return 0;
+    }
     if (mRecording)
     {
         const auto& times = mRecording->playedUs;

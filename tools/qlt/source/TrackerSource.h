@@ -1,7 +1,9 @@
-// The tracker that the option --source names: "simulator", "headset", or the file of a recording.
+// The tracker that the option --source names: "simulator", "headset", or the file of a capture, a
+// recording or a headset script.
 #pragma once
 
 #include <qltkit/Headset/RecordingPlayer.h>
+#include <qltkit/Headset/ScriptedHeadset.h>
 
 #include <cstdint>
 #include <memory>
@@ -14,7 +16,8 @@ public:
     using Pace = qltkit::RecordingPlayer::Pace;
 
     /// std::runtime_error with one clear sentence for a file that cannot be read. The faults of a
-    /// recording are reported on standard error. `pace` applies to recordings and the simulator.
+    /// recording are reported on standard error. `pace` applies to recordings and the simulator; a
+    /// script always runs in real time.
     explicit TrackerSource(const std::string& name, Pace pace = Pace::Recorded);
     ~TrackerSource();
     TrackerSource(const TrackerSource&) = delete;
@@ -25,8 +28,12 @@ public:
     /// How many reports there will be; 0 for a source without an end. Only a recording has one.
     std::size_t Reports() const;
 
-    /// How many reports the source gives in so many seconds, at least one.
+    /// How many reports the source gives in so many seconds, at least one; 0 for a script, whose
+    /// reports may be lost.
     std::size_t ReportsIn(double seconds) const;
+
+    /// Whether a script has given its last report. The other sources give none of their own.
+    bool IsOver() const { return mScripted != nullptr && mScripted->IsOver(); }
 
     /// The time of a report, microseconds: the headset's clock in a recording, else the time of the
     /// event, which starts at zero.
@@ -42,7 +49,8 @@ private:
     std::unique_ptr<qlt::Clock> mClock; // of a simulator that does not wait
     std::optional<qltkit::Recording> mRecording;
     std::unique_ptr<qltkit::RecordingPlayer> mPlayer;
-    std::unique_ptr<qlt::Tracker> mTracker; // destroyed before its clock, recording and player
+    std::unique_ptr<qltkit::ScriptedHeadset> mScripted;
+    std::unique_ptr<qlt::Tracker> mTracker; // destroyed before the members above
     const qltkit::RecordingTracker* mRecorded = nullptr;
     bool mWhole = true;
 };

@@ -10,6 +10,8 @@
 
 bool StandardOutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }
 
+bool StandardErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
+
 bool PrepareStandardStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);

@@ -16,6 +16,8 @@ constexpr int STANDARD_ERROR = 2;
 
 bool StandardOutputIsTerminal() { return _isatty(STANDARD_OUTPUT) != 0; }
 
+bool StandardErrorIsTerminal() { return _isatty(STANDARD_ERROR) != 0; }
+
 bool PrepareStandardStreams()
 {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);

@@ -1,0 +1,15 @@
+// The files that replay a headset.
+#pragma once
+
+#include <qltkit/Capture/Recording.h>
+
+#include <string>
+
+/// Loads the recording that a command plays: a capture, a recording, or a headset script (.json),
+/// whose reports are made as fast as possible. Its faults are named on standard error. `whole` is
+/// false when the file is damaged or truncated. Throws std::runtime_error with one sentence when
+/// the file cannot be read, when it is no recording, and when the script has no end.
+qltkit::Recording LoadInput(const std::string& path, bool& whole);
+
+/// True for the file of a headset script.
+bool IsScript(const std::string& path);

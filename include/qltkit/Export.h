@@ -3,9 +3,7 @@
 
 #include <qlt/Export.h>
 
-#if defined(QLTKIT_STATIC)
-#define QLTKIT_API
-#elif defined(_WIN32)
+#if defined(_WIN32)
 #if defined(QLTKIT_BUILD)
 #define QLTKIT_API __declspec(dllexport)
 #else

@@ -22,7 +22,7 @@ namespace
     throw Error("cannot read " + path + ": " + reason);
 }
 
-/// Reading a device might never end, or might need more than reading.
+/// A device is refused, because reading it may never end and may change its state.
 bool IsDevice(const std::string& path)
 {
     namespace fs = std::filesystem;

@@ -9,7 +9,7 @@ namespace qltkit
 
 struct RecordingPlayer::State
 {
-    /// Hands out the next report, at its time; nothing past the end.
+    /// Gives the next report at its time, and nothing after the last report.
     bool ReadReport(std::uint8_t* buffer, std::uint32_t& length)
     {
         const auto& reports = recording.reports;
@@ -51,7 +51,7 @@ struct RecordingPlayer::State
     std::atomic<std::int64_t> nowNs;
     std::atomic<bool> over{false};
     Sleeper sleeper;
-    std::size_t next = 0; // only the reading thread touches what follows
+    std::size_t next = 0; // only the reading thread uses this member and those below
     std::chrono::steady_clock::time_point start;
 };
 

@@ -20,12 +20,12 @@ struct Options
     std::string capture;
 };
 
-constexpr std::size_t MAX_EVENTS = 20; // that are listed
+constexpr std::size_t MAX_EVENTS = 20; // the largest number of events that are listed
 
 /// The contents of a capture.
 struct Survey
 {
-    std::uint64_t firstNs = 0; // log times
+    std::uint64_t firstNs = 0; // the log times of the first and the last item
     std::uint64_t lastNs = 0;
     std::uint64_t messages = 0;
     std::uint64_t reports = 0;
@@ -34,7 +34,7 @@ struct Survey
     std::uint32_t lastSequence = 0;
     std::map<std::string, std::uint64_t> topics;
     std::uint64_t eventCount = 0;
-    std::vector<std::string> events; // the first ones
+    std::vector<std::string> events; // the first events
 };
 
 void AddReport(Survey& survey, std::uint32_t sequence)
@@ -44,7 +44,7 @@ void AddReport(Survey& survey, std::uint32_t sequence)
     {
         survey.firstSequence = sequence;
     }
-    else if (step > 1 && step < 0x80000000u) // a larger step is one back
+    else if (step > 1 && step < 0x80000000u) // a larger step is a step back
     {
         survey.lostReports += step - 1;
     }

@@ -84,7 +84,7 @@ public:
         return std::chrono::milliseconds(mTerminal ? 50 : 1000);
     }
 
-    /// False when nobody can see it any more.
+    /// Returns false when the text reaches no reader any more.
     bool Show(const std::string& text)
     {
         if (!mTerminal)
@@ -92,7 +92,8 @@ public:
             std::printf("%s\n", text.c_str());
             return FlushStandardOutput();
         }
-        // Spaces instead of an escape sequence: not every console knows one.
+        // Overwrite the old text with spaces, because not every console knows the escape sequence
+        // for that.
         std::printf("\r%-*s", static_cast<int>(mWidth), text.c_str());
         mWidth = text.size();
         return FlushStandardOutput();
@@ -148,7 +149,7 @@ std::string DescribeObjects(const qlt::Tracker& tracker)
     return text.empty() ? "  no objects" : text;
 }
 
-/// Shows `latest` until the time is over, the recording has ended or the user has enough.
+/// Shows `latest` until the time is over, the recording has ended or the user stops the command.
 void Watch(TrackerSource& source, const Latest& latest, const Options& options)
 {
     using Seconds = std::chrono::duration<double>;

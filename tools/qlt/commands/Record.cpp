@@ -31,7 +31,7 @@ struct Options
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// Opens the source. The faults of a recording are named on standard error.
+/// Opens the source, and lists the faults of a recording on standard error.
 std::unique_ptr<qltkit::Source> Open(const std::string& name)
 {
     if (FileOfSource(name).empty() || IsScript(name))
@@ -54,7 +54,7 @@ qltkit::CaptureOptions OptionsFor(const Options& options, qltkit::Source& source
     return capture;
 }
 
-/// Waits until the recording is to end, and shows how far it is.
+/// Waits until the recording should end, and shows its progress.
 void Watch(const Options& options, const qltkit::Source& source, const ReportFile& file)
 {
     Progress progress;
@@ -78,7 +78,7 @@ void Watch(const Options& options, const qltkit::Source& source, const ReportFil
     }
 }
 
-/// Runs a tracker on the source, because the headset sends to a tracker only.
+/// Runs a tracker on the source, because the headset sends only to a tracker.
 void Track(const Options& options, qltkit::Source& source, ReportFile& file)
 {
     qltkit::ReportTap tap(source, source, file.Sink());
@@ -91,7 +91,7 @@ void Track(const Options& options, qltkit::Source& source, ReportFile& file)
     hmd.Start();
     Watch(options, source, file);
     file.EndReads();
-    source.Close(); // ends a read that waits for its report, and the search for a headset
+    source.Close(); // this ends a waiting read and the search for a headset
     hmd.Stop();
 }
 

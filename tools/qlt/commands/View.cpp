@@ -41,7 +41,7 @@ constexpr double DEFAULT_MOMENT_S = 6.0;
 class Head final : public qltkit::ReportFollower
 {
 public:
-    /// Follows the tracker for so many reports, or without an end when that is 0.
+    /// Follows the tracker for this number of reports. 0 means without an end.
     Head(TrackerSource& source, std::size_t reports)
         : ReportFollower(source.Recorded(), reports)
         , mTracker(source.Get())
@@ -72,7 +72,8 @@ private:
         WhileHeld();
     }
 
-    // On the tracker's thread, because a held tracker would keep other threads waiting.
+    // This call runs on the tracker's thread, because other threads would have to wait for a held
+    // tracker.
     void WhileHeld() override
     {
         if (mYawIsToBeReset.exchange(false))
@@ -103,7 +104,7 @@ public:
     {
     }
 
-    /// Call it after each frame. True when there is a new text.
+    /// Call it after each frame. It returns true when there is a new text.
     bool Update(const qlt::Quaternion& orientation)
     {
         ++mFrames;
@@ -163,7 +164,7 @@ int ShowWindow(const Options& options)
     return source.ExitCode();
 }
 
-/// Returns the orientation of the head after so many seconds of its tracker's time.
+/// Returns the orientation of the head `seconds` after its tracker's start, in the tracker's time.
 qlt::Quaternion OrientationAfter(double seconds, TrackerSource& source)
 {
     const auto patience = std::chrono::duration<double>(seconds + 10.0);

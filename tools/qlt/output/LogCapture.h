@@ -1,4 +1,4 @@
-// Writes down what the library says.
+// Stores the lines of the library in a capture.
 #pragma once
 
 #include <qlt/Runtime/Log.h>

@@ -48,7 +48,8 @@ void Progress::Show(double share, const std::string& text)
         return;
     }
     const std::string line = (share < 0.0 ? "" : Bar(share)) + text;
-    // Spaces instead of an escape sequence: not every console knows one.
+    // Overwrite the old text with spaces, because not every console knows the escape sequence for
+    // that.
     std::fprintf(stderr, "\r%-*s", static_cast<int>(mWidth), line.c_str());
     std::fflush(stderr);
     mWidth = line.size();

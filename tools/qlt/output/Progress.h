@@ -1,4 +1,4 @@
-// Shows how far a long command has come.
+// Shows the progress of a long command.
 #pragma once
 
 #include <chrono>
@@ -25,5 +25,5 @@ public:
 private:
     const bool mTerminal;
     std::chrono::steady_clock::time_point mDue;
-    std::size_t mWidth = 0; // of the line that is on the screen
+    std::size_t mWidth = 0; // the width of the line on the screen
 };

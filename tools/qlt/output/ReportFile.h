@@ -1,4 +1,4 @@
-// The file that a command records reports into.
+// A file into which a command records reports.
 #pragma once
 
 #include <qltkit/Capture/CaptureWriter.h>
@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-/// Takes the reports of a tap. Close completes the file; without Close, no file stays.
+/// Takes the reports of a tap. Close completes the file. Without Close, the file is removed.
 class ReportFile
 {
 public:
@@ -16,28 +16,28 @@ public:
 
     virtual qltkit::ReportSink& Sink() = 0;
 
-    /// How many reports the file has taken. Any thread.
+    /// The number of reports that the file has taken. Any thread.
     virtual std::uint64_t Reports() const = 0;
 
-    /// Whether a write has failed for good, so that recording on makes no sense. Any thread.
+    /// True when writing has failed permanently, so the recording should end. Any thread.
     virtual bool HasFailed() const = 0;
 
-    /// Why the system takes no data at present, although it may do so later. Any thread.
+    /// The reason why the system takes no data at present. It may take data later. Any thread.
     virtual std::string Trouble() const { return {}; }
 
-    /// The tracker is about to stop, so its last read may fail.
+    /// Call it before the tracker stops, because its last read may fail.
     virtual void EndReads() {}
 
     /// Completes the file and returns a sentence that describes it. Throws std::runtime_error when
     /// data could not be written.
     virtual std::string Close() = 0;
 
-    /// The capture, for events, texts and frames. Null for a file of nothing but reports.
+    /// The capture, to add events, texts and frames. Null for a file that contains only reports.
     virtual qltkit::CaptureWriter* Capture() { return nullptr; }
 };
 
-/// Returns a sentence that refuses the name, unless it ends in .mcap (a capture) or .bin (nothing
-/// but reports).
+/// Returns a sentence that refuses the name, unless it ends in .mcap (a capture) or .bin (only
+/// reports).
 std::string RefuseReportFile(const std::string& path);
 
 /// Creates the file. Throws std::runtime_error when it cannot be created.

@@ -1,4 +1,4 @@
-// The items of a capture, for commands that go through all of it.
+// Reads the items of a capture for commands that need all of them.
 #pragma once
 
 #include <qltkit/Capture/CaptureReader.h>
@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-/// Gives the items of a capture one after another and shows the progress. The items of a file of
-/// nothing but reports are its reports, whose times are those of the headset's clock.
+/// Gives the items of a capture one after another and shows the progress. For a file that contains
+/// only reports, the items are these reports with the times of the headset's clock.
 class CaptureInput
 {
 public:
@@ -22,15 +22,16 @@ public:
     /// Throws std::runtime_error with one sentence when the file cannot be read.
     explicit CaptureInput(const std::string& path);
 
-    /// Takes the items from `recording`, which must outlive this, unless the file is a capture.
+    /// Takes the items from `recording`, which must outlive this object, unless the file is a
+    /// capture.
     CaptureInput(const std::string& path, const qltkit::Recording& recording);
 
     ~CaptureInput();
 
-    /// Reads the next item. Its views are valid until the next call. False at the end.
+    /// Reads the next item. Its views are valid until the next call. Returns false at the end.
     bool Next(qltkit::CaptureItem& item);
 
-    /// What the capture says about itself so far.
+    /// The metadata of the capture that has been read so far.
     const Metadata& GetMetadata() const;
 
     /// The faults of the file so far, at most a hundred of them.
@@ -38,9 +39,9 @@ public:
 
 private:
     Progress mProgress;
-    std::unique_ptr<qltkit::CaptureReader> mReader; // of a capture
+    std::unique_ptr<qltkit::CaptureReader> mReader; // the reader of a capture
     std::unique_ptr<const qltkit::Recording> mOwn;
-    const qltkit::Recording* mRecording = nullptr; // of another file
+    const qltkit::Recording* mRecording = nullptr; // the recording of another file
     std::size_t mNext = 0;
     Metadata mNone;
 };

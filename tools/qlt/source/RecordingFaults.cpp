@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr std::size_t MAX_LISTED = 20; // faults
+constexpr std::size_t MAX_LISTED = 20; // the largest number of faults that are listed
 
 std::string Describe(const qltkit::RecordingFault& fault)
 {
@@ -20,7 +20,7 @@ std::string Describe(const qltkit::RecordingFault& fault)
            fault.text;
 }
 
-/// The sentence that refuses a file which is no recording.
+/// Returns the reason why a file is no recording.
 std::string DescribeRefusal(const qltkit::RecordingCheck& check, std::size_t extraBytes)
 {
     if (check.steps == 0)
@@ -33,7 +33,7 @@ std::string DescribeRefusal(const qltkit::RecordingCheck& check, std::size_t ext
            " steps are implausible, the first at " + Describe(*first);
 }
 
-/// Names the faults of the file of a capture.
+/// Lists the faults of the file of a capture.
 void ReportProblems(const std::vector<qltkit::CaptureProblem>& problems, const std::string& path)
 {
     const std::size_t listed = std::min(problems.size(), MAX_LISTED);
@@ -57,7 +57,7 @@ bool ReportFaults(const qltkit::Recording& recording, const std::string& path)
     std::size_t listed = std::min(check.faults.size(), MAX_LISTED);
     if (!isRecording && check.faults.size() > MAX_LISTED)
     {
-        listed = 0; // they add nothing to the refusal
+        listed = 0; // the refusal says enough
     }
     for (std::size_t i = 0; i < listed; ++i)
     {

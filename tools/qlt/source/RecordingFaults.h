@@ -1,11 +1,12 @@
-// What the command says about the faults of a recording.
+// Reports the faults of a recording to the user.
 #pragma once
 
 #include <qltkit/Capture/Recording.h>
 
 #include <string>
 
-/// Names the faults of `recording` and of its file on standard error, the first twenty of each one
-/// by one. False when the file is damaged or its last report is cut off. std::runtime_error when it
-/// is no recording, unless it is a capture, whose reports are surely reports.
+/// Lists the faults of `recording` and of its file on standard error, at most twenty of each.
+/// Returns false when the file is damaged or its last report is cut off. Throws std::runtime_error
+/// when the file is no recording. A capture is always accepted, because it says that its messages
+/// are reports.
 bool ReportFaults(const qltkit::Recording& recording, const std::string& path);

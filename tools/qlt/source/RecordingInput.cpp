@@ -17,7 +17,7 @@ std::vector<qlt::SensorReport> PlayScript(qltkit::ScriptedHeadset& headset)
     while (!headset.IsOver())
     {
         const auto device = headset.OpenFirst();
-        // A device that is not the headset, and a failed read, make a tracker look again.
+        // After a failed read, and for a device that is not the headset, a tracker searches again.
         std::uint32_t length = qlt::SENSOR_REPORT_SIZE;
         while (device != nullptr && device->ProductId() == 0x00F1 && !headset.IsOver() &&
                length == qlt::SENSOR_REPORT_SIZE)

@@ -52,7 +52,7 @@ TrackerSource::~TrackerSource()
 {
     if (mPlayer != nullptr)
     {
-        mPlayer->Close(); // else the tracker's end would wait for sleepers
+        mPlayer->Close(); // otherwise the end of the tracker would wait for sleeping threads
     }
     if (mScripted != nullptr)
     {

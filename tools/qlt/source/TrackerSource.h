@@ -15,8 +15,8 @@ class TrackerSource
 public:
     using Pace = qltkit::RecordingPlayer::Pace;
 
-    /// std::runtime_error with one clear sentence for a file that cannot be read. The faults of a
-    /// recording are reported on standard error. `pace` applies to recordings and the simulator; a
+    /// Throws std::runtime_error with one clear sentence for a file that cannot be read. Lists the
+    /// faults of a recording on standard error. `pace` applies to recordings and the simulator; a
     /// script always runs in real time.
     explicit TrackerSource(const std::string& name, Pace pace = Pace::Recorded);
     ~TrackerSource();
@@ -25,32 +25,32 @@ public:
 
     qlt::Tracker& Get() { return *mTracker; }
 
-    /// How many reports there will be; 0 for a source without an end. Only a recording has one.
+    /// The number of all reports. 0 for a source without an end; only a recording has one.
     std::size_t Reports() const;
 
-    /// How many reports the source gives in so many seconds, at least one; 0 for a script, whose
-    /// reports may be lost.
+    /// The number of reports that the source gives in `seconds`, at least one. 0 for a script,
+    /// whose reports may be lost.
     std::size_t ReportsIn(double seconds) const;
 
-    /// Whether a script has given its last report. The other sources give none of their own.
+    /// True when a script has given its last report. It is false for the other sources.
     bool IsOver() const { return mScripted != nullptr && mScripted->IsOver(); }
 
-    /// The time of a report, microseconds: the headset's clock in a recording, else the time of the
-    /// event, which starts at zero.
+    /// The time of a report in microseconds. A recording gives the time of the headset's clock. The
+    /// other sources give the time of the event, which starts at zero.
     std::int64_t TimeUs(std::size_t report, float eventTime) const;
 
-    /// The tracker of a recording, for a qltkit::ReportFollower; null for the other sources.
+    /// The tracker of a recording, for a qltkit::ReportFollower. Null for the other sources.
     const qltkit::RecordingTracker* Recorded() const { return mRecorded; }
 
-    /// 1 for a recording that is cut off, otherwise 0.
+    /// Returns 1 for a recording that is cut off, and otherwise 0.
     int ExitCode() const { return mWhole ? 0 : 1; }
 
 private:
-    std::unique_ptr<qlt::Clock> mClock; // of a simulator that does not wait
+    std::unique_ptr<qlt::Clock> mClock; // the clock of a simulator that does not wait
     std::optional<qltkit::Recording> mRecording;
     std::unique_ptr<qltkit::RecordingPlayer> mPlayer;
     std::unique_ptr<qltkit::ScriptedHeadset> mScripted;
-    std::unique_ptr<qlt::Tracker> mTracker; // destroyed before the members above
+    std::unique_ptr<qlt::Tracker> mTracker; // it is destroyed before the members above
     const qltkit::RecordingTracker* mRecorded = nullptr;
     bool mWhole = true;
 };

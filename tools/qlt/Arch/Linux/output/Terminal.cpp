@@ -20,7 +20,8 @@ bool PrepareStandardStreams()
     {
         if (fcntl(stream, F_GETFD) == -1)
         {
-            open("/dev/null", O_RDWR); // takes the lowest free number, which is this stream's
+            // `open` returns the lowest free number, which is that of this stream.
+            open("/dev/null", O_RDWR);
         }
     }
     return isOpen;

@@ -8,7 +8,7 @@
 namespace
 {
 
-// The C runtime's descriptors, which the DLL and the program share.
+// The numbers are descriptors of the C runtime. The DLL and the program share it.
 constexpr int STANDARD_OUTPUT = 1;
 constexpr int STANDARD_ERROR = 2;
 

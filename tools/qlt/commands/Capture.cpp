@@ -191,9 +191,9 @@ int Check(const std::string& path)
 CommandBody AddCapture(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    line.Describe("Look into a capture, or into a recording");
-    CommandLine info = line.Subcommand("info", "Show what is in it, and who recorded it when");
-    CommandLine check = line.Subcommand("check", "Check every byte, and name the faults");
+    line.Describe("Show or check a capture or a recording");
+    CommandLine info = line.Subcommand("info", "Show the contents, and who recorded them when");
+    CommandLine check = line.Subcommand("check", "Check every byte and list the faults");
     for (CommandLine subcommand : {info, check})
     {
         subcommand.File("capture", options->capture, "The file").Required();

@@ -126,7 +126,8 @@ void CommandLine::Source(std::string& source)
 
 void CommandLine::Filter(std::string& filter)
 {
-    Text("--filter", filter, "core, the filter of the headset tracker, or kit, the kit's estimator")
+    Text("--filter", filter,
+         "core for the filter of the headset tracker, kit for the kit's estimator")
         .ShowDefault()
         .Check(
             [](const std::string& name)

@@ -112,8 +112,7 @@ CommandBody AddCompare(CommandLine line)
 {
     auto options = std::make_shared<Options>();
     line.Describe("Compare the core's filter with the kit's estimator on a recording");
-    line.File("recording", options->recording, "64-byte sensor reports, one after another")
-        .Required();
+    line.File("recording", options->recording, "A capture or a recording").Required();
     line.File("--truth", options->truth, "Measured orientations to compare with");
     line.Number("--lag", options->lagMs, -100.0, 100.0,
                 "The delay of the reports after the truth in milliseconds")

@@ -204,7 +204,7 @@ CommandBody AddMonitor(CommandLine line)
     auto options = std::make_shared<Options>();
     line.Describe("Show a tracker's orientation live");
     line.Source(options->source);
-    line.Seconds(options->seconds, "Stop after so many seconds");
+    line.Seconds(options->seconds, "Stop after this number of seconds");
     line.File("--csv", options->csv, "Write every orientation to this file");
     line.Flag("--objects", options->objects,
               "Show the first objects that the host service tracks, too");

@@ -185,7 +185,7 @@ int RunProgram(const Options& options)
 void SetUpRun(CommandLine line, Options& options)
 {
     line.Rest("program", options.program, "The program and its arguments");
-    line.Text("--source", options.source, "Where the head's orientation comes from");
+    line.Text("--source", options.source, "The source of the head's orientation");
     line.Text("--mirror", options.mirror, "The size of the window, as 1280x720, or off for none");
     line.Text("--png", options.png, "A picture of what the panel shows after --frames");
     line.Number("--frames", options.frames, 1, MOST_FRAMES,
@@ -200,10 +200,10 @@ CommandBody AddOpenXr(CommandLine line)
     line.Describe("Run programs that speak OpenXR on the headset");
     CommandLine status =
         line.Subcommand("status", "Show the active runtime and the state of its sessions");
-    status.Flag("--watch", options->watch, "Go on until Ctrl-C");
+    status.Flag("--watch", options->watch, "Repeat this until Ctrl-C");
     CommandLine enable =
         line.Subcommand("enable", "Make this runtime the active one for your programs");
-    enable.Flag("--force", options->force, "Put another runtime's setting aside");
+    enable.Flag("--force", options->force, "Save the setting of another runtime and replace it");
     CommandLine disable = line.Subcommand("disable", "Undo enable");
     SetUpRun(line.Subcommand("run", "Run one program on this runtime"), *options);
     return [options, status, enable, disable]

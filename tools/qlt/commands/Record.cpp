@@ -119,14 +119,14 @@ int Run(const Options& options)
 CommandBody AddRecord(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    line.Describe("Write a headset's reports down as they come, for replay");
+    line.Describe("Write a headset's reports to a file, for replay");
     line.File("recording", options->recording,
               "The file to write: a capture (.mcap), which also has times, events and texts, or "
-              "nothing but reports (.bin)")
+              "only the reports (.bin)")
         .Required()
         .Check(RefuseReportFile);
     line.Source(options->source);
-    line.Seconds(options->seconds, "Stop after so many seconds");
+    line.Seconds(options->seconds, "Stop after this number of seconds");
     line.AfterParsing([options]
                       { RequireDistinct({FileOfSource(options->source)}, {options->recording}); });
     return [options] { return Run(*options); };

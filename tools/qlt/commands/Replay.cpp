@@ -110,7 +110,7 @@ int Run(const Options& options)
 CommandBody AddReplay(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    line.Describe("Run a recording through a filter, as fast as it goes");
+    line.Describe("Run a recording through a filter, as fast as possible");
     line.File("recording", options->recording,
               "A capture, a recording, or a headset script (.json)")
         .Required();

@@ -66,12 +66,12 @@ CommandBody AddSynthesize(CommandLine line)
     line.Describe("Write the recording of a software headset that turns, nods and rests");
     line.File("recording", options->recording, "The file to write").Required();
     line.File("--truth", options->truth, "Write the true orientations to this file");
-    line.Number("--seconds", options->seconds, 0.001, 3600.0, "Length of the recording")
+    line.Number("--seconds", options->seconds, 0.001, 3600.0, "Length of the recording in seconds")
         .ShowDefault();
     line.Number("--seed", options->seed, 0, std::numeric_limits<std::uint64_t>::max(),
                 "Another seed gives another motion")
         .ShowDefault();
-    line.Flag("--ideal", options->ideal, "Sensors without bias and noise");
+    line.Flag("--ideal", options->ideal, "Make sensors without bias and noise");
     line.AfterParsing([options] { RequireDistinct({}, {options->recording, options->truth}); });
     return [options] { return Run(*options); };
 }

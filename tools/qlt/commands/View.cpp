@@ -240,12 +240,11 @@ int Run(const Options& options)
 CommandBody AddView(CommandLine line)
 {
     auto options = std::make_shared<Options>();
-    line.Describe("Look around in a scene as the headset shows it; D: lens on and off, "
-                  "R or space: here is forward, Esc: close");
+    line.Describe("Show a scene as the headset shows it; D switches the lens, R or space makes "
+                  "this heading forward, Esc closes");
     line.Source(options->source);
-    line.File("--png", options->png,
-              "Instead of a window: save one picture, of a moment some seconds in");
-    line.Seconds(options->seconds, "Close after so many seconds; that moment");
+    line.File("--png", options->png, "Save one picture instead of opening a window");
+    line.Seconds(options->seconds, "Close after this number of seconds, or take the picture then");
     line.AfterParsing([options]
                       { RequireDistinct({FileOfSource(options->source)}, {options->png}); });
     return [options] { return Run(*options); };

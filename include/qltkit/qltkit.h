@@ -31,6 +31,8 @@
 #include <qltkit/Headset/ScriptedHeadset.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 #include <qltkit/Headset/Source.h>
+#include <qltkit/Tracking/Calibration.h>
+#include <qltkit/Tracking/Calibrator.h>
 #include <qltkit/Tracking/ClockFit.h>
 #include <qltkit/Tracking/Comparison.h>
 #include <qltkit/Tracking/HeadTracker.h>

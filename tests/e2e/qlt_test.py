@@ -764,6 +764,24 @@ class QltTest(unittest.TestCase):
         path.write_text('{"motion": {"kind": "rest"}}')
         self.assertIn("s.json has no end", self.qlt("replay", "s.json", code=1).stderr)
 
+    def test_calibrate_leads_through_the_sides_and_writes_a_file_for_the_unit(self):
+        folder = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "headsets"
+        out = self.path("file.json")
+        done = self.qlt("calibrate", "IXO-7", "--source", str(folder / "six_sides.json"),
+                        "--out", out)
+        self.assertRegex(done.stdout, r"\[#{24}\] 100 %  done\n")
+        self.assertRegex(done.stdout, r"gyroscope bias, deg/s +0\.60\d+ +-0\.40\d+ +0\.90\d+\n")
+        self.assertEqual(done.stdout.count("better by more than 100 times"), 3)
+        written = json.loads(pathlib.Path(out).read_text(encoding="utf-8"))
+        self.assertEqual((written["version"], written["unit"]), (1, "IXO-7"))
+        self.assertAlmostEqual(written["accelerometer"]["scale"][0], 1 / 0.97, 3)
+        os.remove(out)
+        done = self.qlt("calibrate", "IXO-7", "--source", str(folder / "still.json"), "--out", out,
+                        code=1)
+        self.assertIn("without the sides right, left, bottom, back, front", done.stderr)
+        self.assertEqual(os.listdir(self.folder), [])
+        self.assertIn("is no name", self.qlt("calibrate", "../x", code=2).stderr)
+
     def test_compare_makes_a_page_that_needs_nothing_and_says_what_replay_says(self):
         name = "a & b.bin" if ARGUMENTS.emulator else "a <b> & c.bin"  # Windows refuses "<"
         recording, truth = self.path(name), self.path("truth.csv")

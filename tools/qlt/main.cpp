@@ -12,10 +12,19 @@ namespace
 
 // The help text lists the commands in this order.
 const std::vector<Command> COMMANDS = {
-    {"info", AddInfo},     {"monitor", AddMonitor}, {"view", AddView},
-    {"replay", AddReplay}, {"compare", AddCompare}, {"synthesize", AddSynthesize},
-    {"mesh", AddMesh},     {"camera", AddCamera},   {"record", AddRecord},
-    {"optics", AddOptics}, {"script", AddScript},   {"capture", AddCapture},
+    {"info", AddInfo},
+    {"monitor", AddMonitor},
+    {"view", AddView},
+    {"replay", AddReplay},
+    {"compare", AddCompare},
+    {"calibrate", AddCalibrate},
+    {"synthesize", AddSynthesize},
+    {"mesh", AddMesh},
+    {"camera", AddCamera},
+    {"record", AddRecord},
+    {"optics", AddOptics},
+    {"script", AddScript},
+    {"capture", AddCapture},
 #if defined(QLT_HAVE_OPENXR)
     {"openxr", AddOpenXr},
 #endif

@@ -80,6 +80,9 @@ struct HeadsetScript
     /// forward.
     struct Faults
     {
+        /// The true value of each axis is multiplied by this factor before its bias is added.
+        std::array<double, 3> scale{1.0, 1.0, 1.0};
+
         /// The constant error of each axis.
         std::array<double, 3> bias{};
 

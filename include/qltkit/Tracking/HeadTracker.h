@@ -41,6 +41,13 @@ struct HeadTrackerOptions
     /// The sink gets every report and every loss before the tracker does, on the thread that reads
     /// the reports. It must outlive the tracker. Null means that there is no sink.
     ReportSink* sink = nullptr;
+
+    /// The file of a calibration, which `qlt calibrate` writes. It corrects the samples for
+    /// PoseFilter::Kit. Empty means that there is no calibration.
+    std::string calibration;
+
+    /// The serial number or the chosen name of the headset. The calibration must be for this name.
+    std::string unit;
 };
 
 /// Gives the pose of the head at any moment of the last two seconds and of the next 100 ms. It is
@@ -65,7 +72,8 @@ struct HeadTrackerOptions
 /// never wait: they take no lock, make no system call and do not depend on a read or a handler.
 ///
 /// The tracking starts in the constructor and ends in the destructor. Every constructor throws
-/// std::system_error when the system starts no thread.
+/// std::system_error when the system starts no thread, and Error when the calibration cannot be
+/// used: see LoadCalibration. PoseFilter::Core takes no calibration.
 class QLTKIT_API HeadTracker
 {
 public:

@@ -55,6 +55,7 @@ double FaultySensors::Spoiled(double value, std::size_t sensor, std::size_t axis
 {
     const HeadsetScript::Faults& faults = mScript.faults[sensor];
     const double unit = UNITS[sensor];
+    value *= faults.scale[axis];
     value += (faults.bias[axis] + faults.biasPerKelvin[axis] * kelvin) * unit;
     if (faults.noise > 0.0)
     {

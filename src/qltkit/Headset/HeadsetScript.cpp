@@ -17,6 +17,7 @@ using Kind = HeadsetScript::EventKind;
 constexpr Range SECONDS = {0.0, MAX_SCRIPT_SECONDS};
 constexpr Range DEGREES = {-36000.0, 36000.0};
 constexpr Range SENSOR_VALUES = {-2000.0, 2000.0};
+constexpr Range SCALES = {0.5, 2.0};
 constexpr Range CELSIUS = {-100.0, 120.0};
 constexpr Range REPORTS = {1.0, 1000000.0};
 constexpr Range DRIFT_PPM = {-MAX_DRIFT_PPM, MAX_DRIFT_PPM};
@@ -87,6 +88,10 @@ void ReadMotion(JsonFields motion, const std::filesystem::path& folder, HeadsetS
 
 void ReadFaults(JsonFields sensor, HeadsetScript::Faults& faults)
 {
+    if (sensor.Has("scale"))
+    {
+        faults.scale = sensor.Vector("scale", SCALES);
+    }
     if (sensor.Has("bias"))
     {
         faults.bias = sensor.Vector("bias", SENSOR_VALUES);

@@ -1,5 +1,7 @@
 #include "Tracking/PoseWriter.h"
 
+#include <qltkit/Error.h>
+
 namespace qltkit
 {
 namespace
@@ -24,6 +26,19 @@ std::uint32_t U32(const qlt::SensorReport& report, std::size_t offset)
 
 } // namespace
 
+Calibration PoseWriter::CalibrationOf(const HeadTrackerOptions& options)
+{
+    if (options.calibration.empty())
+    {
+        return {};
+    }
+    if (options.filter != PoseFilter::Kit)
+    {
+        throw Error("only the kit's filter takes a calibration");
+    }
+    return LoadCalibration(options.calibration, options.unit);
+}
+
 void PoseWriter::OnReport(const qlt::SensorReport& report, std::int64_t hostNs)
 {
     if (mSink != nullptr)
@@ -39,7 +54,8 @@ void PoseWriter::OnReport(const qlt::SensorReport& report, std::int64_t hostNs)
     const ReportTime time = mTimer.Take(mDeviceUs, hostNs);
     mRecord.pose.timeNs = time.hostNs;
     mRecord.pose.deviceTimeUs = time.deviceUs;
-    if (mFilter == PoseFilter::Kit && mEstimator.Add(ReadImuSample(report)))
+    if (mFilter == PoseFilter::Kit &&
+        mEstimator.Add(Calibrated(ReadImuSample(report), mCalibration)))
     {
         mPredictor.Add(mEstimator);
         const Rotation& q = mEstimator.GetOrientation();

@@ -2,6 +2,7 @@
 
 #include <qlt/Sensors/TrackerListener.h>
 #include <qltkit/Headset/ReportTap.h>
+#include <qltkit/Tracking/Calibration.h>
 #include <qltkit/Tracking/HeadTracker.h>
 #include <qltkit/Tracking/OrientationEstimator.h>
 #include <qltkit/Tracking/Predictor.h>
@@ -21,10 +22,12 @@ namespace qltkit
 class PoseWriter final : public ReportSink, public qlt::TrackerListener
 {
 public:
-    /// `history` and `events` must outlive this object.
+    /// `history` and `events` must outlive this object. Throws Error when the calibration in
+    /// `options` cannot be used.
     PoseWriter(const HeadTrackerOptions& options, PoseHistory& history, EventLine& events)
         : mFilter(options.filter)
         , mSink(options.sink)
+        , mCalibration(CalibrationOf(options))
         , mHistory(history)
         , mEvents(events)
     {
@@ -58,12 +61,14 @@ private:
         PredictionErrors recent;
     };
 
+    static Calibration CalibrationOf(const HeadTrackerOptions& options);
     Errors ReadErrors() const;
     void Publish(const qlt::Quaternion& orientation, const qlt::Vec3& rate);
     bool Follow(std::uint32_t sequence, std::uint32_t deviceUs, std::int64_t hostNs);
 
     const PoseFilter mFilter;
     ReportSink* const mSink;
+    const Calibration mCalibration; // corrects nothing without a file
     PoseHistory& mHistory;
     EventLine& mEvents;
     std::atomic<bool> mClosed{false};

@@ -165,9 +165,9 @@ TEST(ScriptedHeadsetTest, EachFaultIsSeenInTheValuesOfTheTracker)
     const auto expectNear = [](const qlt::Vec3& v, const qlt::Vec3& expected, float count)
     { EXPECT_LT((v - expected).Length(), 0.9f * count); };
     auto sample = last(R"({"gyroscope": {"bias": [10, -20, 30]}, "accelerometer":
-        {"bias": [0.25, 0.5, -0.125]}, "magnetometer": {"bias": [0.5, 0, -0.25]}})");
+        {"bias": [0.25, 0.5, -0.125], "scale": [2, 0.5, 1]}, "magnetometer": {"bias": [0.5, 0, -0.25]}})");
     expectNear(InDegrees(sample.gyroscope), {10, -20, 30}, 0.0305f);
-    expectNear(sample.accelerometer, {0.25f, 1.5f, -0.125f}, 0.000122f);
+    expectNear(sample.accelerometer, {0.25f, 1.0f, -0.125f}, 0.000122f);
     expectNear(sample.magnetometer, {0.5f, -0.45f, -0.45f}, 0.000146f);
     // The last report is 1 ms before the end of a ramp by 3 degrees.
     sample = last(R"({"temperature": {"from": 27, "to": 30, "begin": 0, "end": 0.5},

@@ -6,6 +6,7 @@
 
 /// Each function adds the description and the options of its subcommand and returns its body. The
 /// program calls the body at most once, after it has parsed the command line.
+CommandBody AddCalibrate(CommandLine line);
 CommandBody AddCamera(CommandLine line);
 CommandBody AddCapture(CommandLine line);
 CommandBody AddCompare(CommandLine line);

@@ -480,8 +480,8 @@ extern "C"
     QLTKIT_API void qltkit_CaptureReader_Delete(qltkit_CaptureReader* reader);
 
     /** Creates a capture, which has a temporary name beside `file` until it is closed. `metadata`
-     * is optional: it contains keys and values by turns, and ends with null. QLTKIT_ERROR when the
-     * file cannot be created. */
+     * is optional: it contains keys, each followed by its value, and ends with null. QLTKIT_ERROR
+     * when the file cannot be created. */
     QLTKIT_API qltkit_Result qltkit_CaptureWriter_Open(const char* file,
                                                        const char* const* metadata,
                                                        qltkit_CaptureWriter** writer);

@@ -9,15 +9,20 @@
 namespace qltkit
 {
 
-/// Writes what a ReportTap shows it into a capture: every report, and the events of the connection.
-/// "connected" stands before the first report and before the first report after a loss, and "lost"
-/// stands at each loss. It never delays the tracker.
+/// Writes the reports of a ReportTap into a capture, together with the events of the connection.
+/// The event "connected" comes before the first report, and before the first report after a loss.
+/// The event "lost" comes at each loss. It never delays the tracker.
+///
+///     qltkit::CaptureWriter writer("walk.mcap");
+///     qltkit::CaptureRecorder recorder(writer);
+///     qltkit::ReportTap tap(host, clock, recorder);
 ///
 /// The tap calls OnReport and OnLost on its thread.
 class QLTKIT_API CaptureRecorder final : public ReportSink
 {
 public:
-    /// The writer must outlive this. Its clock should be the clock of the tap.
+    /// Records into `writer`, which must outlive this. The writer and the tap should use the same
+    /// clock.
     explicit CaptureRecorder(CaptureWriter& writer)
         : mWriter(writer)
     {
@@ -25,7 +30,10 @@ public:
 
     ~CaptureRecorder() override;
 
+    /// Adds the report, after the event "connected" where it is due. `hostNs` is in nanoseconds.
     void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) override;
+
+    /// Adds the event "lost", unless the connection was already lost or Close has been called.
     void OnLost(std::int64_t hostNs) override;
 
     /// After this call losses are ignored, because the caller itself ends the reads. Any thread.

@@ -13,16 +13,15 @@ namespace qltkit
 {
 
 /// Plays a recording to a headset tracker, once. It is the USB host on which the tracker finds a
-/// headset, and a clock that goes by the recording's device time. At the end of the recording the
-/// headset is gone.
+/// headset. It is also a clock, which shows the device time of the recording. At the end of the
+/// recording the headset is gone.
 ///
 ///     const qltkit::Recording recording = qltkit::LoadRecording("walk.bin");
 ///     qltkit::RecordingPlayer player(recording, qltkit::RecordingPlayer::Pace::Fastest);
 ///     qltkit::RecordingTracker tracker(player);
 ///
 /// A device that is opened again continues after the last report that was read. Reads past the end
-/// fail. The tracker takes that for an unplugged headset; a ReportFollower stops there in good
-/// order.
+/// fail. A tracker treats such a read as an unplugged headset; a ReportFollower avoids it.
 ///
 /// One thread reads, as a tracker does. Any thread may call NowNs, SleepNs and Close.
 class QLTKIT_API RecordingPlayer final : public Source
@@ -57,6 +56,8 @@ public:
 
     /// Does the same as Source::Close. It also ends a read that waits for the time of its report.
     void Close() override;
+
+    /// True when the last report has been read. Any thread.
     bool IsOver() const override;
 
 private:

@@ -95,6 +95,7 @@ public:
     /// Does the same as Source::Close, and also ends the reads in progress.
     void Close() override;
 
+    /// True when the last read of the script has been made. Any thread.
     bool IsOver() const override;
 
     /// The true values behind the last whole report that was read.

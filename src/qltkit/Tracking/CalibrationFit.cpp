@@ -35,7 +35,8 @@ Vector3 AccelerationOf(const StillPose& pose, const Calibration& c)
     return Calibrated(sample, c).accelerometer;
 }
 
-/// The vertical in the body's axes after a turn, as the gyroscope gives it.
+/// Returns the vertical in the axes of the body at the end of a turn, by the gyroscope and the
+/// vertical at its beginning.
 Vector3 UpAfter(const RecordedTurn& turn, const Vector3& upBefore, const Calibration& c)
 {
     Rotation turned;
@@ -115,8 +116,8 @@ private:
     double mCount = 0.0;
 };
 
-/// The errors with a calibration. `rateBias` is the bias of the gyroscope for the angular velocity
-/// at rest.
+/// Returns the errors with a calibration. `rateBias` is the bias of the gyroscope for the angular
+/// velocity at rest.
 CalibrationErrors ErrorsWith(const Calibration& c, const Vector3& rateBias,
                              const std::vector<StillPose>& poses,
                              const std::vector<RecordedTurn>& turns)

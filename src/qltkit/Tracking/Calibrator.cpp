@@ -114,7 +114,7 @@ private:
         Move();
     }
 
-    /// The headset has moved, so the means begin anew.
+    /// The headset has moved, so the means start again.
     void Move()
     {
         mStillSeconds = 0.0;

@@ -123,8 +123,8 @@ std::string Instruction(const std::optional<Calibrator::Progress>& progress)
     return "turn another side up: " + MissingSides(*progress);
 }
 
-/// Shows the bar and the instruction: one line that changes on a terminal, elsewhere a line for
-/// each new instruction.
+/// Shows the bar and the instruction. On a terminal it is one line that changes; elsewhere each new
+/// instruction gets a line.
 class Bar
 {
 public:
@@ -176,7 +176,8 @@ void Lead(const Sink& sink, const IsOver& isOver)
     Bar bar;
     for (;;)
     {
-        const bool over = isOver() || Interrupted(); // asked first, so no report is missed
+        // Ask before GetProgress, so that no report is missed.
+        const bool over = isOver() || Interrupted();
         const std::optional<Calibrator::Progress> progress = sink.GetProgress();
         bar.Show(progress);
         if (progress && progress->step == Calibrator::Step::Done)

@@ -20,6 +20,7 @@ class NoGraphics final : public Graphics
 public:
     std::vector<std::int64_t> Formats() const override { return {}; }
     XrDuration RefreshPeriod() const override { return 0; }
+    XrDuration ScanTime() const override { return 0; }
     bool HasOutput() const override { return true; }
     std::string DescribeOutput() const override { return "none"; }
     void Enter() override {}

@@ -63,6 +63,7 @@ public:
 
     std::vector<std::int64_t> Formats() const override { return {1}; }
     XrDuration RefreshPeriod() const override { return 0; }
+    XrDuration ScanTime() const override { return 0; }
     bool HasOutput() const override { return true; }
     std::string DescribeOutput() const override { return "notes"; }
     void Enter() override { ++mNotes.entered; }

@@ -89,7 +89,7 @@ protected:
     explicit GraphicsTest(const char* mirror = "640x360")
     {
         setenv("QUELTA_OPENXR_MIRROR", mirror, 1);
-        TheRuntime().openPoseSource = [this](const std::string&, std::string&)
+        TheRuntime().openPoseSource = [this](const SourceSettings&, std::string&)
         {
             auto source = std::make_unique<TurnedSource>(Turn());
             head = source.get();

@@ -157,11 +157,12 @@ TEST(SwapchainRulesTest, AStaticImageIsAcquiredOnce)
 TEST(ConfigurationTest, SettingsAreReadAndMistakesAreNamedWithTheirPlace)
 {
     const Configuration good = ParseConfiguration(
-        R"({"source": "simulator", "mirror": "640x360", "rate_hz": 90,
+        R"({"source": "simulator", "filter": "core", "mirror": "640x360", "rate_hz": 90,
             "person": {"ipd_m": 0.07, "eye_height_m": 1.2}})",
         "f.json");
     EXPECT_TRUE(good.complaints.empty());
-    EXPECT_EQ(good.source, "simulator");
+    EXPECT_EQ(good.source.name, "simulator");
+    EXPECT_EQ(good.source.filter, qltkit::PoseFilter::Core);
     EXPECT_EQ(good.output.width, 640u);
     EXPECT_EQ(good.rateHz, 90.0);
     EXPECT_EQ(good.person.ipdM, 0.07);
@@ -170,6 +171,7 @@ TEST(ConfigurationTest, SettingsAreReadAndMistakesAreNamedWithTheirPlace)
 
     const std::pair<const char*, const char*> mistakes[] = {
         {R"({"source": 5})", "f.json: source is to be a text"},
+        {R"({"filter": "best"})", "f.json: filter is to be \"kit\" or \"core\""},
         {R"({"mirror": "640"})", "f.json: mirror is to be \"off\" or a size"},
         {R"({"rate_hz": 0})", "f.json: rate_hz is to be a number from 1 to 1000"},
         {R"({"person": {"ipd_m": "wide"}})", "f.json: person: ipd_m is to be a number"},

@@ -346,7 +346,7 @@ TEST(RandomCallsTest, EveryCallHasAResultOfTheRegistry)
 {
     setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
     setenv("QUELTA_OPENXR_RATE", "1000", 1); // so that frames do not take long
-    TheRuntime().openPoseSource = [](const std::string&, std::string&)
+    TheRuntime().openPoseSource = [](const SourceSettings&, std::string&)
     { return std::make_unique<StillSource>(); };
     const char* chosen = std::getenv("QLT_SEED");
     const unsigned seed = chosen != nullptr ? static_cast<unsigned>(std::atoi(chosen)) : 20260721u;

@@ -16,8 +16,6 @@ namespace qltxr
 namespace
 {
 
-constexpr std::uint32_t RECOMMENDED_SIZE = 1024; // of an eye's image, whose field of view is square
-
 void RequireApiVersion(XrVersion version)
 {
     Require(XR_VERSION_MAJOR(version) == 1 && XR_VERSION_MINOR(version) == 0,
@@ -120,7 +118,8 @@ XrResult XRAPI_CALL CreateInstance(const XrInstanceCreateInfo* info, XrInstance*
     Require(info->createFlags == 0, XR_ERROR_VALIDATION_FAILURE);
     RequireApiVersion(info->applicationInfo.apiVersion);
     RequireApplicationNames(info->applicationInfo);
-    Require(info->enabledApiLayerCount == 0, XR_ERROR_API_LAYER_NOT_PRESENT);
+    // deliberate: the names of API layers are not looked at, as the loader leaves those in that it
+    // has put in front of this function.
     EnabledExtensions extensions = TakeExtensions(*info);
     const Lock lock = LockRuntime();
     Runtime& runtime = TheRuntime();
@@ -266,10 +265,11 @@ XrResult XRAPI_CALL EnumerateViewConfigurationViews(XrInstance handle, XrSystemI
     {
         RequireType(&views[i], XR_TYPE_VIEW_CONFIGURATION_VIEW);
     }
+    const auto size = static_cast<std::uint32_t>(qlt::Params::EYE_RESOLUTION);
     for (std::uint32_t i = 0; i < VIEW_COUNT; ++i)
     {
-        views[i].recommendedImageRectWidth = RECOMMENDED_SIZE;
-        views[i].recommendedImageRectHeight = RECOMMENDED_SIZE;
+        views[i].recommendedImageRectWidth = size;
+        views[i].recommendedImageRectHeight = size; // the lens shows about as much both ways
         views[i].maxImageRectWidth = MAX_SWAPCHAIN_SIZE;
         views[i].maxImageRectHeight = MAX_SWAPCHAIN_SIZE;
         views[i].recommendedSwapchainSampleCount = 1;

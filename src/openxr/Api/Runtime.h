@@ -82,7 +82,7 @@ struct Runtime
     std::unique_ptr<Instance> instance;
 
     /// Opens the source of the head's orientation for a session. A test replaces it.
-    std::function<std::unique_ptr<PoseSource>(const std::string& source, std::string& complaint)>
+    std::function<std::unique_ptr<PoseSource>(const SourceSettings&, std::string& complaint)>
         openPoseSource = OpenPoseSource;
 };
 

@@ -19,8 +19,8 @@ std::unique_ptr<Graphics> OpenGraphics(const Instance& instance, const void* cha
 {
     const bool hasOpenGl = instance.extensions.Has(XR_KHR_OPENGL_ENABLE_EXTENSION_NAME);
     const bool mayBeHeadless = instance.extensions.Has(XR_MND_HEADLESS_EXTENSION_NAME);
-    const bool hasBinding =
-        FindInChain<void>(chain, XR_TYPE_GRAPHICS_BINDING_OPENGL_XLIB_KHR) != nullptr;
+    const bool hasBinding = // without its extension, it is like any unknown structure
+        hasOpenGl && FindInChain<void>(chain, XR_TYPE_GRAPHICS_BINDING_OPENGL_XLIB_KHR) != nullptr;
     if (mayBeHeadless && !hasBinding)
     {
         return nullptr;

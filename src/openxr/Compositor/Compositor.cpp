@@ -217,7 +217,7 @@ Viewer Compositor::ViewerAt(XrTime time) const { return {mHead.At(time).pose, mH
 void Compositor::Draw(Lock& lock, XrTime displayTime)
 {
     TakeNewest();
-    const XrDuration scan = mGraphics->RefreshPeriod(); // 0 when there is no panel
+    const XrDuration scan = mGraphics->ScanTime();
     Composition composition;
     composition.frame = mHasShown ? &mFrames[mShown] : nullptr;
     mIsDrawing = true;

@@ -20,6 +20,7 @@ public:
 
     std::vector<std::int64_t> Formats() const override;
     XrDuration RefreshPeriod() const override { return mSurface->RefreshPeriod(); }
+    XrDuration ScanTime() const override { return mSurface->ScanTime(); }
     bool HasOutput() const override { return mSurface->HasOutput(); }
     std::string DescribeOutput() const override { return mSurface->DescribeOutput(); }
     void Enter() override;

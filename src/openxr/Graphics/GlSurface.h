@@ -35,6 +35,7 @@ public:
     virtual bool HasOutput() const = 0;
     virtual std::string DescribeOutput() const = 0;
     virtual XrDuration RefreshPeriod() const = 0;
+    virtual XrDuration ScanTime() const = 0;
 
     /// The size that the next picture should have, in pixels.
     virtual void Size(std::uint32_t& width, std::uint32_t& height) const = 0;

@@ -56,6 +56,10 @@ public:
     /// it. Any thread.
     virtual XrDuration RefreshPeriod() const = 0;
 
+    /// Returns the time that the headset's panel needs from its first row to its last. Returns 0 on
+    /// another display. Any thread.
+    virtual XrDuration ScanTime() const = 0;
+
     /// Returns false when no output takes a composed picture. Any thread.
     virtual bool HasOutput() const = 0;
 

@@ -137,12 +137,15 @@ void ReadPerson(const json& object, const std::string& name, Configuration& conf
 void ReadObject(const json& object, const std::string& name, Configuration& configuration)
 {
     Fields fields(object, name, configuration.complaints);
-    fields.Text("source", configuration.source);
-    fields.Text("filter", configuration.filter);
-    if (!configuration.filter.empty() && configuration.filter != "core")
+    fields.Text("source", configuration.source.name);
+    std::string filter = "kit";
+    fields.Text("filter", filter);
+    if (filter != "kit" && filter != "core")
     {
-        fields.Complain("filter", "is to be \"core\"");
+        fields.Complain("filter", "is to be \"kit\" or \"core\"");
     }
+    configuration.source.filter =
+        filter == "core" ? qltkit::PoseFilter::Core : qltkit::PoseFilter::Kit;
     fields.Number("rate_hz", MIN_RATE_HZ, MAX_RATE_HZ, configuration.rateHz);
     std::string mirror;
     fields.Text("mirror", mirror);
@@ -161,7 +164,7 @@ void ReadObject(const json& object, const std::string& name, Configuration& conf
 void ReadEnvironment(Configuration& configuration)
 {
     const std::string source = Environment("QUELTA_SOURCE");
-    configuration.source = source.empty() ? configuration.source : source;
+    configuration.source.name = source.empty() ? configuration.source.name : source;
     configuration.pictureFile = Environment("QUELTA_OPENXR_PICTURE");
     configuration.output.picture = !configuration.pictureFile.empty();
     configuration.frames = std::strtoull(Environment("QUELTA_OPENXR_FRAMES").c_str(), nullptr, 10);

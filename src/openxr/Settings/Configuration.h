@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Graphics/Graphics.h"
+#include "Tracking/TrackerSource.h"
 
 #include <string>
 #include <vector>
@@ -11,10 +12,7 @@ namespace qltxr
 
 struct Configuration
 {
-    // The name of the source, as for `qlt monitor --source`. An empty name means the headset, or a
-    // head at rest when there is no headset.
-    std::string source;
-    std::string filter; // the filter of the orientation; empty for the default
+    SourceSettings source;
     Person person = DefaultPerson();
     OutputSettings output;
     double rateHz = 0.0; // the rate of a display that does not report one; 0 means 60 Hz

@@ -8,6 +8,11 @@ namespace qltxr
 namespace
 {
 
+constexpr XrCompositionLayerFlags LAYER_FLAGS =
+    XR_COMPOSITION_LAYER_CORRECT_CHROMATIC_ABERRATION_BIT |
+    XR_COMPOSITION_LAYER_BLEND_TEXTURE_SOURCE_ALPHA_BIT |
+    XR_COMPOSITION_LAYER_UNPREMULTIPLIED_ALPHA_BIT;
+
 void RequireSubImage(const HandleTable& table, const XrSwapchainSubImage& image)
 {
     const Swapchain& swapchain = Resolve<Swapchain>(table, image.swapchain);
@@ -37,7 +42,6 @@ void RequireDepth(const HandleTable& table, const void* chain)
 
 void RequireProjection(const HandleTable& table, const XrCompositionLayerProjection& layer)
 {
-    Resolve<Space>(table, layer.space);
     Require(layer.viewCount == VIEW_COUNT && layer.views != nullptr, XR_ERROR_VALIDATION_FAILURE);
     for (std::uint32_t i = 0; i < VIEW_COUNT; ++i)
     {
@@ -51,7 +55,6 @@ void RequireProjection(const HandleTable& table, const XrCompositionLayerProject
 
 void RequireQuad(const HandleTable& table, const XrCompositionLayerQuad& layer)
 {
-    Resolve<Space>(table, layer.space);
     Require(layer.eyeVisibility >= XR_EYE_VISIBILITY_BOTH &&
                 layer.eyeVisibility <= XR_EYE_VISIBILITY_RIGHT && layer.size.width >= 0.0f &&
                 layer.size.height >= 0.0f,
@@ -62,17 +65,14 @@ void RequireQuad(const HandleTable& table, const XrCompositionLayerQuad& layer)
 
 void RequireLayer(const HandleTable& table, const XrCompositionLayerBaseHeader* layer)
 {
-    Require(layer != nullptr, XR_ERROR_LAYER_INVALID);
-    switch (layer->type)
-    {
-    case XR_TYPE_COMPOSITION_LAYER_PROJECTION:
-        return RequireProjection(table,
-                                 *reinterpret_cast<const XrCompositionLayerProjection*>(layer));
-    case XR_TYPE_COMPOSITION_LAYER_QUAD:
-        return RequireQuad(table, *reinterpret_cast<const XrCompositionLayerQuad*>(layer));
-    default:
-        throw Failure{XR_ERROR_LAYER_INVALID};
-    }
+    const bool isQuad = layer != nullptr && layer->type == XR_TYPE_COMPOSITION_LAYER_QUAD;
+    Require(isQuad || (layer != nullptr && layer->type == XR_TYPE_COMPOSITION_LAYER_PROJECTION),
+            XR_ERROR_LAYER_INVALID);
+    Resolve<Space>(table, layer->space);
+    Require((layer->layerFlags & ~LAYER_FLAGS) == 0, XR_ERROR_VALIDATION_FAILURE);
+    isQuad
+        ? RequireQuad(table, *reinterpret_cast<const XrCompositionLayerQuad*>(layer))
+        : RequireProjection(table, *reinterpret_cast<const XrCompositionLayerProjection*>(layer));
 }
 
 void Take(const HandleTable& table, const XrSwapchainSubImage& image, SubImage& taken)

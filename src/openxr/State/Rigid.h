@@ -20,6 +20,11 @@ inline Vector operator-(const Vector& a, const Vector& b)
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 
+inline Vector Cross(const Vector& a, const Vector& b)
+{
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
 /// A rotation as a unit quaternion.
 struct Turn
 {

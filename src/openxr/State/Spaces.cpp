@@ -28,6 +28,36 @@ XrSpaceLocationFlags FlagsOf(bool known, bool orientationTracked, bool positionT
            (positionTracked ? XR_SPACE_LOCATION_POSITION_TRACKED_BIT : 0);
 }
 
+Vector NeckToEye(const Person& person)
+{
+    return {0.0, person.neckToEyeUpM, -person.neckToEyeForwardM};
+}
+
+/// How a space and the head's motion change where the space is in its base.
+struct Motion
+{
+    Vector linear{};
+    Vector angular{};
+};
+
+/// One of the two is on the head. In the axes of the base.
+Motion MotionOf(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
+                const Person& person)
+{
+    const SpaceOrigin& onHead = IsView(space) ? space : base;
+    const Rigid place = PlaceOf(base, head.pose, person);
+    const Vector fromNeck = NeckToEye(person) + onHead.offset.place;
+    Motion motion{Cross(head.angularVelocity, head.pose.turn * fromNeck), head.angularVelocity};
+    if (!IsView(space)) // seen from the head, the world moves the other way
+    {
+        const Vector apart = PlaceOf(space, head.pose, person).place - place.place;
+        const Vector swept = Cross(head.angularVelocity, apart);
+        motion = {Vector{} - motion.linear - swept, Vector{} - motion.angular};
+    }
+    const Turn toBase = place.turn.Inverse();
+    return {toBase * motion.linear, toBase * motion.angular};
+}
+
 } // namespace
 
 Person DefaultPerson()
@@ -38,7 +68,7 @@ Person DefaultPerson()
 
 Rigid HeadPose(const Turn& orientation, const Person& person)
 {
-    const Vector neckToEye = {0.0, person.neckToEyeUpM, -person.neckToEyeForwardM};
+    const Vector neckToEye = NeckToEye(person);
     return {orientation, orientation * neckToEye - neckToEye};
 }
 
@@ -80,20 +110,11 @@ void Locate(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
     {
         return;
     }
-    Vector turning{};
-    if (known && needsHead)
-    {
-        const Turn toBase = PlaceOf(base, head.pose, person).turn.Inverse();
-        turning = toBase * head.angularVelocity;
-        turning = IsView(space) ? turning : Vector{} - turning;
-    }
-    velocity->angularVelocity = ToVector(turning);
-    velocity->linearVelocity = {};
-    velocity->velocityFlags = known ? XR_SPACE_VELOCITY_ANGULAR_VALID_BIT : 0;
-    if (known && !needsHead)
-    {
-        velocity->velocityFlags |= XR_SPACE_VELOCITY_LINEAR_VALID_BIT;
-    }
+    const Motion motion = known && needsHead ? MotionOf(space, base, head, person) : Motion{};
+    velocity->linearVelocity = ToVector(motion.linear);
+    velocity->angularVelocity = ToVector(motion.angular);
+    velocity->velocityFlags =
+        known ? XR_SPACE_VELOCITY_LINEAR_VALID_BIT | XR_SPACE_VELOCITY_ANGULAR_VALID_BIT : 0;
 }
 
 } // namespace qltxr

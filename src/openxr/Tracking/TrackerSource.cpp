@@ -23,11 +23,18 @@ const char* StateText(qltkit::PoseState state)
     }
 }
 
+qltkit::HeadTrackerOptions OptionsOf(const SourceSettings& settings)
+{
+    qltkit::HeadTrackerOptions options;
+    options.filter = settings.filter;
+    return options;
+}
+
 } // namespace
 
-TrackerSource::TrackerSource(const std::string& source)
-    : mSource(source)
-    , mTracker(source)
+TrackerSource::TrackerSource(const SourceSettings& settings)
+    : mName(settings.name.empty() ? "headset" : settings.name)
+    , mTracker(mName, OptionsOf(settings))
 {
 }
 
@@ -45,14 +52,14 @@ HeadMoment TrackerSource::At(XrTime time) const
 
 std::string TrackerSource::Describe() const
 {
-    return mSource + ", " + StateText(mTracker.Latest().state);
+    return mName + ", " + StateText(mTracker.Latest().state);
 }
 
-std::unique_ptr<PoseSource> OpenPoseSource(const std::string& source, std::string& complaint)
+std::unique_ptr<PoseSource> OpenPoseSource(const SourceSettings& settings, std::string& complaint)
 {
     try
     {
-        return std::make_unique<TrackerSource>(source.empty() ? "headset" : source);
+        return std::make_unique<TrackerSource>(settings);
     }
     catch (const std::exception& error)
     {

@@ -8,23 +8,29 @@
 namespace qltxr
 {
 
+/// What the user has chosen.
+struct SourceSettings
+{
+    std::string name; // as the kit names it, or the file of a headset script; empty: the headset
+    qltkit::PoseFilter filter = qltkit::PoseFilter::Kit;
+};
+
 class TrackerSource final : public PoseSource
 {
 public:
-    /// `source` as qltkit::OpenSource names it. qltkit::Error when there is no such source.
-    explicit TrackerSource(const std::string& source);
+    /// Throws qltkit::Error when there is no source of that name.
+    explicit TrackerSource(const SourceSettings& settings);
 
     HeadMoment At(XrTime time) const override;
     std::string Describe() const override;
     std::uint64_t Reports() const override { return mTracker.Latest().reportNumber; }
 
 private:
-    const std::string mSource;
+    const std::string mName;
     const qltkit::HeadTracker mTracker;
 };
 
-/// The source of that name, or the headset when it is empty. A still one, and a sentence in
-/// `complaint`, when the name is not understood.
-std::unique_ptr<PoseSource> OpenPoseSource(const std::string& source, std::string& complaint);
+/// A still source, and a sentence in `complaint`, when there is no source of that name.
+std::unique_ptr<PoseSource> OpenPoseSource(const SourceSettings& settings, std::string& complaint);
 
 } // namespace qltxr

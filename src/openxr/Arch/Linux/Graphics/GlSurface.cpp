@@ -51,6 +51,9 @@ public:
         , mOwn(binding.xDisplay, binding.glxContext)
         , mMonitor(FindHeadsetMonitor(mOwn.GetDisplay()))
         , mSettings(settings)
+        , mPeriod(mMonitor.found    ? mMonitor.period
+                  : settings.window ? DesktopPeriod(mOwn.GetDisplay())
+                                    : 0)
     {
         if (mMonitor.found)
         {
@@ -103,7 +106,8 @@ public:
         return HasWindow() ? "a window on the desktop" : "nowhere";
     }
 
-    XrDuration RefreshPeriod() const override { return mMonitor.found ? mMonitor.period : 0; }
+    XrDuration RefreshPeriod() const override { return mPeriod; }
+    XrDuration ScanTime() const override { return mMonitor.found ? mPeriod : 0; }
 
     void Size(std::uint32_t& width, std::uint32_t& height) const override
     {
@@ -126,8 +130,9 @@ public:
 private:
     const XrGraphicsBindingOpenGLXlibKHR mBinding;
     GlxContext mOwn;
-    const HeadsetMonitor mMonitor;
+    const Monitor mMonitor;
     const OutputSettings mSettings;
+    const XrDuration mPeriod;
 };
 
 } // namespace

@@ -14,6 +14,9 @@ namespace
 constexpr unsigned char MANUFACTURER[] = {0x45, 0x94};
 constexpr unsigned long MANUFACTURER_PLACE = 8;
 
+constexpr XrDuration SHORTEST_PERIOD = 2000000; // 500 Hz
+constexpr XrDuration LONGEST_PERIOD = 50000000; // 20 Hz
+
 template <typename Value, void (*FREE)(Value*)>
 struct Freed
 {
@@ -57,15 +60,9 @@ XrDuration PeriodOf(const XRRScreenResources& resources, RRMode mode)
     return 0;
 }
 
-} // namespace
-
-bool IsHeadsetEdid(const unsigned char* edid, unsigned long size)
-{
-    return size > MANUFACTURER_PLACE + 1 && edid[MANUFACTURER_PLACE] == MANUFACTURER[0] &&
-           edid[MANUFACTURER_PLACE + 1] == MANUFACTURER[1];
-}
-
-HeadsetMonitor FindHeadsetMonitor(Display* display)
+/// The first monitor in use that `isWanted` is true for.
+template <typename Wanted>
+Monitor FindMonitor(Display* display, Wanted isWanted)
 {
     int event = 0;
     int error = 0;
@@ -78,7 +75,7 @@ HeadsetMonitor FindHeadsetMonitor(Display* display)
     {
         const RROutput id = resources->outputs[i];
         const Output output(XRRGetOutputInfo(display, resources.get(), id));
-        if (output == nullptr || output->crtc == None || !IsHeadset(display, id))
+        if (output == nullptr || output->crtc == None || !isWanted(id))
         {
             continue;
         }
@@ -95,6 +92,31 @@ HeadsetMonitor FindHeadsetMonitor(Display* display)
         }
     }
     return {};
+}
+
+} // namespace
+
+bool IsHeadsetEdid(const unsigned char* edid, unsigned long size)
+{
+    return size > MANUFACTURER_PLACE + 1 && edid[MANUFACTURER_PLACE] == MANUFACTURER[0] &&
+           edid[MANUFACTURER_PLACE + 1] == MANUFACTURER[1];
+}
+
+Monitor FindHeadsetMonitor(Display* display)
+{
+    return FindMonitor(display, [display](RROutput output) { return IsHeadset(display, output); });
+}
+
+XrDuration DesktopPeriod(Display* display)
+{
+    const Monitor any = FindMonitor(display, [](RROutput) { return true; });
+    const RROutput primary =
+        any.found ? XRRGetOutputPrimary(display, DefaultRootWindow(display)) : None;
+    const Monitor first =
+        primary == None ? any
+                        : FindMonitor(display, [primary](RROutput one) { return one == primary; });
+    const bool isPlausible = first.period >= SHORTEST_PERIOD && first.period <= LONGEST_PERIOD;
+    return isPlausible ? first.period : 0; // displays in memory and in networks invent one
 }
 
 } // namespace qltxr

@@ -9,7 +9,7 @@
 namespace qltxr
 {
 
-struct HeadsetMonitor
+struct Monitor
 {
     bool found = false;
     std::string name;
@@ -21,7 +21,11 @@ struct HeadsetMonitor
 };
 
 /// Finds the monitor whose identification data name the headset's manufacturer.
-HeadsetMonitor FindHeadsetMonitor(Display* display);
+Monitor FindHeadsetMonitor(Display* display);
+
+/// Returns the period of the primary monitor, or of the first one. Returns 0 when the monitor does
+/// not report it.
+XrDuration DesktopPeriod(Display* display);
 
 /// Returns true for identification data of the headset's manufacturer.
 bool IsHeadsetEdid(const unsigned char* edid, unsigned long size);

@@ -1,11 +1,13 @@
 // The compositor with graphics that only write down what they are told.
 #include "Compositor/Compositor.h"
 #include "Compositor/SteadyTime.h"
+#include "Tracking/TrackerSource.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
+#include <fstream>
 
 namespace qltxr
 {
@@ -15,19 +17,25 @@ namespace
 
 constexpr XrDuration MS = 1000000;
 constexpr XrDuration PERIOD = 10 * MS;
+constexpr double TURNED = 0.02; // of a quaternion, for 2.3 degrees
 
 /// The head's heading, in quarters of a turn, as a step at a moment that nobody foresees.
 class SteppingSource final : public PoseSource
 {
 public:
-    HeadMoment At(XrTime) const override
+    HeadMoment At(XrTime time) const override
     {
+        if (mTracker != nullptr)
+        {
+            return mTracker->At(time);
+        }
         const double half = mStepped ? 0.5 : 0.0;
         return {{std::cos(half), 0.0, std::sin(half), 0.0}, {}, true, true};
     }
     std::string Describe() const override { return "a step"; }
 
     std::atomic<bool> mStepped{false};
+    std::unique_ptr<TrackerSource> mTracker; // of a test that has a headset
 };
 
 struct Shown
@@ -79,9 +87,9 @@ public:
         Shown shown;
         shown.time = Now();
         shown.black = composition.frame == nullptr;
-        shown.headStepped = composition.scanStart.head.turn.y > 0.1;
+        shown.headStepped = composition.scanStart.head.turn.y > TURNED;
         shown.frameStepped =
-            !shown.black && composition.frame->layers[0].views[0].pose.turn.y > 0.1;
+            !shown.black && composition.frame->layers[0].views[0].pose.turn.y > TURNED;
         const std::lock_guard lock(mNotes.mutex);
         mNotes.shown.push_back(shown);
     }
@@ -163,12 +171,35 @@ TEST_F(CompositorTest, AStalledProgramStillGetsAPictureForEachDisplayTime)
     EXPECT_TRUE(mNotes.Take().back().black);
 }
 
-// The head steps at once, as no prediction sees it. The picture is turned to it in the next
-// picture; the program's own frames show it after they were rendered.
-TEST_F(CompositorTest, AStepOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
+// A scripted headset turns by 20 degrees in 20 ms, and back. Nobody can predict the beginning of a
+// turn. The compositor turns the next picture; the program's own frames show the turn after they
+// were rendered.
+TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
 {
     constexpr XrDuration DRAW = 2 * MS;
+    constexpr int ROUNDS = 8;
+    const auto turnTime = [](int round) { return 1000 + 307 * round; }; // ms of the script
     mNotes.drawTime = DRAW;
+    std::string points;
+    for (int round = 0; round < ROUNDS; ++round)
+    {
+        const std::pair<int, int> corners[] = {{0, 0}, {20, 20}, {150, 20}, {170, 0}};
+        for (const auto& [after, yaw] : corners)
+        {
+            points += (points.empty() ? "" : ", ") + std::string(R"({"at": )") +
+                      std::to_string((turnTime(round) + after) / 1000.0) + R"(, "yaw": )" +
+                      std::to_string(yaw) + "}";
+        }
+    }
+    const std::string script = testing::TempDir() + "turns.json";
+    std::ofstream(script) << R"({"motion": {"kind": "angles", "points": [)" << points << "]}}";
+    WaitForPictures(1); // a black one; the next is of a frame, so nobody asks for the head now
+    mStep->mTracker = std::make_unique<TrackerSource>(SourceSettings{script});
+    while (mStep->mTracker->Reports() == 0)
+    {
+        SleepMs(0.2);
+    }
+    const XrTime begin = Now() - static_cast<XrTime>(mStep->mTracker->Reports()) * MS;
     std::atomic<bool> running{true};
     std::thread program(
         [&]
@@ -187,29 +218,24 @@ TEST_F(CompositorTest, AStepOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
         });
     double best = 1e9;
     double bestWithout = 1e9;
-    for (int round = 0; round < 8; ++round)
+    for (int round = 0; round < ROUNDS; ++round)
     {
-        mStep->mStepped = false;
-        SleepMs(60.0 + 1.3 * round);
+        const XrTime turn = begin + turnTime(round) * MS;
+        std::this_thread::sleep_until(ToTimePoint(turn - 50 * MS));
         mNotes.Take();
-        const XrTime step = Now();
-        mStep->mStepped = true;
-        SleepMs(80.0);
+        std::this_thread::sleep_until(ToTimePoint(turn + 100 * MS));
         const std::vector<Shown> shown = mNotes.Take();
         const auto since = [&](bool Shown::*what)
         {
             const auto first = std::find_if(shown.begin(), shown.end(),
                                             [what](const Shown& one) { return one.*what; });
-            return first == shown.end() ? 1e9 : static_cast<double>(first->time - step) / MS;
+            return first == shown.end() ? 1e9 : static_cast<double>(first->time - turn) / MS;
         };
         best = std::min(best, since(&Shown::headStepped));
         bestWithout = std::min(bestWithout, since(&Shown::frameStepped));
-        if (since(&Shown::headStepped) < 1e9)
-        {
-            RecordProperty("step_to_picture_ms_" + std::to_string(round),
-                           std::to_string(since(&Shown::headStepped)) + " / " +
-                               std::to_string(since(&Shown::frameStepped)));
-        }
+        RecordProperty("turn_to_picture_ms_" + std::to_string(round),
+                       std::to_string(since(&Shown::headStepped)) + " / " +
+                           std::to_string(since(&Shown::frameStepped)));
     }
     running = false;
     program.join();

@@ -82,6 +82,12 @@ struct ProgramSwapchain
     std::int32_t height = 0;
 };
 
+template <typename Layer>
+const XrCompositionLayerBaseHeader* Header(const Layer& layer)
+{
+    return reinterpret_cast<const XrCompositionLayerBaseHeader*>(&layer);
+}
+
 /// With a session that draws into a window, and a head that a test turns.
 class GraphicsTest : public OpenXrTest
 {

@@ -108,7 +108,10 @@ TEST(InstanceCreationTest, EachBrokenRuleHasItsResult)
 TEST(InstanceCreationTest, ThereIsOneAtATimeAndItsHandleDiesWithIt)
 {
     const OpenXr xr;
-    const XrInstanceCreateInfo info = OpenXr::InstanceInfo();
+    XrInstanceCreateInfo info = OpenXr::InstanceInfo();
+    const char* layer = "a layer that the loader has put in front";
+    info.enabledApiLayerCount = 1;
+    info.enabledApiLayerNames = &layer;
     XrInstanceProperties properties{XR_TYPE_INSTANCE_PROPERTIES};
     for (int round = 0; round < 20; ++round)
     {

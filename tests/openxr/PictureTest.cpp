@@ -76,12 +76,6 @@ auto Expected(const Turn& head)
     };
 }
 
-template <typename Layer>
-const XrCompositionLayerBaseHeader* Header(const Layer& layer)
-{
-    return reinterpret_cast<const XrCompositionLayerBaseHeader*>(&layer);
-}
-
 } // namespace
 
 class PictureTest : public GraphicsTest

@@ -1,6 +1,6 @@
 // Calls in a random order, with handles that live, are dead or never were, and structures that are
 // right or wrong. Each must have a result of the registry, and none may end the process.
-#include "OpenXr.h"
+#include "GraphicsFixture.h"
 
 #include "State/ResultText.h"
 
@@ -16,12 +16,14 @@ namespace
 
 constexpr int CALLS = 100000;
 constexpr std::size_t MOST_HANDLES = 40; // of each kind, dead ones included
+constexpr std::size_t LIVELY = 2;        // of the newest, which are used more than others
 
 class RandomProgram : public OpenXr
 {
 public:
-    explicit RandomProgram(unsigned seed)
+    RandomProgram(unsigned seed, const void* binding)
         : mRandom(seed)
+        , mBinding(binding)
     {
     }
 
@@ -55,6 +57,12 @@ private:
         return made;
     }
 
+    template <typename Structure>
+    Structure* Maybe(Structure& structure)
+    {
+        return Chance(30) ? nullptr : &structure;
+    }
+
     template <typename Handle>
     Handle One(std::vector<Handle>& handles)
     {
@@ -63,7 +71,8 @@ private:
             const std::uint64_t junk[] = {0, 0x1234, 0xBAAAAAAAAAAAAAAD, mRandom()};
             return reinterpret_cast<Handle>(junk[Pick(4)]);
         }
-        return handles[Pick(handles.size())];
+        const std::size_t age = Pick(Chance(4) ? handles.size() : std::min(handles.size(), LIVELY));
+        return handles[handles.size() - 1 - age];
     }
 
     template <typename Handle>
@@ -109,6 +118,7 @@ private:
     static Calls_t ActionCalls();
 
     std::mt19937_64 mRandom;
+    const void* const mBinding; // of OpenGL
     std::size_t mName = 0;
     std::vector<XrInstance> mInstances;
     std::vector<XrSession> mSessions;
@@ -126,33 +136,42 @@ RandomProgram::Calls_t RandomProgram::LifeCalls()
         {
             XrInstanceCreateInfo info = InstanceInfo();
             info.type = p.Make<XrInstanceCreateInfo>(info.type).type;
-            const char* headless = "XR_MND_headless";
-            info.enabledExtensionCount = p.Chance(5) ? 0 : 1;
-            info.enabledExtensionNames = &headless;
+            const char* extensions[] = {"XR_KHR_opengl_enable", "XR_MND_headless"};
+            info.enabledExtensionCount = p.Chance(5) ? 0 : 2;
+            info.enabledExtensionNames = extensions;
             XrInstance made = XR_NULL_HANDLE;
-            return p.Keep(p.CreateInstance(&info, &made), made, p.mInstances);
+            return p.Keep(p.CreateInstance(p.Maybe(info), p.Maybe(made)), made, p.mInstances);
         },
         [](P& p) { return p.Chance(100) ? p.DestroyInstance(p.One(p.mInstances)) : XR_SUCCESS; },
         [](P& p)
         {
             auto info = p.Make<XrSessionCreateInfo>(XR_TYPE_SESSION_CREATE_INFO);
             info.systemId = p.Chance(5) ? 7 : SYSTEM_ID;
+            info.next = p.Chance(3) ? info.next : p.mBinding;
             XrSession made = XR_NULL_HANDLE;
-            return p.Keep(p.CreateSession(p.One(p.mInstances), &info, &made), made, p.mSessions);
+            return p.Keep(p.CreateSession(p.One(p.mInstances), p.Maybe(info), p.Maybe(made)), made,
+                          p.mSessions);
+        },
+        [](P& p)
+        {
+            auto requirements =
+                p.Make<XrGraphicsRequirementsOpenGLKHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_OPENGL_KHR);
+            return p.GetOpenGLGraphicsRequirementsKHR(p.One(p.mInstances), SYSTEM_ID,
+                                                      p.Maybe(requirements));
         },
         [](P& p) { return p.Chance(30) ? p.DestroySession(p.One(p.mSessions)) : XR_SUCCESS; },
         [](P& p)
         {
             auto info = p.Make<XrSessionBeginInfo>(XR_TYPE_SESSION_BEGIN_INFO);
             info.primaryViewConfigurationType = static_cast<XrViewConfigurationType>(p.Pick(4));
-            return p.BeginSession(p.One(p.mSessions), &info);
+            return p.BeginSession(p.One(p.mSessions), p.Maybe(info));
         },
         [](P& p) { return p.EndSession(p.One(p.mSessions)); },
         [](P& p) { return p.Chance(10) ? p.RequestExitSession(p.One(p.mSessions)) : XR_SUCCESS; },
         [](P& p)
         {
             auto event = p.Make<XrEventDataBuffer>(XR_TYPE_EVENT_DATA_BUFFER);
-            return p.PollEvent(p.One(p.mInstances), &event);
+            return p.PollEvent(p.One(p.mInstances), p.Maybe(event));
         },
         [](P& p)
         {
@@ -160,10 +179,10 @@ RandomProgram::Calls_t RandomProgram::LifeCalls()
             info.referenceSpaceType = static_cast<XrReferenceSpaceType>(p.Pick(5));
             info.poseInReferenceSpace = p.Pose();
             XrSpace made = XR_NULL_HANDLE;
-            return p.Keep(p.CreateReferenceSpace(p.One(p.mSessions), &info, &made), made,
-                          p.mSpaces);
+            return p.Keep(p.CreateReferenceSpace(p.One(p.mSessions), p.Maybe(info), p.Maybe(made)),
+                          made, p.mSpaces);
         },
-        [](P& p) { return p.DestroySpace(p.One(p.mSpaces)); },
+        [](P& p) { return p.Chance(5) ? p.DestroySpace(p.One(p.mSpaces)) : XR_SUCCESS; },
         [](P& p)
         {
             auto location = p.Make<XrSpaceLocation>(XR_TYPE_SPACE_LOCATION);
@@ -173,12 +192,15 @@ RandomProgram::Calls_t RandomProgram::LifeCalls()
         [](P& p)
         {
             auto info = p.Make<XrSwapchainCreateInfo>(XR_TYPE_SWAPCHAIN_CREATE_INFO);
-            info.width = info.height = info.sampleCount = info.arraySize = info.mipCount =
-                info.faceCount = static_cast<std::uint32_t>(p.Pick(3));
+            info.format = p.Chance(9) ? 1 : p.Chance(9) ? GL_DEPTH24_STENCIL8 : GL_RGBA8;
+            info.width = info.height = info.arraySize = static_cast<std::uint32_t>(1 + p.Pick(3));
+            info.sampleCount = info.mipCount = info.faceCount = p.Chance(9) ? 2 : 1;
+            info.createFlags = p.Pick(9);
             XrSwapchain made = XR_NULL_HANDLE;
-            return p.Keep(p.CreateSwapchain(p.One(p.mSessions), &info, &made), made, p.mSwapchains);
+            return p.Keep(p.CreateSwapchain(p.One(p.mSessions), p.Maybe(info), p.Maybe(made)), made,
+                          p.mSwapchains);
         },
-        [](P& p) { return p.DestroySwapchain(p.One(p.mSwapchains)); }};
+        [](P& p) { return p.Chance(5) ? p.DestroySwapchain(p.One(p.mSwapchains)) : XR_SUCCESS; }};
 }
 
 RandomProgram::Calls_t RandomProgram::FrameCalls()
@@ -193,7 +215,7 @@ RandomProgram::Calls_t RandomProgram::FrameCalls()
                     return XR_SUCCESS; // it would wait for another thread
                 }
                 auto state = p.Make<XrFrameState>(XR_TYPE_FRAME_STATE);
-                return p.WaitFrame(p.One(p.mSessions), nullptr, &state);
+                return p.WaitFrame(p.One(p.mSessions), nullptr, p.Maybe(state));
             },
             [](P& p)
             {
@@ -202,16 +224,34 @@ RandomProgram::Calls_t RandomProgram::FrameCalls()
             },
             [](P& p)
             {
-                auto layer = p.Make<XrCompositionLayerQuad>(XR_TYPE_COMPOSITION_LAYER_QUAD);
-                layer.space = p.One(p.mSpaces);
-                layer.pose = p.Pose();
-                const auto* header = reinterpret_cast<const XrCompositionLayerBaseHeader*>(&layer);
+                const auto subImage = [&p] {
+                    return XrSwapchainSubImage{p.One(p.mSwapchains), {{0, 0}, {1, 1}}};
+                };
+                auto quad = p.Make<XrCompositionLayerQuad>(XR_TYPE_COMPOSITION_LAYER_QUAD);
+                quad.layerFlags = p.Pick(9);
+                quad.space = p.One(p.mSpaces);
+                quad.pose = p.Pose();
+                quad.subImage = subImage();
+                XrCompositionLayerProjectionView views[2];
+                for (XrCompositionLayerProjectionView& view : views)
+                {
+                    view = p.Make<XrCompositionLayerProjectionView>(
+                        XR_TYPE_COMPOSITION_LAYER_PROJECTION_VIEW);
+                    view.pose = p.Pose();
+                    view.subImage = subImage();
+                }
+                auto projection =
+                    p.Make<XrCompositionLayerProjection>(XR_TYPE_COMPOSITION_LAYER_PROJECTION);
+                projection.space = p.One(p.mSpaces);
+                projection.viewCount = p.Chance(9) ? 1 : 2;
+                projection.views = p.Chance(9) ? nullptr : views;
+                const auto* header = p.Chance(2) ? Header(quad) : Header(projection);
                 auto info = p.Make<XrFrameEndInfo>(XR_TYPE_FRAME_END_INFO);
                 info.displayTime = static_cast<XrTime>(p.Pick(4));
                 info.environmentBlendMode = static_cast<XrEnvironmentBlendMode>(p.Pick(5));
                 info.layerCount = static_cast<std::uint32_t>(p.Pick(2));
                 info.layers = p.Chance(5) ? nullptr : &header;
-                return p.EndFrame(p.One(p.mSessions), &info);
+                return p.EndFrame(p.One(p.mSessions), p.Maybe(info));
             },
             [](P& p)
             {
@@ -222,19 +262,19 @@ RandomProgram::Calls_t RandomProgram::FrameCalls()
                 auto state = p.Make<XrViewState>(XR_TYPE_VIEW_STATE);
                 XrView views[2] = {p.Make<XrView>(XR_TYPE_VIEW), p.Make<XrView>(XR_TYPE_VIEW)};
                 std::uint32_t count = 0;
-                return p.LocateViews(p.One(p.mSessions), &info, &state,
-                                     static_cast<std::uint32_t>(p.Pick(3)), &count, views);
+                return p.LocateViews(p.One(p.mSessions), p.Maybe(info), p.Maybe(state),
+                                     static_cast<std::uint32_t>(p.Pick(3)), p.Maybe(count), views);
             },
             [](P& p)
             {
                 std::uint32_t index = 0;
-                return p.AcquireSwapchainImage(p.One(p.mSwapchains), nullptr, &index);
+                return p.AcquireSwapchainImage(p.One(p.mSwapchains), nullptr, p.Maybe(index));
             },
             [](P& p)
             {
                 const auto info =
                     p.Make<XrSwapchainImageWaitInfo>(XR_TYPE_SWAPCHAIN_IMAGE_WAIT_INFO);
-                return p.WaitSwapchainImage(p.One(p.mSwapchains), &info);
+                return p.WaitSwapchainImage(p.One(p.mSwapchains), p.Maybe(info));
             },
             [](P& p) { return p.ReleaseSwapchainImage(p.One(p.mSwapchains), nullptr); }};
 }
@@ -248,9 +288,10 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 info.actionSetName[0] = static_cast<char>('a' + p.Pick(30));
                 info.localizedActionSetName[0] = static_cast<char>(p.Pick(30));
                 XrActionSet made = XR_NULL_HANDLE;
-                return p.Keep(p.CreateActionSet(p.One(p.mInstances), &info, &made), made, p.mSets);
+                return p.Keep(p.CreateActionSet(p.One(p.mInstances), p.Maybe(info), p.Maybe(made)),
+                              made, p.mSets);
             },
-            [](P& p) { return p.DestroyActionSet(p.One(p.mSets)); },
+            [](P& p) { return p.Chance(5) ? p.DestroyActionSet(p.One(p.mSets)) : XR_SUCCESS; },
             [](P& p)
             {
                 auto info = p.Make<XrActionCreateInfo>(XR_TYPE_ACTION_CREATE_INFO);
@@ -261,9 +302,10 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 info.countSubactionPaths = static_cast<std::uint32_t>(p.Pick(3));
                 info.subactionPaths = p.Chance(9) ? nullptr : paths;
                 XrAction made = XR_NULL_HANDLE;
-                return p.Keep(p.CreateAction(p.One(p.mSets), &info, &made), made, p.mActions);
+                return p.Keep(p.CreateAction(p.One(p.mSets), p.Maybe(info), p.Maybe(made)), made,
+                              p.mActions);
             },
-            [](P& p) { return p.DestroyAction(p.One(p.mActions)); },
+            [](P& p) { return p.Chance(5) ? p.DestroyAction(p.One(p.mActions)) : XR_SUCCESS; },
             [](P& p)
             {
                 auto info = p.Make<XrInteractionProfileSuggestedBinding>(
@@ -272,7 +314,7 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 info.interactionProfile = p.SomePath();
                 info.countSuggestedBindings = static_cast<std::uint32_t>(p.Pick(2));
                 info.suggestedBindings = &binding;
-                return p.SuggestInteractionProfileBindings(p.One(p.mInstances), &info);
+                return p.SuggestInteractionProfileBindings(p.One(p.mInstances), p.Maybe(info));
             },
             [](P& p)
             {
@@ -281,7 +323,7 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 const XrActionSet set = p.One(p.mSets);
                 info.countActionSets = static_cast<std::uint32_t>(p.Pick(2));
                 info.actionSets = &set;
-                return p.AttachSessionActionSets(p.One(p.mSessions), &info);
+                return p.AttachSessionActionSets(p.One(p.mSessions), p.Maybe(info));
             },
             [](P& p)
             {
@@ -289,7 +331,7 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 const XrActiveActionSet active{p.One(p.mSets), p.SomePath()};
                 info.countActiveActionSets = static_cast<std::uint32_t>(p.Pick(2));
                 info.activeActionSets = &active;
-                return p.SyncActions(p.One(p.mSessions), &info);
+                return p.SyncActions(p.One(p.mSessions), p.Maybe(info));
             },
             [](P& p)
             {
@@ -297,7 +339,7 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 info.action = p.One(p.mActions);
                 info.subactionPath = p.SomePath();
                 auto state = p.Make<XrActionStateFloat>(XR_TYPE_ACTION_STATE_FLOAT);
-                return p.GetActionStateFloat(p.One(p.mSessions), &info, &state);
+                return p.GetActionStateFloat(p.One(p.mSessions), p.Maybe(info), p.Maybe(state));
             },
             [](P& p)
             {
@@ -305,15 +347,15 @@ RandomProgram::Calls_t RandomProgram::ActionCalls()
                 info.action = p.One(p.mActions);
                 info.poseInActionSpace = p.Pose();
                 XrSpace made = XR_NULL_HANDLE;
-                return p.Keep(p.CreateActionSpace(p.One(p.mSessions), &info, &made), made,
-                              p.mSpaces);
+                return p.Keep(p.CreateActionSpace(p.One(p.mSessions), p.Maybe(info), p.Maybe(made)),
+                              made, p.mSpaces);
             },
             [](P& p)
             {
                 char text[4];
                 std::uint32_t count = 0;
                 return p.PathToString(p.One(p.mInstances), p.SomePath(),
-                                      static_cast<std::uint32_t>(p.Pick(5)), &count, text);
+                                      static_cast<std::uint32_t>(p.Pick(5)), p.Maybe(count), text);
             }};
 }
 
@@ -346,12 +388,14 @@ TEST(RandomCallsTest, EveryCallHasAResultOfTheRegistry)
 {
     setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
     setenv("QUELTA_OPENXR_RATE", "1000", 1); // so that frames do not take long
+    setenv("QUELTA_OPENXR_MIRROR", "64x64", 1);
     TheRuntime().openPoseSource = [](const SourceSettings&, std::string&)
     { return std::make_unique<StillSource>(); };
     const char* chosen = std::getenv("QLT_SEED");
     const unsigned seed = chosen != nullptr ? static_cast<unsigned>(std::atoi(chosen)) : 20260721u;
     RecordProperty("seed", static_cast<int>(seed));
-    RandomProgram program(seed);
+    const ProgramContext context;
+    RandomProgram program(seed, context.Binding());
     std::map<XrResult, int> results;
     for (int i = 0; i < CALLS; ++i)
     {
@@ -364,7 +408,7 @@ TEST(RandomCallsTest, EveryCallHasAResultOfTheRegistry)
     {
         RecordProperty("result_" + std::to_string(result), count);
     }
-    EXPECT_GT(results.size(), 25u) << "the calls reach too little";
+    EXPECT_GT(results.size(), 30u) << "the calls reach too little";
     EXPECT_GT(results[XR_SUCCESS], CALLS / 10);
     if (TheRuntime().instance != nullptr)
     {

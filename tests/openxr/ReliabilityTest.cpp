@@ -13,6 +13,9 @@ namespace qltxr
 namespace
 {
 
+// The graphics driver keeps about half of this, however many rounds there are.
+constexpr double DRIVER_BYTES = 1000000.0;
+
 /// A sanitizer has fewer rounds, and the long form of a test has more rounds.
 int Rounds(int usual)
 {
@@ -56,7 +59,12 @@ TEST_F(ReliabilityTest, LivesOfSessionsLeaveNothingBehind)
     const std::size_t files = CountOpenHandles();
     const std::size_t threads = CountThreads();
     const std::size_t handles = TheRuntime().handles.Size();
+    const std::size_t heap = ProgramContext::HeapBytes();
     live(Rounds(20));
+    const double growth =
+        static_cast<double>(ProgramContext::HeapBytes()) - static_cast<double>(heap);
+    RecordProperty("heap_bytes_per_session", std::to_string(growth / Rounds(20)));
+    EXPECT_LT(growth, DRIVER_BYTES);
     EXPECT_EQ(CountOpenHandles(), files);
     EXPECT_EQ(CountThreads(), threads);
     EXPECT_EQ(TheRuntime().handles.Size(), handles);
@@ -65,6 +73,7 @@ TEST_F(ReliabilityTest, LivesOfSessionsLeaveNothingBehind)
 TEST_F(ReliabilityTest, LivesOfSwapchainsLeaveNothingBehind)
 {
     const std::size_t handles = TheRuntime().handles.Size();
+    const std::size_t heap = ProgramContext::HeapBytes();
     GLuint highest = 0;
     for (int i = 0; i < Rounds(200); ++i)
     {
@@ -77,6 +86,10 @@ TEST_F(ReliabilityTest, LivesOfSwapchainsLeaveNothingBehind)
     EXPECT_EQ(TheRuntime().handles.Size(), handles);
     // This deletes the remaining objects and needs one texture itself.
     TheCompositor().TakePicture();
+    const double growth =
+        static_cast<double>(ProgramContext::HeapBytes()) - static_cast<double>(heap);
+    RecordProperty("heap_bytes_per_swapchain", std::to_string(growth / Rounds(200)));
+    EXPECT_LT(growth, DRIVER_BYTES);
     int alive = 0;
     for (GLuint name = 1; name <= highest; ++name)
     {
@@ -126,6 +139,12 @@ TEST_F(ReliabilityTest, FramesQuestionsAndDestructionComeFromSeveralThreads)
             XrEventDataBuffer event{XR_TYPE_EVENT_DATA_BUFFER};
             PollEvent(instance, &event);
             return LocateSpace(view, local, Now(), &location);
+        }));
+    threads.push_back(run(
+        [this]
+        {
+            const XrActionsSyncInfo sync{XR_TYPE_ACTIONS_SYNC_INFO};
+            return SyncActions(session, &sync);
         }));
     threads.push_back(run(
         [this]

@@ -118,8 +118,8 @@ XrResult XRAPI_CALL CreateInstance(const XrInstanceCreateInfo* info, XrInstance*
     Require(info->createFlags == 0, XR_ERROR_VALIDATION_FAILURE);
     RequireApiVersion(info->applicationInfo.apiVersion);
     RequireApplicationNames(info->applicationInfo);
-    // deliberate: the names of API layers are not looked at, as the loader leaves those in that it
-    // has put in front of this function.
+    // deliberate: the runtime does not look at the names of API layers. The loader has put these
+    // layers in front of this function, and it leaves their names in the structure.
     EnabledExtensions extensions = TakeExtensions(*info);
     const Lock lock = LockRuntime();
     Runtime& runtime = TheRuntime();

@@ -19,7 +19,8 @@ std::unique_ptr<Graphics> OpenGraphics(const Instance& instance, const void* cha
 {
     const bool hasOpenGl = instance.extensions.Has(XR_KHR_OPENGL_ENABLE_EXTENSION_NAME);
     const bool mayBeHeadless = instance.extensions.Has(XR_MND_HEADLESS_EXTENSION_NAME);
-    const bool hasBinding = // without its extension, it is like any unknown structure
+    // A structure of an extension that is not enabled counts as unknown, so it is skipped.
+    const bool hasBinding =
         hasOpenGl && FindInChain<void>(chain, XR_TYPE_GRAPHICS_BINDING_OPENGL_XLIB_KHR) != nullptr;
     if (mayBeHeadless && !hasBinding)
     {

@@ -33,14 +33,14 @@ Vector NeckToEye(const Person& person)
     return {0.0, person.neckToEyeUpM, -person.neckToEyeForwardM};
 }
 
-/// How a space and the head's motion change where the space is in its base.
+/// The velocities of a space in its base.
 struct Motion
 {
     Vector linear{};
     Vector angular{};
 };
 
-/// One of the two is on the head. In the axes of the base.
+/// Returns the motion in the axes of the base. One of the two spaces must be on the head.
 Motion MotionOf(const SpaceOrigin& space, const SpaceOrigin& base, const Head& head,
                 const Person& person)
 {
@@ -48,7 +48,7 @@ Motion MotionOf(const SpaceOrigin& space, const SpaceOrigin& base, const Head& h
     const Rigid place = PlaceOf(base, head.pose, person);
     const Vector fromNeck = NeckToEye(person) + onHead.offset.place;
     Motion motion{Cross(head.angularVelocity, head.pose.turn * fromNeck), head.angularVelocity};
-    if (!IsView(space)) // seen from the head, the world moves the other way
+    if (!IsView(space)) // the world moves against the head
     {
         const Vector apart = PlaceOf(space, head.pose, person).place - place.place;
         const Vector swept = Cross(head.angularVelocity, apart);

@@ -8,10 +8,11 @@
 namespace qltxr
 {
 
-/// What the user has chosen.
+/// The user's choice of a source and of a filter.
 struct SourceSettings
 {
-    std::string name; // as the kit names it, or the file of a headset script; empty: the headset
+    // A name for qltkit::OpenSource, or the file of a headset script. An empty name is the headset.
+    std::string name;
     qltkit::PoseFilter filter = qltkit::PoseFilter::Kit;
 };
 
@@ -30,7 +31,8 @@ private:
     const qltkit::HeadTracker mTracker;
 };
 
-/// A still source, and a sentence in `complaint`, when there is no source of that name.
+/// Opens the source. When there is no source of that name, it writes a sentence to `complaint` and
+/// returns a head at rest.
 std::unique_ptr<PoseSource> OpenPoseSource(const SourceSettings& settings, std::string& complaint);
 
 } // namespace qltxr

@@ -9,6 +9,7 @@
 #include <openxr/openxr.h>
 #include <openxr/openxr_platform.h>
 
+#include <malloc.h>
 #include <stdexcept>
 
 namespace qltxr
@@ -111,6 +112,12 @@ bool ProgramContext::SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned
     XRRFreeScreenResources(resources);
     XSync(display, False);
     return true;
+}
+
+std::size_t ProgramContext::HeapBytes()
+{
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
 }
 
 bool ProgramContext::IsCurrent() const { return glXGetCurrentContext() == mNative->context; }

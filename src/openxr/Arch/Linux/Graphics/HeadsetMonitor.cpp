@@ -116,7 +116,7 @@ XrDuration DesktopPeriod(Display* display)
         primary == None ? any
                         : FindMonitor(display, [primary](RROutput one) { return one == primary; });
     const bool isPlausible = first.period >= SHORTEST_PERIOD && first.period <= LONGEST_PERIOD;
-    return isPlausible ? first.period : 0; // displays in memory and in networks invent one
+    return isPlausible ? first.period : 0; // a display in memory may report any period
 }
 
 } // namespace qltxr

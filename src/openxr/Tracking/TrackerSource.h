@@ -11,8 +11,7 @@ namespace qltxr
 /// The user's choice of a source and of a filter.
 struct SourceSettings
 {
-    // A name for qltkit::OpenSource, or the file of a headset script. An empty name is the headset.
-    std::string name;
+    std::string name; // a name for qltkit::OpenSource; an empty name is the headset
     qltkit::PoseFilter filter = qltkit::PoseFilter::Kit;
 };
 

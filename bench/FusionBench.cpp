@@ -14,7 +14,7 @@ namespace
 
 constexpr std::size_t STEPS = 2000;
 
-/// A clock that advances one millisecond with every look.
+/// A clock that advances one millisecond each time it is read.
 class TickingClock final : public qlt::Clock
 {
 public:

@@ -19,7 +19,7 @@ namespace
 constexpr std::size_t REPORTS = 2000;
 
 /// A headset that delivers one round of reports as fast as they are read, and then waits. It is
-/// also a clock that advances one millisecond with every look.
+/// also a clock that advances one millisecond each time it is read.
 class RoundHeadset final : public qlt::UsbHost, public qlt::Clock
 {
 public:

@@ -1,5 +1,5 @@
 // Shows a ring of coloured squares around you, through OpenXR and OpenGL, until the session ends.
-// The program does only the necessary: everything else that a program does is drawing.
+// Apart from drawing, it does only what every OpenXR program must do.
 #include <qlt/Math/Quaternion.h>
 
 #define GLFW_EXPOSE_NATIVE_GLX

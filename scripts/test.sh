@@ -62,7 +62,7 @@ run_preset()
     case $preset in
     windows)
         around=(scripts/with-wine.sh)
-        # Wine now and then does not end a program whose tests have passed; such a test runs again.
+        # Sometimes Wine does not end a program whose tests have passed. Such a test runs again.
         again=(--repeat after-timeout:2)
         ;;
     # GCC 12's thread sanitizer does not support the wide address randomisation of newer kernels.

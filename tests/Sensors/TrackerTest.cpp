@@ -233,7 +233,7 @@ TEST_F(TrackerTest, DegenerateHeadingsAreReported)
     const std::pair<Quaternion, Reports> rows[] = {
         {Quaternion::Identity, {length}},
         {Quaternion(0.70710678f, 0.70710678f, 0, 0),
-         {"!IsZero()|Math/Vector", length}}, // more reports follow from these
+         {"!IsZero()|Math/Vector", length}}, // these two reports cause more of them
         {Quaternion(0, 0, 1, 0), {length, "norm > FLT_EPSILON|Math/Quaternion"}}};
     for (const auto& [orientation, expected] : rows)
     {

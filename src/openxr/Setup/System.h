@@ -1,5 +1,5 @@
-// Operations of the system that the installation and the status of the runtime need. Each system
-// has one body.
+// Operations of the system that the installation and the status of the runtime need. Each wing
+// implements them for its system.
 #pragma once
 
 #include <string>

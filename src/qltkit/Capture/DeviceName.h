@@ -1,4 +1,4 @@
-// Each wing has one body.
+// Finds the names of devices. Each wing implements this function for its system.
 #pragma once
 
 #include <filesystem>

@@ -75,7 +75,8 @@ private:
     const TrackerSource& mSource;
 };
 
-/// Shows one line that is written over in a terminal, and one line after another elsewhere.
+/// Shows a text in one line. On a terminal a new text replaces the old one; elsewhere each text
+/// gets its own line.
 class Display
 {
 public:

@@ -1,4 +1,5 @@
-// Questions to the system about the names of files. Each wing has one body.
+// Questions to the system about the names of files. Each wing implements these functions for its
+// system.
 #pragma once
 
 #include <filesystem>

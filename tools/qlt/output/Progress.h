@@ -5,7 +5,7 @@
 #include <string>
 
 /// A line on standard error with a bar. It appears when the work takes longer than a second, and
-/// only on a terminal. One thread.
+/// only on a terminal. One thread may use an object.
 class Progress
 {
 public:

@@ -1,4 +1,5 @@
-// Operations on the terminal and the standard streams. Each wing has one body.
+// Operations on the terminal and the standard streams. Each wing implements these functions for its
+// system.
 #pragma once
 
 /// True when standard output is a terminal, so that a line can be overwritten.

@@ -57,7 +57,7 @@ bool ReportFaults(const qltkit::Recording& recording, const std::string& path)
     std::size_t listed = std::min(check.faults.size(), MAX_LISTED);
     if (!isRecording && check.faults.size() > MAX_LISTED)
     {
-        listed = 0; // the refusal says enough
+        listed = 0; // the error below says enough
     }
     for (std::size_t i = 0; i < listed; ++i)
     {

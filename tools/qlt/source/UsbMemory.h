@@ -1,4 +1,4 @@
-// Each wing has one body.
+// Asks the system about its limit for USB. Each wing implements this function for its system.
 #pragma once
 
 #include <optional>

@@ -3,7 +3,7 @@
 #include <memory>
 
 /// An OpenGL context without a visible window. It is current on the thread that created it. Each
-/// wing has one body.
+/// wing implements this class for its system.
 class GlContext
 {
 public:

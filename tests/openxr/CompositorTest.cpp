@@ -1,4 +1,4 @@
-// The compositor with graphics that only write down what they are told.
+// Tests the compositor with graphics that only record the calls.
 #include "Compositor/Compositor.h"
 #include "Compositor/SteadyTime.h"
 #include "Tracking/TrackerSource.h"
@@ -17,9 +17,9 @@ namespace
 
 constexpr XrDuration MS = 1000000;
 constexpr XrDuration PERIOD = 10 * MS;
-constexpr double TURNED = 0.02; // of a quaternion, for 2.3 degrees
+constexpr double TURNED = 0.02; // a component of a quaternion that turns by 2.3 degrees
 
-/// The head's heading, in quarters of a turn, as a step at a moment that nobody foresees.
+/// A head that turns at once when the test says so, or the head of a tracker.
 class SteppingSource final : public PoseSource
 {
 public:
@@ -35,15 +35,15 @@ public:
     std::string Describe() const override { return "a step"; }
 
     std::atomic<bool> mStepped{false};
-    std::unique_ptr<TrackerSource> mTracker; // of a test that has a headset
+    std::unique_ptr<TrackerSource> mTracker; // null in most tests
 };
 
 struct Shown
 {
-    XrTime time = 0; // when the drawing was done
+    XrTime time = 0; // the end of the drawing
     bool black = true;
-    bool headStepped = false;  // by the pose that the picture was turned to
-    bool frameStepped = false; // by the pose that the program has rendered for
+    bool headStepped = false;  // the picture was turned to a stepped head
+    bool frameStepped = false; // the program has rendered for a stepped head
 };
 
 struct Notes
@@ -122,7 +122,7 @@ protected:
     {
     }
 
-    /// A frame that was rendered for where the head is now.
+    /// Submits a frame that was rendered for the current pose of the head.
     void Submit(const std::shared_ptr<ImageSet>& images = nullptr, std::uint32_t image = 0)
     {
         Frame& frame = mCompositor.NextFrame();
@@ -160,7 +160,8 @@ TEST_F(CompositorTest, AStalledProgramStillGetsAPictureForEachDisplayTime)
     SleepMs(300);
     const double periods = static_cast<double>(Now() - begin) / PERIOD;
     const std::vector<Shown> shown = mNotes.Take();
-    EXPECT_GT(static_cast<double>(shown.size()), 0.5 * periods); // of a machine that others use
+    // Other programs may slow the machine.
+    EXPECT_GT(static_cast<double>(shown.size()), 0.5 * periods);
     EXPECT_LE(static_cast<double>(shown.size()), periods + 2);
     for (const Shown& one : shown)
     {
@@ -178,7 +179,8 @@ TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
 {
     constexpr XrDuration DRAW = 2 * MS;
     constexpr int ROUNDS = 8;
-    const auto turnTime = [](int round) { return 1000 + 307 * round; }; // ms of the script
+    // In milliseconds of the script.
+    const auto turnTime = [](int round) { return 1000 + 307 * round; };
     mNotes.drawTime = DRAW;
     std::string points;
     for (int round = 0; round < ROUNDS; ++round)
@@ -193,7 +195,9 @@ TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
     }
     const std::string script = testing::TempDir() + "turns.json";
     std::ofstream(script) << R"({"motion": {"kind": "angles", "points": [)" << points << "]}}";
-    WaitForPictures(1); // a black one; the next is of a frame, so nobody asks for the head now
+    // After this black picture nobody asks for the head until there is a frame, so the source can
+    // be set.
+    WaitForPictures(1);
     mStep->mTracker = std::make_unique<TrackerSource>(SourceSettings{script});
     while (mStep->mTracker->Reports() == 0)
     {
@@ -210,7 +214,7 @@ TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
                 const FramePacer::Slot slot = pacer.Next(mClock, Now());
                 std::this_thread::sleep_until(ToTimePoint(slot.wakeTime));
                 const Rigid pose = mHead.At(slot.displayTime).pose;
-                SleepMs(5.0); // renders
+                SleepMs(5.0); // the program renders
                 mCompositor.NextFrame().layerCount = 1;
                 mCompositor.NextFrame().layers[0].views[0].pose = pose;
                 mCompositor.Submit();
@@ -239,7 +243,8 @@ TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
     }
     running = false;
     program.join();
-    // The best of the rounds, as others use the machine: the rule holds for each of them.
+    // The limit holds for each round, but other programs may delay some rounds. So test the best
+    // one.
     EXPECT_LE(best, static_cast<double>(PERIOD + DRAW) / MS + 1.0);
     EXPECT_GT(bestWithout, best);
 }
@@ -265,7 +270,7 @@ TEST_F(CompositorTest, AnImageThatIsBeingReadIsWaitedForUntilTheDeadline)
     mNotes.drawTime = 60 * MS;
     Submit(images, 2);
     WaitForPictures(1);
-    SleepMs(15.0); // into the next drawing, mostly
+    SleepMs(15.0); // by then the compositor usually draws the next picture
     EXPECT_TRUE(mCompositor.WaitUntilUnread(*images, 0, Now())) << "another image";
     const XrTime begin = Now();
     if (!mCompositor.WaitUntilUnread(*images, 2, begin + 2 * MS))
@@ -288,7 +293,7 @@ TEST_F(CompositorTest, FramesFasterThanTheDisplayAreCountedAsDropped)
 
 TEST_F(CompositorTest, AfterStopThereIsAResultForEverything)
 {
-    EXPECT_THROW(mCompositor.CreateImages({}, 1), Failure); // of the graphics
+    EXPECT_THROW(mCompositor.CreateImages({}, 1), Failure); // the test's graphics throw this
     EXPECT_EQ(mCompositor.TakePicture().rgb, std::vector<std::uint8_t>({1, 2, 3}));
     EXPECT_EQ(mNotes.entered, 1);
     mCompositor.Stop();

@@ -47,13 +47,15 @@ private:
     Turn mTurn;
 };
 
-/// What a wearer's eye sees at a place of the panel, by the lens's function alone.
+/// Computes what the user's eye sees at a place of the panel. It uses only the function of the
+/// lens.
 class LensModel
 {
 public:
     LensModel() { mFunction.Initialize(); }
 
-    /// The tangents that a pixel shows of a color; false outside of the lens, and near its edge.
+    /// Gives the tangents that a pixel shows in a colour. Returns false outside the lens and near
+    /// its edge.
     bool Tangents(const Picture& picture, std::uint32_t x, std::uint32_t y, int color,
                   std::array<double, 2>& tangents) const
     {
@@ -73,7 +75,7 @@ private:
     mutable qlt::DistortionFunction mFunction;
 };
 
-/// A swapchain as a program has it.
+/// A swapchain with the handles that a program keeps.
 struct ProgramSwapchain
 {
     XrSwapchain handle = XR_NULL_HANDLE;
@@ -88,7 +90,7 @@ const XrCompositionLayerBaseHeader* Header(const Layer& layer)
     return reinterpret_cast<const XrCompositionLayerBaseHeader*>(&layer);
 }
 
-/// With a session that draws into a window, and a head that a test turns.
+/// A fixture with a session that draws into a window, and with a head that the test turns.
 class GraphicsTest : public OpenXrTest
 {
 protected:
@@ -143,7 +145,7 @@ protected:
         return made;
     }
 
-    /// Acquires and waits; the texture.
+    /// Acquires an image and waits for it. Returns its texture.
     GLuint Acquire(const ProgramSwapchain& swapchain) const
     {
         std::uint32_t index = 0;
@@ -159,8 +161,8 @@ protected:
         EXPECT_EQ(ReleaseSwapchainImage(swapchain.handle, nullptr), XR_SUCCESS);
     }
 
-    /// Fills one image with the color at each place, from (0, 0) in its lower left corner to
-    /// (1, 1), as 8-bit values with alpha.
+    /// Fills one image. `color` gives 8-bit values with alpha for each place, from (0, 0) in the
+    /// lower left corner to (1, 1).
     void Paint(const ProgramSwapchain& swapchain,
                const std::function<std::array<double, 4>(double, double)>& color) const
     {
@@ -188,7 +190,7 @@ protected:
         return {swapchain.handle, {{0, 0}, {swapchain.width, swapchain.height}}, 0};
     }
 
-    /// Sends one frame, and returns how the panel shows it.
+    /// Sends one frame, and returns the picture on the panel.
     Picture Show(const std::vector<const XrCompositionLayerBaseHeader*>& layers) const
     {
         XrFrameState state{XR_TYPE_FRAME_STATE};
@@ -198,7 +200,7 @@ protected:
         return TheCompositor().TakePicture();
     }
 
-    TurnedSource* head = nullptr; // the session's
+    TurnedSource* head = nullptr; // belongs to the session
     ProgramContext program;
 };
 

@@ -81,7 +81,7 @@ TEST(InstanceCreationTest, EachBrokenRuleHasItsResult)
         change(info);
         return xr.CreateInstance(&info, &instance);
     };
-    const char* unknown = "xr_khr_opengl_enable"; // the case counts
+    const char* unknown = "xr_khr_opengl_enable"; // upper and lower case differ
     constexpr XrVersion OTHERS[] = {XR_MAKE_VERSION(1, 1, 0), XR_MAKE_VERSION(2, 0, 0), 1, 0};
     for (const XrVersion version : OTHERS)
     {
@@ -155,7 +155,7 @@ TEST_F(InstanceTest, EveryFunctionOfTheCoreIsThere)
 #define QLT_XR_COUNT(name, extension) core += std::string(extension).empty() ? 1 : 0;
     QLT_XR_FUNCTIONS(QLT_XR_COUNT)
 #undef QLT_XR_COUNT
-    EXPECT_EQ(core, 55u); // the registry's chapter on 1.0
+    EXPECT_EQ(core, 55u); // the number in the registry's chapter on 1.0
 }
 
 TEST_F(InstanceTest, NumbersWithoutANameAreSpelledOut)
@@ -196,7 +196,7 @@ TEST_F(InstanceTest, TheSystemIsTheHeadset)
     }
 }
 
-// 1000037000 is of an extension that is not enabled.
+// The number 1000037000 belongs to an extension that is not enabled.
 TEST_F(InstanceTest, AViewConfigurationIsRefusedAsItsKindDemands)
 {
     XrViewConfigurationProperties properties{XR_TYPE_VIEW_CONFIGURATION_PROPERTIES};

@@ -1,5 +1,5 @@
-// Every function of the list with handles that are none, without pointers, and with structures that
-// have no type.
+// Calls every function with numbers that are no handles, without pointers, and with structures
+// without a type.
 #include "OpenXr.h"
 
 #include <map>
@@ -81,7 +81,7 @@ protected:
         }
     }
 
-    /// Of functions whose first argument is a handle that lives.
+    /// Tests a function whose first argument is a live handle, and ignores all others.
     template <typename First, typename... Rest>
     void ExpectRefused(const std::string& name, XrResult (*function)(First, Rest...), Mode mode)
     {
@@ -101,7 +101,7 @@ protected:
         }
     }
 
-    /// Values that are wrong, too, or pointers that may be null.
+    /// Other results: another argument is wrong, too, or a pointer may be null.
     std::map<std::string, XrResult> mOthers = {
         {"EnumerateEnvironmentBlendModes", XR_ERROR_SYSTEM_INVALID},
         {"EnumerateViewConfigurations", XR_ERROR_SYSTEM_INVALID},
@@ -135,7 +135,7 @@ TEST_F(MisuseTest, EveryFunctionWantsItsPointersAndTypes)
         QLT_XR_FUNCTIONS(QLT_XR_CASE)
 #undef QLT_XR_CASE
         mOthers["BeginFrame"] = XR_ERROR_VALIDATION_FAILURE;
-        mOthers["PollEvent"] = XR_SUCCESS; // whatever type the buffer had before
+        mOthers["PollEvent"] = XR_SUCCESS; // it ignores the type of the buffer
     }
     EXPECT_GT(mCalls, 60);
 }

@@ -1,4 +1,4 @@
-// The OpenGL of a program before it makes a session: a connection to the display, a context and a
+// Makes what a program has before its session: a connection to the display, an OpenGL context and a
 // drawable.
 #pragma once
 
@@ -27,7 +27,8 @@ public:
     /// Also gives the monitor's size in pixels. Returns false when the display has no monitors.
     bool SetHeadsetMonitor(bool isHeadset, unsigned& width, unsigned& height) const;
 
-    /// What the process has allocated and not freed; 0 under a sanitizer.
+    /// Returns the number of bytes that the process has allocated and not freed. Returns 0 under a
+    /// sanitizer.
     static std::size_t HeapBytes();
 
     GlFunctions gl;

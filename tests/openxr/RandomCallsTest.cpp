@@ -1,5 +1,5 @@
-// Calls in a random order, with handles that live, are dead or never were, and structures that are
-// right or wrong. Each must have a result of the registry, and none may end the process.
+// Makes calls in a random order. Handles are alive, dead or invalid, and structures are right or
+// wrong. Each call must return a result of the registry, and none may end the process.
 #include "GraphicsFixture.h"
 
 #include "State/ResultText.h"
@@ -15,8 +15,9 @@ namespace
 {
 
 constexpr int CALLS = 100000;
-constexpr std::size_t MOST_HANDLES = 40; // of each kind, dead ones included
-constexpr std::size_t LIVELY = 2;        // of the newest, which are used more than others
+// The largest number of handles of a kind, including dead ones.
+constexpr std::size_t MOST_HANDLES = 40;
+constexpr std::size_t LIVELY = 2; // this number of the newest handles is used more often
 
 class RandomProgram : public OpenXr
 {
@@ -27,7 +28,7 @@ public:
     {
     }
 
-    /// One call; its result.
+    /// Makes one call, and returns its result.
     XrResult Call()
     {
         const auto& calls = Calls();
@@ -46,7 +47,8 @@ private:
     }
     bool Chance(int oneIn) { return Pick(static_cast<std::size_t>(oneIn)) == 0; }
 
-    /// A right structure, mostly: or of another type, or with unknown structures in its chain.
+    /// Makes a structure that is usually right. Sometimes its type is wrong, or its chain has
+    /// unknown structures.
     template <typename Structure>
     Structure Make(XrStructureType type)
     {
@@ -118,7 +120,7 @@ private:
     static Calls_t ActionCalls();
 
     std::mt19937_64 mRandom;
-    const void* const mBinding; // of OpenGL
+    const void* const mBinding; // the binding of OpenGL for a session
     std::size_t mName = 0;
     std::vector<XrInstance> mInstances;
     std::vector<XrSession> mSessions;
@@ -373,7 +375,7 @@ const RandomProgram::Calls_t& RandomProgram::Calls()
     return ALL;
 }
 
-/// The names of results that are no bug of the runtime's.
+/// True for a result that is not a bug of the runtime.
 bool IsExpected(XrResult result)
 {
     char text[XR_MAX_RESULT_STRING_SIZE];
@@ -387,7 +389,7 @@ bool IsExpected(XrResult result)
 TEST(RandomCallsTest, EveryCallHasAResultOfTheRegistry)
 {
     setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
-    setenv("QUELTA_OPENXR_RATE", "1000", 1); // so that frames do not take long
+    setenv("QUELTA_OPENXR_RATE", "1000", 1); // this makes the frames short
     setenv("QUELTA_OPENXR_MIRROR", "64x64", 1);
     TheRuntime().openPoseSource = [](const SourceSettings&, std::string&)
     { return std::make_unique<StillSource>(); };

@@ -13,7 +13,7 @@ namespace qltxr
 namespace
 {
 
-// The graphics driver keeps about half of this, however many rounds there are.
+// The graphics driver keeps about half of this, independently of the number of rounds.
 constexpr double DRIVER_BYTES = 1000000.0;
 
 /// A sanitizer has fewer rounds, and the long form of a test has more rounds.

@@ -150,7 +150,7 @@ TEST(SpacesTest, TheHeadTurnsAboutTheNeckAndItsVelocityIsInTheAxesOfTheBase)
     EXPECT_NEAR(velocity.angularVelocity.x, 2.0f, 1e-6f);
     EXPECT_NEAR(velocity.angularVelocity.z, 0.0f, 1e-6f);
 
-    // Positions follow from the turning: they are where they are after a short time of it.
+    // The linear velocity must agree with the positions after a short turn.
     constexpr double TIME = 1e-4;
     const Rigid after =
         HeadPose(About({0, 0, 1}, 2.0 * TIME * 180.0 / std::acos(-1.0)) * head.pose.turn, person);
@@ -179,8 +179,9 @@ TEST(SpacesTest, TheHeadTurnsAboutTheNeckAndItsVelocityIsInTheAxesOfTheBase)
     EXPECT_EQ(location.locationFlags, VALID | TRACKED) << "exact even without any head";
 }
 
-// The head looks 20 degrees up, which the kit's estimator knows at once and the core's filter does
-// not. The cable is out from 0.3 s to 0.6 s, and the tracker looks for the headset once a second.
+// The head looks 20 degrees up. The kit's estimator knows this at once, and the core's filter does
+// not. The cable is unplugged from 0.3 s to 0.6 s, and the tracker looks for the headset once a
+// second.
 TEST(TrackerSourceTest, TheHeadIsHeldWhileTheCableIsOut)
 {
     const std::string script = testing::TempDir() + "unplugged.json";

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""The OpenXR runtime as a user meets it: behind the system's own loader, with the programs that come
-with it, and through the qlt command.
+"""Tests the installed form of the OpenXR runtime: behind the system's own loader, with the programs of
+the system, and with the qlt command.
 
     openxr_test.py QLT VIDMODE HEADSETS [CASE...]
 
-VIDMODE is preloaded into programs that want an extension which the display in memory does not have.
+VIDMODE is preloaded into programs that need a certain extension, because the display in memory lacks it.
 HEADSETS is the folder of the headset scripts.
 """
 
@@ -110,7 +110,7 @@ class OpenXrTest(unittest.TestCase):
             shutil.copy(library, place / "lib", follow_symlinks=False)
         manifest = shutil.copy(build / "share/openxr/1/openxr_quelta.json", place / "share/openxr/1")
         self.assertFalse(json.load(open(manifest))["runtime"]["library_path"].startswith("/"))
-        # The program cannot find the build's own libraries, as with an installed package.
+        # The program cannot find the build's own libraries, as in an installed package.
         library = place / "lib/libquelta_openxr.so"
         self.environment["XR_RUNTIME_JSON"] = manifest
         self.environment["LD_LIBRARY_PATH"] = str(place / "lib")

@@ -44,7 +44,7 @@ EnabledExtensions TakeExtensions(const XrInstanceCreateInfo& info)
     return enabled;
 }
 
-/// What may be called without an instance.
+/// True for a function that programs may call without an instance.
 bool IsGlobal(std::string_view name)
 {
     return name == "xrEnumerateInstanceExtensionProperties" ||
@@ -75,7 +75,7 @@ XrResult XRAPI_CALL GetInstanceProcAddr(XrInstance handle, const char* name,
         const Lock lock = LockRuntime();
         if (!IsAvailable(found, Get<Instance>(handle)))
         {
-            return XR_ERROR_FUNCTION_UNSUPPORTED; // loaders ask for every function there is
+            return XR_ERROR_FUNCTION_UNSUPPORTED; // loaders ask for every function that exists
         }
     }
     *function = found.function;
@@ -135,7 +135,7 @@ XrResult XRAPI_CALL DestroyInstance(XrInstance handle)
     Lock lock = LockRuntime();
     const std::unique_ptr<Session> session = TakeSession(Get<Instance>(handle));
     TheRuntime().instance.reset();
-    lock.unlock(); // the session ends without it
+    lock.unlock(); // the session is destroyed without the lock
     return XR_SUCCESS;
 }
 
@@ -197,7 +197,7 @@ XrResult XRAPI_CALL GetSystem(XrInstance handle, const XrSystemGetInfo* info, Xr
 XrResult XRAPI_CALL GetSystemProperties(XrInstance handle, XrSystemId id,
                                         XrSystemProperties* properties)
 {
-    constexpr std::uint32_t VENDOR_ID = 0x04B4; // of the headset on the USB
+    constexpr std::uint32_t VENDOR_ID = 0x04B4; // the headset's identifier on the USB
     const Lock lock = LockRuntime();
     Get<Instance>(handle);
     RequireType(properties, XR_TYPE_SYSTEM_PROPERTIES);
@@ -244,7 +244,8 @@ XrResult XRAPI_CALL GetViewConfigurationProperties(XrInstance handle, XrSystemId
     RequireSystem(id);
     RequireViewConfiguration(instance, type);
     properties->viewConfigurationType = type;
-    properties->fovMutable = XR_TRUE; // a layer brings the field of view that it was drawn with
+    // Each layer contains the field of view that it was drawn with.
+    properties->fovMutable = XR_TRUE;
     return XR_SUCCESS;
 }
 
@@ -269,7 +270,8 @@ XrResult XRAPI_CALL EnumerateViewConfigurationViews(XrInstance handle, XrSystemI
     for (std::uint32_t i = 0; i < VIEW_COUNT; ++i)
     {
         views[i].recommendedImageRectWidth = size;
-        views[i].recommendedImageRectHeight = size; // the lens shows about as much both ways
+        // The lens shows about as much vertically as horizontally.
+        views[i].recommendedImageRectHeight = size;
         views[i].maxImageRectWidth = MAX_SWAPCHAIN_SIZE;
         views[i].maxImageRectHeight = MAX_SWAPCHAIN_SIZE;
         views[i].recommendedSwapchainSampleCount = 1;

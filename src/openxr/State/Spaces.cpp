@@ -48,7 +48,7 @@ Motion MotionOf(const SpaceOrigin& space, const SpaceOrigin& base, const Head& h
     const Rigid place = PlaceOf(base, head.pose, person);
     const Vector fromNeck = NeckToEye(person) + onHead.offset.place;
     Motion motion{Cross(head.angularVelocity, head.pose.turn * fromNeck), head.angularVelocity};
-    if (!IsView(space)) // the world moves against the head
+    if (!IsView(space)) // seen from the head, the world moves in the opposite direction
     {
         const Vector apart = PlaceOf(space, head.pose, person).place - place.place;
         const Vector swept = Cross(head.angularVelocity, apart);

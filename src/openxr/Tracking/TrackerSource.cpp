@@ -38,8 +38,8 @@ TrackerSource::TrackerSource(const SourceSettings& settings)
 {
 }
 
-// A headset that is not there yet counts as one that is held still: programs draw nothing for a
-// head that they know nothing of.
+// A missing headset counts as a headset that is held still, because programs stop drawing while the
+// pose is not known.
 HeadMoment TrackerSource::At(XrTime time) const
 {
     const qltkit::Pose pose = mTracker.At(time);

@@ -1,4 +1,4 @@
-// Orientations of the kit's head tracker, and how the user's choice of a source becomes one.
+// Gets orientations from the kit's head tracker, and opens the source that the user has chosen.
 #pragma once
 
 #include "Tracking/PoseSource.h"

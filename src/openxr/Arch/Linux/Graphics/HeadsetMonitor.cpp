@@ -60,7 +60,7 @@ XrDuration PeriodOf(const XRRScreenResources& resources, RRMode mode)
     return 0;
 }
 
-/// The first monitor in use that `isWanted` is true for.
+/// Returns the first monitor in use for which `isWanted` returns true.
 template <typename Wanted>
 Monitor FindMonitor(Display* display, Wanted isWanted)
 {

@@ -292,6 +292,7 @@ TEST(OrientationEstimatorTest, SaturatedRatesAreRestoredAndLessCertain)
     script.gyroscopeLimit = 8.0; // rad/s; the peaks are 7 to 16
     double squares = 0.0;
     double blindSquares = 0.0;
+    double deviations = 0.0;
     for (unsigned seed = 1; seed <= 10; ++seed)
     {
         script.seed = seed;
@@ -307,12 +308,16 @@ TEST(OrientationEstimatorTest, SaturatedRatesAreRestoredAndLessCertain)
             squares += std::pow(i < 2000 ? 0.0 : InclinationErrorDeg(estimator, head), 2);
             blindSquares += std::pow(i < 2000 ? 0.0 : InclinationErrorDeg(blind, head), 2);
         }
+        deviations += estimator.GetInclinationDeviation();
         if (estimator.GetState().counts.repaired > 0)
         {
             EXPECT_GT(estimator.GetInclinationDeviation(), blind.GetInclinationDeviation());
         }
     }
     EXPECT_LT(std::sqrt(squares), 0.5 * std::sqrt(blindSquares));
+    // The digits show every change of the repair. A deliberate change gives others.
+    EXPECT_NEAR(std::sqrt(squares), 677.576744, 1e-4);
+    EXPECT_NEAR(deviations, 3.29857640, 1e-7);
 }
 
 TEST(OrientationEstimatorTest, ASavedStateIsContinuedToTheBit)

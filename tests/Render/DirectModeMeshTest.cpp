@@ -1,26 +1,9 @@
 #include "Render/DirectModeMesh.h"
 
 #include "fakes/AssertionRecorder.h"
+#include "fakes/HashOf.h"
 
 #include <gtest/gtest.h>
-
-namespace
-{
-
-/// The FNV-1a hash of the elements' bytes.
-template <typename Element>
-std::uint64_t HashOf(const std::vector<Element>& elements)
-{
-    std::uint64_t value = 0xCBF29CE484222325;
-    const auto* bytes = reinterpret_cast<const unsigned char*>(elements.data());
-    for (std::size_t i = 0; i < elements.size() * sizeof(Element); ++i)
-    {
-        value = (value ^ bytes[i]) * 0x100000001B3;
-    }
-    return value;
-}
-
-} // namespace
 
 // The hashes are those of a mesh that was made vertex by vertex with the plain lens. Direct mode's
 // own test compares each pixel of the picture with that lens.

@@ -1,5 +1,7 @@
 #include <qlt/Render/Shaders.h>
 
+#include "fakes/HashOf.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,17 +14,6 @@ using qlt::Shaders;
 
 /// This reads the text before any test, and perhaps before the library's own static objects exist.
 const std::string gWhileLoading = Shaders::TextureShaderV();
-
-/// The FNV-1a hash.
-std::uint64_t Hash(const std::string& text)
-{
-    std::uint64_t value = 0xCBF29CE484222325;
-    for (const char c : text)
-    {
-        value = (value ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    }
-    return value;
-}
 
 } // namespace
 
@@ -43,7 +34,7 @@ TEST(ShadersTest, TheTextsAreExactToTheCharacter)
     for (const auto& row : rows)
     {
         EXPECT_EQ(row.text().size(), row.length) << row.text();
-        EXPECT_EQ(Hash(row.text()), row.hash) << row.text();
+        EXPECT_EQ(HashOf(row.text()), row.hash) << row.text();
         EXPECT_EQ(&row.text(), &row.text()); // all callers get the same string
     }
     EXPECT_EQ(gWhileLoading, Shaders::TextureShaderV());

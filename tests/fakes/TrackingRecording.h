@@ -3,6 +3,8 @@
 
 #include <qltkit/Tracking/ImuSample.h>
 
+#include "Tracking/Angles.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -13,10 +15,13 @@
 namespace tracking
 {
 
+using qltkit::AngleBetween;
+using qltkit::HeadingBetween;
+using qltkit::InclinationBetween;
 using qltkit::Rotation;
 using qltkit::Vector3;
 
-constexpr double DEGREES = 57.29577951308232;
+constexpr double DEGREES = qltkit::DEGREES_PER_RADIAN;
 
 /// Orientations over time. The times are in microseconds and do not wrap.
 struct Series
@@ -128,26 +133,6 @@ inline Recording LoadRecording(const std::string& folder, const std::string& nam
         }
     }
     return r;
-}
-
-inline double InclinationBetween(const Rotation& a, const Rotation& b)
-{
-    const Vector3 up{0.0, 1.0, 0.0};
-    const Vector3 u = Rotate(a.Conjugate(), up);
-    const Vector3 v = Rotate(b.Conjugate(), up);
-    return std::atan2(Length(Cross(u, v)), Dot(u, v));
-}
-
-/// The angle about the vertical from `b` to `a`.
-inline double HeadingBetween(const Rotation& a, const Rotation& b)
-{
-    const Rotation r = a * b.Conjugate();
-    return 2.0 * std::atan2(r.y, r.w);
-}
-
-inline double AngleBetween(const Rotation& a, const Rotation& b)
-{
-    return Length(qltkit::RotationVector(qltkit::Normalized(a.Conjugate() * b)));
 }
 
 struct Score

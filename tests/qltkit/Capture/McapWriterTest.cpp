@@ -4,6 +4,8 @@
 
 #include "CaptureFiles.h"
 
+#include "fakes/HashOf.h"
+
 // The independent library of capture_test.py reads such files. The hash shows every other change.
 TEST(McapWriterTest, AFileWithTwoChannelsHasItsBytes)
 {
@@ -35,12 +37,7 @@ TEST(McapWriterTest, AFileWithTwoChannelsHasItsBytes)
     mcap.Close();
     sizes.push_back(file.size());
     EXPECT_EQ(sizes, (std::vector<std::size_t>{40, 40, 85, 85, 405, 405, 1200608, 1201456}));
-    std::uint64_t hash = 0xCBF29CE484222325; // FNV-1a
-    for (const char c : file)
-    {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    }
-    EXPECT_EQ(hash, 0x245A5B173077DD70U);
+    EXPECT_EQ(HashOf(file), 0x245A5B173077DD70U);
 
     WriteBytes("writer.mcap", file);
     const Contents read("writer.mcap");

@@ -4,6 +4,8 @@
 #include <qltkit/Error.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
 
+#include "fakes/HashOf.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -33,19 +35,6 @@ HeadsetScript Shipped(const std::string& name)
 HeadsetScript Resting(const std::string& fields)
 {
     return ParseHeadsetScript(R"({"motion": {"kind": "rest"}, )" + fields + "}");
-}
-
-/// The FNV-1a hash of the bytes of the elements.
-template <typename Element>
-std::uint64_t HashOf(const std::vector<Element>& elements)
-{
-    std::uint64_t value = 0xCBF29CE484222325;
-    const auto* bytes = reinterpret_cast<const unsigned char*>(elements.data());
-    for (std::size_t i = 0; i < elements.size() * sizeof(Element); ++i)
-    {
-        value = (value ^ bytes[i]) * 0x100000001B3;
-    }
-    return value;
 }
 
 struct Read

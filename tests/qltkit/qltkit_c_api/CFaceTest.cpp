@@ -129,6 +129,9 @@ protected:
 
 TEST_P(CFaceTest, AScriptGivesThePosesEyesAndErrorsOfTheCppFace)
 {
+    { // The first jump of a process resets the core's filter, so one tracker passes it before.
+        const TrackedScript first(&asked);
+    }
     const TrackedScript c(&asked);
     ScriptedHeadset headset(qltkit::ParseHeadsetScript(SCRIPT), FASTEST);
     HeadTracker tracker(headset, headset, options);

@@ -500,6 +500,10 @@ class QltTest(unittest.TestCase):
 
     def test_monitor_plays_a_recording_at_its_own_pace(self):
         path = self.recording("a.bin", reports=1500, step_us=1100)
+        kit = self.path("kit.csv")
+        self.qlt("replay", path, "--csv", kit, "--filter", "kit")
+        self.qlt("monitor", "--source", path, "--csv", self.path("m.csv"), "--filter", "kit")
+        self.assertEqual(*(pathlib.Path(name).read_text() for name in (kit, self.path("m.csv"))))
         done = self.qlt("monitor", "--source", path, "--csv", self.path("m.csv"))
         lines = [line for line in done.stdout.splitlines() if "reports/s" in line]
         rate = float(re.search(r"(\d+) reports/s", lines[0]).group(1))
@@ -626,7 +630,7 @@ class QltTest(unittest.TestCase):
 
     def test_view_draws_a_moment_of_a_recording(self):
         self.qlt("synthesize", self.path("s.bin"), "--ideal", "--seconds", "9")
-        self.qlt("replay", self.path("s.bin"), "--csv", self.path("s.csv"))
+        self.qlt("replay", self.path("s.bin"), "--csv", self.path("s.csv"), "--filter", "kit")
         row = pathlib.Path(self.path("s.csv")).read_text().splitlines()[1 + 3000].split(",")
         w, x, y, z = map(float, row[2:])
         yaw = math.degrees(math.atan2(2 * (x * z + y * w), 1 - 2 * (x * x + y * y)))

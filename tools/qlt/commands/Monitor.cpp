@@ -24,8 +24,9 @@ struct Options
 {
     std::string source = "simulator"; // simulator, headset or a file
     double seconds = 0.0;             // 0: until interrupted or the file ends
-    std::string csv;                  // empty: no file
-    bool objects = false;             // show the objects of the host service, too
+    std::string filter = "core";
+    std::string csv;      // empty: no file
+    bool objects = false; // show the objects of the host service, too
 };
 
 using SteadyClock = std::chrono::steady_clock;
@@ -41,7 +42,7 @@ public:
         float temperature = 0.0f;
     };
 
-    Latest(OrientationCsv& csv, const TrackerSource& source)
+    Latest(OrientationCsv& csv, TrackerSource& source)
         : ReportFollower(source.Recorded(), source.Reports())
         , mCsv(csv)
         , mSource(source)
@@ -61,8 +62,9 @@ public:
     }
 
 private:
-    void OnReport(std::size_t report, const qlt::Quaternion& orientation, float time) override
+    void OnReport(std::size_t report, const qlt::Quaternion& core, float time) override
     {
+        const qlt::Quaternion orientation = mSource.Follow(report, core);
         const std::lock_guard<std::mutex> lock(mMutex);
         mCsv.Write(report, mSource.TimeUs(report, time), orientation);
         mPose.orientation = orientation;
@@ -72,7 +74,7 @@ private:
     mutable std::mutex mMutex; // guards the pose
     Pose mPose;
     OrientationCsv& mCsv;
-    const TrackerSource& mSource;
+    TrackerSource& mSource;
 };
 
 /// Shows a text in one line. On a terminal a new text replaces the old one; elsewhere each text
@@ -185,7 +187,7 @@ void Watch(TrackerSource& source, const Latest& latest, const Options& options)
 int Run(const Options& options)
 {
     OrientationCsv csv(options.csv);
-    TrackerSource source(options.source);
+    TrackerSource source(options.source, options.filter);
     CatchInterrupts();
     Latest latest(csv, source);
     qlt::Tracker& tracker = source.Get();
@@ -205,6 +207,7 @@ CommandBody AddMonitor(CommandLine line)
     auto options = std::make_shared<Options>();
     line.Describe("Show a tracker's orientation live");
     line.Source(options->source);
+    line.Filter(options->filter);
     line.Seconds(options->seconds, "Stop after this number of seconds");
     line.File("--csv", options->csv, "Write every orientation to this file");
     line.Flag("--objects", options->objects,

@@ -27,8 +27,9 @@ namespace
 struct Options
 {
     std::string source = "simulator"; // simulator, headset or a file
-    double seconds = 0.0;             // 0: until the window is closed, or 6 s into it for a picture
-    std::string png;                  // empty: a window
+    std::string filter = "kit";
+    double seconds = 0.0; // 0: until the window is closed, or 6 s into it for a picture
+    std::string png;      // empty: a window
 };
 
 using qlt::Params;
@@ -44,6 +45,7 @@ public:
     /// Follows the tracker for this number of reports. 0 means without an end.
     Head(TrackerSource& source, std::size_t reports)
         : ReportFollower(source.Recorded(), reports)
+        , mSource(source)
         , mTracker(source.Get())
     {
         mTracker.AddListener(*this);
@@ -66,9 +68,9 @@ public:
     void ResetYaw() { mYawIsToBeReset = true; }
 
 private:
-    void OnReport(std::size_t, const qlt::Quaternion& orientation, float) override
+    void OnReport(std::size_t report, const qlt::Quaternion& core, float) override
     {
-        Keep(orientation);
+        Keep(mSource.Follow(report, core));
         WhileHeld();
     }
 
@@ -78,8 +80,7 @@ private:
     {
         if (mYawIsToBeReset.exchange(false))
         {
-            mTracker.ResetYawOrigin();
-            Keep(mTracker.GetOrientation());
+            Keep(mSource.ResetYaw());
         }
     }
 
@@ -89,6 +90,7 @@ private:
         mOrientation = orientation;
     }
 
+    TrackerSource& mSource;
     qlt::Tracker& mTracker;
     std::atomic<bool> mYawIsToBeReset{false};
     mutable std::mutex mMutex; // guards the orientation
@@ -131,7 +133,7 @@ private:
 
 int ShowWindow(const Options& options)
 {
-    TrackerSource source(options.source);
+    TrackerSource source(options.source, options.filter);
     Head head(source, source.Reports());
     bool lens = Params::EYE_DISTORT;
     Window window(Params::HMD_RESOLUTION_X / 2, Params::HMD_RESOLUTION_Y / 2,
@@ -214,7 +216,7 @@ int DrawPicture(const Options& options)
     {
         RequireHeadset(HeadsetPart::Sensors);
     }
-    TrackerSource source(options.source, TrackerSource::Pace::Fastest);
+    TrackerSource source(options.source, options.filter, TrackerSource::Pace::Fastest);
     const double seconds = options.seconds > 0.0 ? options.seconds : DEFAULT_MOMENT_S;
     const qlt::Quaternion orientation = OrientationAfter(seconds, source);
     const GlContext context;
@@ -243,6 +245,7 @@ CommandBody AddView(CommandLine line)
     line.Describe("Show a scene as the headset shows it; D switches the lens, R or space makes "
                   "this heading forward, Esc closes");
     line.Source(options->source);
+    line.Filter(options->filter);
     line.File("--png", options->png, "Save one picture instead of opening a window");
     line.Seconds(options->seconds, "Close after this number of seconds, or take the picture then");
     line.AfterParsing([options]

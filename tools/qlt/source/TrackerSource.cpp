@@ -20,7 +20,8 @@ public:
 
 } // namespace
 
-TrackerSource::TrackerSource(const std::string& name, Pace pace)
+TrackerSource::TrackerSource(const std::string& name, const std::string& filter, Pace pace)
+    : mKit(filter == "kit" && name != "simulator" ? std::make_unique<KitFilter>() : nullptr)
 {
     if (name == "simulator")
     {
@@ -31,14 +32,14 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
     }
     if (name == "headset")
     {
-        mTracker = std::make_unique<qlt::Hmd>();
+        Track(qlt::UsbHost::System(), qlt::Clock::System());
         SayThatHeadsetIsAwaited();
         return;
     }
     if (IsScript(name))
     {
         mScripted = std::make_unique<qltkit::ScriptedHeadset>(qltkit::LoadHeadsetScript(name));
-        mTracker = std::make_unique<qlt::Hmd>(*mScripted, *mScripted);
+        Track(*mScripted, *mScripted);
         return;
     }
     mRecording = LoadInput(name, mWhole);
@@ -46,6 +47,18 @@ TrackerSource::TrackerSource(const std::string& name, Pace pace)
     auto tracker = std::make_unique<qltkit::RecordingTracker>(*mPlayer);
     mRecorded = tracker.get();
     mTracker = std::move(tracker);
+}
+
+/// Tracks the headset of a host. The kit's filter sees each report before the tracker.
+void TrackerSource::Track(qlt::UsbHost& host, qlt::Clock& clock)
+{
+    if (mKit == nullptr)
+    {
+        mTracker = std::make_unique<qlt::Hmd>(host, clock);
+        return;
+    }
+    mTap = std::make_unique<qltkit::ReportTap>(host, clock, *mKit);
+    mTracker = std::make_unique<qlt::Hmd>(*mTap, clock);
 }
 
 TrackerSource::~TrackerSource()
@@ -58,6 +71,30 @@ TrackerSource::~TrackerSource()
     {
         mScripted->Close();
     }
+}
+
+qlt::Quaternion TrackerSource::Follow(std::size_t report, const qlt::Quaternion& core)
+{
+    if (mKit == nullptr)
+    {
+        return core;
+    }
+    if (mRecording)
+    {
+        mKit->OnReport(mRecording->reports[report], 0);
+    }
+    return mKit->Orientation();
+}
+
+qlt::Quaternion TrackerSource::ResetYaw()
+{
+    if (mKit == nullptr)
+    {
+        mTracker->ResetYawOrigin();
+        return mTracker->GetOrientation();
+    }
+    mKit->ResetYaw();
+    return mKit->Orientation();
 }
 
 std::size_t TrackerSource::Reports() const { return mRecording ? mRecording->reports.size() : 0; }

@@ -16,6 +16,7 @@
 #include <qltkit/Capture/CaptureReader.h>
 #include <qltkit/Capture/CaptureWriter.h>
 #include <qltkit/Capture/InputFile.h>
+#include <qltkit/Capture/JsonCaptureWriter.h>
 #include <qltkit/Capture/McapWriter.h>
 #include <qltkit/Capture/OutputFile.h>
 #include <qltkit/Capture/Recording.h>

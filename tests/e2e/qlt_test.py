@@ -737,6 +737,36 @@ class QltTest(unittest.TestCase):
             self.assertRegex(done.stdout, line)
         self.assertEqual(self.qlt("capture", "check", "r.mcap").stderr, "")
         self.assertIn("900 whole", self.qlt("capture", "check", plain).stdout)
+        for file, folder in (("r.mcap", "r"), (plain, "a")):
+            self.qlt("export", file, "--csv", folder, "--filter", "core")
+            rows = pathlib.Path(self.path(f"{folder}/raw.csv")).read_text().splitlines()
+            self.assertEqual(len(rows), 901)
+            replayed = tables[0].read_text().splitlines()
+            for row, expected in zip(rows[1:], replayed[1:]):
+                cells, expected = row.split(","), expected.split(",")
+                self.assertEqual((cells[1], cells[2]), (expected[1], str(1000 + int(expected[0]))))
+                for a, b in zip(cells[-4:], expected[2:]):
+                    self.assertEqual(*(struct.pack("<f", float(x)) for x in (a, b)))
+        events = pathlib.Path(self.path("r/events.csv")).read_text().splitlines()
+        self.assertEqual(events[0], "time_ns,event,detail")
+        self.assertRegex(events[1], r"^\d{19},connected,$")
+        self.assertIn("is missing", self.qlt("export", "r.mcap", code=2).stderr)
+        pathlib.Path(self.path("in the way")).touch()
+        for option, name in (("--csv", "in the way"), ("--mcap", "no/such.mcap")):
+            self.assertIn("cannot ", self.qlt("export", "r.mcap", option, name, code=1).stderr)
+
+    def test_long_work_shows_a_bar_on_a_terminal(self):
+        if ARGUMENTS.emulator:
+            self.skipTest("programs under Wine have no pseudo-terminal")
+        terminal, side = os.openpty()
+        for seconds, shown in ((0.5, False), (1.6, True)):
+            subprocess.run([ARGUMENTS.qlt, "record", "p.mcap", "--source", "simulator", "--seconds",
+                            str(seconds)], cwd=self.folder, check=True, stderr=side,
+                           stdout=subprocess.DEVNULL)
+            os.write(side, b"end")
+            text = os.read(terminal, 100000).decode()
+            self.assertEqual(bool(re.search(r"\r\[#+\.*\] +\d\d %  1\.\d s, \d+ reports", text)), shown)
+            self.assertEqual(text[-4:], "\rend" if shown else "end")
 
     def test_a_damaged_capture_is_played_as_far_as_it_goes(self):
         self.qlt("record", "r.mcap", "--source", self.recording("a.bin", reports=500))

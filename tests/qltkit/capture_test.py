@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Tests of captures on slow and full disks, and with another library.
 
-    capture_test.py --probe PROBE [--emulator EMULATOR] --folder FOLDER CASE
+    capture_test.py --probe PROBE [--qlt QLT] [--emulator EMULATOR] --folder FOLDER CASE
 
 Exits 77 when the machine cannot run the case.
 """
@@ -31,6 +31,7 @@ def figures(line):
 class Cases:
     def __init__(self, arguments):
         self.command = [*filter(None, [arguments.emulator]), arguments.probe]
+        self.qlt = arguments.qlt
         self.folder = pathlib.Path(arguments.folder)
         self.folder.mkdir(parents=True, exist_ok=True)
 
@@ -124,12 +125,14 @@ class Cases:
             if fetched.returncode != 0:
                 skip("npm cannot fetch @mcap/core: " + fetched.stderr.strip()[-500:])
         script = HERE / "mcap" / "interop.mjs"
-        sys.exit(subprocess.run([node, script, self.folder, *self.command]).returncode)
+        sys.exit(subprocess.run([node, script, self.folder, *self.command],
+                                env=dict(os.environ, QLT=self.qlt)).returncode)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--probe", required=True)
+    parser.add_argument("--qlt", default="")
     parser.add_argument("--emulator", default="")
     parser.add_argument("--folder", required=True)
     parser.add_argument("case")

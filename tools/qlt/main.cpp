@@ -25,6 +25,7 @@ const std::vector<Command> COMMANDS = {
     {"optics", AddOptics},
     {"script", AddScript},
     {"capture", AddCapture},
+    {"export", AddExport},
 #if defined(QLT_HAVE_OPENXR)
     {"openxr", AddOpenXr},
 #endif

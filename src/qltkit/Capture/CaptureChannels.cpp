@@ -29,6 +29,14 @@ std::string ObjectSchema(std::string_view title, std::string_view fields, std::s
     return schema + "]}";
 }
 
+/// The schema of a field with the numbers x, y and z.
+std::string TripleField(std::string_view name)
+{
+    return '"' + std::string(name) +
+           R"(":{"type":"object","properties":{"x":{"type":"number"},"y":{"type":"number"},)"
+           R"("z":{"type":"number"}},"required":["x","y","z"]})";
+}
+
 McapChannel JsonChannel(std::string topic, std::string_view name, std::string_view fields,
                         std::string_view required)
 {
@@ -46,6 +54,34 @@ McapChannel ReportChannel()
 {
     return {"/raw",   std::string(REPORT_ENCODING), "headset.Report",
             "x-text", std::string(REPORT),          {}};
+}
+
+McapChannel ImuChannel()
+{
+    McapChannel channel = JsonChannel(
+        "/imu", IMU_SCHEMA,
+        R"(,"sequence":{"type":"integer","minimum":0},"device_time_us":{"type":"integer"},)" +
+            TripleField("gyroscope") + "," + TripleField("accelerometer") + "," +
+            TripleField("magnetometer") + R"(,"temperature":{"type":"number"})",
+        R"("sequence","device_time_us","gyroscope","accelerometer","magnetometer","temperature")");
+    channel.metadata = {{"gyroscope", "radians per second"},
+                        {"accelerometer", "g"},
+                        {"magnetometer", "gauss"},
+                        {"temperature", "degrees Celsius"},
+                        {"axes", "x right, y up, -z forward"}};
+    return channel;
+}
+
+McapChannel TransformChannel()
+{
+    return JsonChannel(
+        "/tf", TRANSFORM_SCHEMA,
+        R"(,"parent_frame_id":{"type":"string"},"child_frame_id":{"type":"string"},)" +
+            TripleField("translation") +
+            R"(,"rotation":{"type":"object","properties":{"x":{"type":"number"},)"
+            R"("y":{"type":"number"},"z":{"type":"number"},"w":{"type":"number"}},)"
+            R"("required":["x","y","z","w"]})",
+        R"("parent_frame_id","child_frame_id","translation","rotation")");
 }
 
 McapChannel EventChannel()

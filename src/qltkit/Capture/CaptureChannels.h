@@ -11,6 +11,9 @@ inline constexpr std::string_view EVENT_SCHEMA = "headset.Event";
 inline constexpr std::string_view LOG_SCHEMA = "foxglove.Log";
 inline constexpr std::string_view IMAGE_SCHEMA = "foxglove.RawImage";
 
+inline constexpr std::string_view IMU_SCHEMA = "headset.Imu";
+inline constexpr std::string_view TRANSFORM_SCHEMA = "foxglove.FrameTransform";
+
 inline constexpr std::size_t MAX_FRAME_BYTES = 4 << 20;
 
 // The metadata record at the beginning of a capture, and the one at its end.
@@ -20,6 +23,8 @@ inline constexpr std::string_view STEADY_KEY = "clock.steadyNs";
 inline constexpr std::string_view WALL_KEY = "clock.wallNs";
 
 McapChannel ReportChannel();
+McapChannel ImuChannel();
+McapChannel TransformChannel();
 McapChannel EventChannel();
 McapChannel LogChannel();
 McapChannel ImageChannel();

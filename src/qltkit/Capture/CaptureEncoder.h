@@ -3,7 +3,7 @@
 #include <qltkit/Capture/McapWriter.h>
 
 #include "Capture/DeviceTime.h"
-#include "Capture/PostList.h"
+#include "Capture/PostEncoder.h"
 #include "Capture/ReportRing.h"
 
 namespace qltkit
@@ -29,19 +29,15 @@ public:
 private:
     std::uint64_t LogTime(std::int64_t hostTimeNs) const;
     std::uint64_t PublishTime(std::int64_t deviceTimeUs, std::uint64_t logTimeNs);
-    void WriteJson(std::uint16_t& channel, const McapChannel& description, std::uint64_t logTimeNs);
 
     McapWriter& mMcap;
     const ClockPair mClocks;
     const std::uint16_t mReportChannel;
-    std::uint16_t mEventChannel = 0; // 0 until the first message of its kind
-    std::uint16_t mLogChannel = 0;
-    std::uint16_t mImageChannel = 0;
+    PostEncoder mPosts;
     DeviceTime mDeviceTime;
     bool mAnchored = false; // true when the two members below are known
     std::int64_t mAnchorUs = 0;
     std::uint64_t mAnchorNs = 0;
-    std::string mJson;
 };
 
 } // namespace qltkit

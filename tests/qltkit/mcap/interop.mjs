@@ -2,6 +2,8 @@
 // we read its captures.
 //
 //   node interop.mjs FOLDER PROBE...    runs PROBE (qlt_capture_probe) with files in FOLDER
+//
+// The variable QLT names the qlt command, whose exported files are read, too.
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { createRequire } from "node:module";
@@ -14,9 +16,10 @@ const { McapIndexedReader, McapStreamReader, McapWriter } = modules("@mcap/core"
 const { crc32 } = modules("@foxglove/crc");
 const Ajv = modules("ajv/dist/2020");
 
-const run = (...parameters) =>
-  execFileSync(probe[0], [...probe.slice(1), ...parameters],
+const runProgram = (program, ...parameters) =>
+  execFileSync(program[0], [...program.slice(1), ...parameters],
     { cwd: folder, encoding: "utf8", maxBuffer: 1 << 26 });
+const run = (...parameters) => runProgram(probe, ...parameters);
 
 async function read(name) {
   const bytes = await readFile(join(folder, name));
@@ -42,6 +45,49 @@ async function read(name) {
   return { bytes, records, indexed, messages };
 }
 
+/// The values of the JSON messages by topic. Each value must follow its schema.
+function valuesOf(indexed, messages) {
+  const ajv = new Ajv({ strict: false });
+  const checks = new Map();
+  const values = {};
+  for (const { channelId, data } of messages) {
+    const { topic, schemaId, messageEncoding } = indexed.channelsById.get(channelId);
+    if (messageEncoding !== "json") continue;
+    const schema = indexed.schemasById.get(schemaId);
+    if (!checks.has(schemaId))
+      checks.set(schemaId, ajv.compile(JSON.parse(new TextDecoder().decode(schema.data))));
+    const value = JSON.parse(new TextDecoder().decode(data));
+    assert(checks.get(schemaId)(value), `${schema.name}: ${ajv.errorsText(checks.get(schemaId).errors)}`);
+    (values[topic] ??= []).push(value);
+  }
+  return values;
+}
+
+/// The exported capture has a turn of the head for each report, and the tables say the same.
+async function readsWhatWeExport() {
+  runProgram([...probe.slice(0, -1), process.env.QLT],
+    "export", "ours.mcap", "--mcap", "json.mcap", "--csv", "tables");
+  const { indexed, messages } = await read("json.mcap");
+  const { "/tf": [world, ...turns], "/imu": imu, ...others } = valuesOf(indexed, messages);
+  assert.deepEqual([others["/events"].length, others["/log"].length, others["/camera"].length], [1, 1, 1]);
+  assert.deepEqual([...indexed.schemasById.values()].map(({ name }) => name).sort(), [
+    "foxglove.FrameTransform", "foxglove.Log", "foxglove.RawImage", "headset.Event", "headset.Imu"]);
+  assert.deepEqual([world.parent_frame_id, world.child_frame_id, world.rotation.x], ["world", "tracking", 0.70710677]);
+  const rows = (await readFile(join(folder, "tables/raw.csv"), "utf8")).trim().split(/\r?\n/);
+  assert.equal(rows.length, 20001);
+  assert.deepEqual([turns.length, imu.length], [20000, 20000]);
+  const number = ({ x, y, z }) => [x, y, z];
+  rows.slice(1).forEach((row, i) => {
+    const cells = row.split(",").map(Number);
+    const { timestamp, sequence, device_time_us, gyroscope, accelerometer, magnetometer, temperature } = imu[i];
+    const { w, ...v } = turns[i].rotation;
+    assert.equal(row.split(",")[0], `${timestamp.sec}${String(timestamp.nsec).padStart(9, "0")}`);
+    assert.deepEqual(cells.slice(1), [device_time_us, sequence, ...number(gyroscope), ...number(accelerometer),
+      ...number(magnetometer), temperature, w, ...number(v)]);
+  });
+  assert(turns.some(({ rotation }) => Math.abs(rotation.y) > 0.1));
+}
+
 async function readsWhatWeWrite() {
   run("write", "ours.mcap", "20000", "0");
   const { bytes, records, indexed, messages } = await read("ours.mcap");
@@ -62,22 +108,10 @@ async function readsWhatWeWrite() {
   const sorted = (list) => list.map((m) => `${m.channelId} ${m.logTime} ${hex(m.data)}`).sort();
   assert.deepEqual(sorted(messages), sorted(of("Message")));
 
-  // Each JSON message must follow its schema.
-  const ajv = new Ajv({ strict: false });
-  let checked = 0;
-  for (const message of messages) {
-    const channel = indexed.channelsById.get(message.channelId);
-    const schema = indexed.schemasById.get(channel.schemaId);
-    if (channel.messageEncoding !== "json") continue;
-    const text = JSON.parse(new TextDecoder().decode(schema.data));
-    const value = JSON.parse(new TextDecoder().decode(message.data));
-    assert(ajv.validate(text, value), `${schema.name}: ${ajv.errorsText()}`);
-    if (channel.topic === "/camera")
-      assert.deepEqual([...Buffer.from(value.data, "base64")], [0, 127, 128, 255]);
-    if (channel.topic === "/log") assert.equal(value.message, 'half a € and a "quote"');
-    ++checked;
-  }
-  assert.equal(checked, 3);
+  const { "/camera": [camera], "/log": [log], "/events": [event] } = valuesOf(indexed, messages);
+  assert.deepEqual([...Buffer.from(camera.data, "base64")], [0, 127, 128, 255]);
+  assert.equal(log.message, 'half a € and a "quote"');
+  assert.equal(event.event, "connected");
 
   // Check the statistics, the indexes and the checksum that the package does not check.
   const statistics = indexed.statistics;
@@ -142,6 +176,7 @@ async function writesWhatWeRead(options) {
 }
 
 await readsWhatWeWrite();
+if (process.env.QLT) await readsWhatWeExport();
 await writesWhatWeRead({ chunkSize: 8192 });
 await writesWhatWeRead({ useChunks: false });
 await assert.rejects(

@@ -164,9 +164,14 @@ void RequireDistinct(const std::vector<std::string>& inputs,
                      const std::vector<std::string>& outputs)
 {
     const std::string clash = DescribeClash(inputs, outputs);
-    if (!clash.empty())
+    Require(clash.empty(), clash);
+}
+
+void Require(bool isGood, const std::string& refusal)
+{
+    if (!isGood)
     {
-        throw CLI::ValidationError(clash);
+        throw CLI::ValidationError(refusal);
     }
 }
 

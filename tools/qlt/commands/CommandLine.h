@@ -116,6 +116,10 @@ private:
 void RequireDistinct(const std::vector<std::string>& inputs,
                      const std::vector<std::string>& outputs);
 
+/// Refuses the command line with this sentence unless `isGood`. Call it from a check of
+/// AfterParsing.
+void Require(bool isGood, const std::string& refusal);
+
 /// Returns the file name of a source. Empty for the simulator and the headset.
 std::string FileOfSource(const std::string& source);
 

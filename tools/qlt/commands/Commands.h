@@ -10,6 +10,7 @@ CommandBody AddCalibrate(CommandLine line);
 CommandBody AddCamera(CommandLine line);
 CommandBody AddCapture(CommandLine line);
 CommandBody AddCompare(CommandLine line);
+CommandBody AddExport(CommandLine line);
 CommandBody AddInfo(CommandLine line);
 CommandBody AddMesh(CommandLine line);
 CommandBody AddMonitor(CommandLine line);

@@ -91,8 +91,12 @@ void Track(const Options& options, qltkit::Source& source, ReportFile& file)
     hmd.Start();
     Watch(options, source, file);
     file.EndReads();
-    source.Close(); // this ends a waiting read and the search for a headset
+    if (!FileOfSource(options.source).empty())
+    {
+        source.Close(); // otherwise a pause in the file would have to pass first
+    }
     hmd.Stop();
+    source.Close(); // ends the search for a headset
 }
 
 int Run(const Options& options)

@@ -7,6 +7,8 @@
 
 #include <dlfcn.h>
 #include <libusb.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace
 {
@@ -68,6 +70,29 @@ TEST_F(LibusbHostTest, AReportIsReadWithoutAnAllocation)
     }
     EXPECT_EQ(allocations, 0);
     EXPECT_EQ(transfers, 0);
+}
+
+// A read without an event has descriptor 0 in its place, which is standard input.
+TEST_F(LibusbHostTest, AReportLeavesStandardInputAlone)
+{
+    Open();
+    int ends[2] = {};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    const int input = dup(0);
+    dup2(ends[0], 0);
+    EXPECT_EQ(write(ends[1], "x", 1), 1);
+    Bytes report(64);
+    std::uint32_t length = 64;
+    bus->Push(REPORTS, Bytes(64, 7));
+    EXPECT_TRUE(device->EndPoint(1).TransferData(report.data(), length));
+    char byte = 0;
+    EXPECT_EQ(recv(ends[1], &byte, 1, MSG_DONTWAIT), -1) << "The read has written to it.";
+    EXPECT_EQ(recv(0, &byte, 1, MSG_DONTWAIT), 1) << "The read has read from it.";
+    dup2(input, 0);
+    for (const int descriptor : {ends[0], ends[1], input})
+    {
+        close(descriptor);
+    }
 }
 
 TEST_F(LibusbHostTest, OtherProductsAndVendorsAreLeftAloneAndTheFirstHeadsetIsOpened)

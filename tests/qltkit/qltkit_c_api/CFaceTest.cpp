@@ -121,6 +121,8 @@ protected:
         qltkit_HeadTrackerOptions_Init(&asked);
         asked.filter = static_cast<std::int32_t>(GetParam());
         asked.person = {0.07f, 0.11f, 0.05f};
+        // The first jump of a process resets the core's filter, so one tracker passes it before.
+        const TrackedScript first(&asked);
     }
 
     qltkit::HeadTrackerOptions options;
@@ -129,9 +131,6 @@ protected:
 
 TEST_P(CFaceTest, AScriptGivesThePosesEyesAndErrorsOfTheCppFace)
 {
-    { // The first jump of a process resets the core's filter, so one tracker passes it before.
-        const TrackedScript first(&asked);
-    }
     const TrackedScript c(&asked);
     ScriptedHeadset headset(qltkit::ParseHeadsetScript(SCRIPT), FASTEST);
     HeadTracker tracker(headset, headset, options);

@@ -79,6 +79,8 @@ private:
 
     bool ReadPast(std::int64_t timeNs, std::int64_t newest, std::int64_t newestNs, PastPose& pose,
                   bool& clamped) const noexcept;
+    bool ReadAhead(std::int64_t timeNs, std::int64_t newest, std::int64_t newestNs, PastPose& pose,
+                   bool& clamped) const noexcept;
     bool ReadPair(std::int64_t index, PastPose& pose, PastPose& next) const noexcept;
     std::int64_t FindAfter(std::int64_t timeNs, std::int64_t guess, std::int64_t oldest,
                            std::int64_t newest) const noexcept;

@@ -1,5 +1,7 @@
 #include "view/HeadsetView.h"
 
+#include <qltkit/Tracking/Pose.h>
+
 #include <GL/glew.h>
 
 #include <cmath>
@@ -26,13 +28,6 @@ int EyeHeight(int width)
     return static_cast<int>(std::lround(static_cast<float>(width) / Params::EYE_ASPECT_RATIO));
 }
 
-/// The vector from the neck to the eye in the head's axes, in metres.
-Vec3 EyeOffset(Params::Eye eye)
-{
-    const float side = eye == Params::EYE_LEFT ? -0.5f : 0.5f;
-    return {side * Params::USER_IPD_M, Params::USER_NECK_EYE_V_M, -Params::USER_NECK_EYE_H_M};
-}
-
 } // namespace
 
 HeadsetView::HeadsetView(int sharpness)
@@ -48,10 +43,14 @@ void HeadsetView::RenderEyes(const qlt::Quaternion& orientation)
 {
     const Matrix projection =
         Matrix::PerspectiveProjection(Params::EYE_FOV_DEG, Params::EYE_ASPECT_RATIO, NEAR_M, FAR_M);
+    qltkit::Pose head;
+    head.orientation = orientation;
     for (const Params::Eye eye : {Params::EYE_LEFT, Params::EYE_RIGHT})
     {
+        const qltkit::EyePose pose = qltkit::EyePoseOf(head, eye);
         mEyes[static_cast<std::size_t>(eye)].Use();
-        mScene.Draw(projection * Matrix::FirstPersonView(EyeOffset(eye), NECK, orientation));
+        mScene.Draw(projection *
+                    Matrix::FirstPersonView(Vec3(), NECK + pose.position, pose.orientation));
     }
 }
 

@@ -1,6 +1,6 @@
 // The cost of reading one pose while a tracker writes 1000 reports a second: the last pose, a past
-// pose (found and interpolated) and a future pose (predicted). The last pose must take at most
-// 25 ns.
+// pose (found and interpolated) and a future pose (predicted). A measured pose, the last one or a
+// past one, must take at most 25 ns.
 #include <qltkit/Tracking/HeadTracker.h>
 
 #include <benchmark/benchmark.h>

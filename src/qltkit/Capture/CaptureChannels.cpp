@@ -29,7 +29,7 @@ std::string ObjectSchema(std::string_view title, std::string_view fields, std::s
     return schema + "]}";
 }
 
-/// The schema of a field with the numbers x, y and z.
+/// Returns the schema of a field that contains the numbers x, y and z.
 std::string TripleField(std::string_view name)
 {
     return '"' + std::string(name) +

@@ -36,7 +36,7 @@ void CaptureEncoder::Write(const ReportRing::Entry& report)
 
 void CaptureEncoder::Write(const Post& post)
 {
-    // After a reconnection the headset's clock is a new one.
+    // A reconnection restarts the headset's clock.
     mAnchored = mAnchored && (post.kind != CaptureItem::Kind::Event || post.name != "connected");
     mPosts.Write(post, post.text, LogTime(post.hostTimeNs));
 }

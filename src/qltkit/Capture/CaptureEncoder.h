@@ -16,7 +16,7 @@ struct ClockPair
     std::uint64_t wallNs = 0;
 };
 
-/// Turns the items of a capture into messages of its file. One thread at a time.
+/// Turns the items of a capture into messages of its file. One thread at a time may use an object.
 class CaptureEncoder
 {
 public:

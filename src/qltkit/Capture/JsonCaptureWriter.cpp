@@ -15,7 +15,7 @@ namespace qltkit
 namespace
 {
 
-constexpr float HALF_ROOT = 0.70710678f; // of 2
+constexpr float HALF_ROOT = 0.70710678f; // half of the square root of 2
 
 /// Appends the shortest text of the number. JSON knows no infinity and no NaN, which become 0.
 template <typename Number>
@@ -38,7 +38,7 @@ void AppendField(std::string& json, std::string_view name, Number value)
     AppendNumberText(json, value);
 }
 
-/// Appends x, y and z without the brace at the end.
+/// Appends an object with x, y and z, but without its closing brace.
 void AppendTriple(std::string& json, std::string_view name, const qlt::Vec3& v)
 {
     json += ",\"";

@@ -28,8 +28,8 @@ struct Heading
     float sine = 0.0f;
 };
 
-/// Storage for a value that a reader fills at once. The members' initialisers would take a third of
-/// the time of a read.
+/// Storage for a value that a reader fills at once. It does not run the initialisers of the
+/// members, because they would take a third of the time of a read.
 template <typename Value>
 union Unset
 {

@@ -121,7 +121,8 @@ protected:
         qltkit_HeadTrackerOptions_Init(&asked);
         asked.filter = static_cast<std::int32_t>(GetParam());
         asked.person = {0.07f, 0.11f, 0.05f};
-        // The first jump of a process resets the core's filter, so one tracker passes it before.
+        // The first jump of a process resets the core's filter, so let the first tracker meet it
+        // before the test.
         const TrackedScript first(&asked);
     }
 

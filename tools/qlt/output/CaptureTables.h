@@ -10,9 +10,9 @@
 #include <memory>
 #include <string>
 
-/// CSV files in a folder: raw.csv, events.csv, log.csv and camera.csv, as far as there are such
-/// items. Times are Unix times in nanoseconds. The frames of the camera become pictures in the same
-/// folder, camera-1.png and so on.
+/// CSV files in a folder: raw.csv, events.csv, log.csv and camera.csv. A file exists only when
+/// there are such items. Times are Unix times in nanoseconds. The frames of the camera become
+/// pictures in the same folder: camera-1.png, camera-2.png and so on.
 class CaptureTables
 {
 public:
@@ -31,7 +31,7 @@ private:
     std::string WriteFrame(const qltkit::CaptureFrame& frame);
 
     const std::string mFolder;
-    std::map<std::string, std::unique_ptr<OutputFile>> mTables; // by name
+    std::map<std::string, std::unique_ptr<OutputFile>> mTables; // by their names
     std::string mRow;
     std::size_t mFrames = 0;
 };

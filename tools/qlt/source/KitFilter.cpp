@@ -18,7 +18,7 @@ qlt::Quaternion KitFilter::Orientation() const
 
 void KitFilter::ResetYaw()
 {
-    // The heading of the axis through the ears is also known when the head looks straight up.
+    // Use the axis through the ears, because it has a heading even when the head looks straight up.
     const qltkit::Vector3 right = qltkit::Rotate(mEstimator.GetOrientation(), {1.0, 0.0, 0.0});
     mForward = qltkit::RotationBy({0.0, std::atan2(right.z, right.x), 0.0});
 }

@@ -5,7 +5,7 @@
 #include <qltkit/Headset/ReportTap.h>
 #include <qltkit/Tracking/OrientationEstimator.h>
 
-/// One thread, which reads the reports.
+/// Only the thread that reads the reports uses an object.
 class KitFilter final : public qltkit::ReportSink
 {
 public:

@@ -11,8 +11,20 @@ if(MINGW)
   add_custom_command(OUTPUT ${import_library} DEPENDS ${definitions}
                      COMMAND ${QLT_DLLTOOL} -m i386:x86-64 -D QueltaSDK.dll -d ${definitions}
                              -l ${import_library})
-  add_custom_target(qlt_msvc_import_library ALL DEPENDS ${import_library})
-  install(FILES ${import_library} DESTINATION lib)
+  # The header has the names of the kit's functions.
+  set(kit_header ${PROJECT_SOURCE_DIR}/include/qltkit/qltkit_c_api.h)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kit_header})
+  file(READ ${kit_header} text)
+  string(REGEX MATCHALL "qltkit_[A-Za-z_]+\\(" names "${text}")
+  string(REGEX REPLACE "[(;]+" "\n" names "LIBRARY QueltaKit;EXPORTS;${names}")
+  set(kit_definitions ${PROJECT_BINARY_DIR}/QueltaKit.def)
+  file(CONFIGURE OUTPUT ${kit_definitions} CONTENT "${names}" @ONLY)
+  set(kit_import_library ${PROJECT_BINARY_DIR}/lib/QueltaKit.lib)
+  add_custom_command(OUTPUT ${kit_import_library} DEPENDS ${kit_definitions}
+                     COMMAND ${QLT_DLLTOOL} -m i386:x86-64 -D QueltaKit.dll -d ${kit_definitions}
+                             -l ${kit_import_library})
+  add_custom_target(qlt_msvc_import_library ALL DEPENDS ${import_library} ${kit_import_library})
+  install(FILES ${import_library} ${kit_import_library} DESTINATION lib)
 endif()
 
 set(CPACK_PACKAGE_NAME QueltaSDK)

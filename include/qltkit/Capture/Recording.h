@@ -27,6 +27,10 @@ struct QLTKIT_API Recording
     /// device clock do not count, so a player that uses these times never waits for hours.
     std::vector<std::int64_t> playedUs;
 
+    /// The host time of each report in nanoseconds, by the steady clock of the machine that wrote
+    /// the capture. Empty for a file of nothing but reports.
+    std::vector<std::int64_t> hostTimesNs;
+
     /// The number of bytes of a last, incomplete report: 0 to 63.
     std::size_t extraBytes = 0;
 

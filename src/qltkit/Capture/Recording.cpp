@@ -42,6 +42,7 @@ void ReadCapture(const std::string& path, Recording& recording)
         if (item.kind == CaptureItem::Kind::Report)
         {
             recording.reports.push_back(item.report);
+            recording.hostTimesNs.push_back(item.hostTimeNs);
         }
     }
     recording.problems = reader.Problems();

@@ -23,11 +23,11 @@ struct qltkit_HeadTracker
     }
 
     /// True when a script or a file has ended and the tracker has noticed it.
-    bool IsOver() const { return script != nullptr && script->IsOver() && !feed.IsUp(); }
+    bool IsOver() const { return source->IsOver() && !feed.IsUp(); }
 
     qltkit::TrackerFeed feed;
-    const ScriptedHeadset* script = nullptr; // null for a source without an end
-    std::optional<HeadTracker> tracker;      // it comes after the members that it uses
+    const qltkit::Source* source = nullptr; // the tracker owns it
+    std::optional<HeadTracker> tracker;     // after the members that it uses
 };
 
 namespace
@@ -52,6 +52,7 @@ public:
     std::int64_t NowNs() override { return mHeadset->NowNs(); }
     void SleepNs(std::int64_t durationNs) override { mHeadset->SleepNs(durationNs); }
     void Close() override { mHeadset->Close(); }
+    bool IsOver() const override { return mHeadset->IsOver(); }
 
 private:
     const std::shared_ptr<ScriptedHeadset> mHeadset;
@@ -68,7 +69,7 @@ const HeadTracker& Tracker(const qltkit_HeadTracker* tracker)
 }
 
 /// Makes a tracker and its handle.
-qltkit_HeadTracker* Open(std::unique_ptr<qltkit::Source> source, const ScriptedHeadset* script,
+qltkit_HeadTracker* Open(std::unique_ptr<qltkit::Source> source,
                          const qltkit_HeadTrackerOptions* options)
 {
     qltkit_HeadTrackerOptions chosen;
@@ -80,7 +81,7 @@ qltkit_HeadTracker* Open(std::unique_ptr<qltkit::Source> source, const ScriptedH
     made.filter = qltkit::FilterOf(chosen.filter);
     made.person = {chosen.person.ipdM, chosen.person.neckEyeHM, chosen.person.neckEyeVM};
     made.sink = &handle->feed;
-    handle->script = script;
+    handle->source = source.get();
     handle->tracker.emplace(std::move(source), made);
     return handle.release();
 }
@@ -162,9 +163,7 @@ qltkit_Result qltkit_HeadTracker_Open(const char* source, const qltkit_HeadTrack
         [&]
         {
             auto& result = Required(tracker, "the place for the tracker is null");
-            auto opened = qltkit::OpenSource(&Required(source, "the source is null"));
-            const auto* script = dynamic_cast<const ScriptedHeadset*>(opened.get());
-            result = Open(std::move(opened), script, options);
+            result = Open(qltkit::OpenSource(&Required(source, "the source is null")), options);
         });
 }
 
@@ -177,7 +176,7 @@ qltkit_Result qltkit_HeadTracker_OpenScripted(qltkit_ScriptedHeadset* headset,
         {
             auto& result = Required(tracker, "the place for the tracker is null");
             const auto shared = Required(headset, "the headset is null").headset;
-            result = Open(std::make_unique<SharedSource>(shared), shared.get(), options);
+            result = Open(std::make_unique<SharedSource>(shared), options);
         });
 }
 

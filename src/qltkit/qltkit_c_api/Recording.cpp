@@ -16,7 +16,6 @@ struct qltkit_Recording
     std::vector<std::uint32_t> sequence;
     std::array<std::vector<float>, 3> vectors; // gyroscope, accelerometer, magnetometer
     std::vector<float> temperature;
-    std::vector<std::string> problems;
 };
 
 qltkit_Recording::qltkit_Recording(qltkit::Recording loaded)
@@ -71,24 +70,26 @@ qltkit_Result qltkit_Recording_Columns(const qltkit_Recording* recording, qltkit
         [&]
         {
             const qltkit_Recording& from = Get(recording);
-            Required(columns,
-                     "the place for the columns is null") = {from.recording.reports.size(),
-                                                             nullptr,
-                                                             from.recording.timesUs.data(),
-                                                             from.sequence.data(),
-                                                             from.vectors[0].data(),
-                                                             from.vectors[1].data(),
-                                                             from.vectors[2].data(),
-                                                             from.temperature.data(),
-                                                             from.recording.reports.front().data()};
+            Required(columns, "the place for the columns is null") = {
+                from.recording.reports.size(),
+                from.recording.hostTimesNs.empty() ? nullptr : from.recording.hostTimesNs.data(),
+                from.recording.timesUs.data(),
+                from.sequence.data(),
+                from.vectors[0].data(),
+                from.vectors[1].data(),
+                from.vectors[2].data(),
+                from.temperature.data(),
+                from.recording.reports.front().data()};
         });
 }
 
 const char* qltkit_Recording_Problem(const qltkit_Recording* recording, uint64_t index)
 {
-    return recording != nullptr && index < recording->problems.size()
-               ? recording->problems[static_cast<std::size_t>(index)].c_str()
-               : nullptr;
+    if (recording == nullptr || index >= recording->recording.problems.size())
+    {
+        return nullptr;
+    }
+    return recording->recording.problems[static_cast<std::size_t>(index)].text.c_str();
 }
 
 qltkit_Result qltkit_Recording_Replay(const qltkit_Recording* recording, int32_t filter,

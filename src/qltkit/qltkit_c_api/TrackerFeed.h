@@ -1,12 +1,14 @@
 #pragma once
 
 #include <qltkit/Capture/CaptureWriter.h>
-#include <qltkit/Headset/ReportTap.h>
+#include <qltkit/Headset/CaptureRecorder.h>
 
 #include "Tracking/SeqlockRing.h"
 
 #include <atomic>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace qltkit
 {
@@ -25,17 +27,17 @@ public:
     explicit TrackerFeed(std::shared_ptr<CaptureWriter> capture)
         : mCapture(std::move(capture))
     {
+        if (mCapture != nullptr)
+        {
+            mRecorder.emplace(*mCapture);
+        }
     }
 
     void OnReport(const qlt::SensorReport& report, std::int64_t hostNs) override
     {
-        if (mCapture != nullptr)
+        if (mRecorder)
         {
-            if (!mIsUp)
-            {
-                mCapture->AddEvent("connected", {}, hostNs);
-            }
-            mCapture->AddReport(report.data(), hostNs);
+            mRecorder->OnReport(report, hostNs);
         }
         mIsUp = true;
         mRing.Publish({hostNs, report});
@@ -43,9 +45,9 @@ public:
 
     void OnLost(std::int64_t hostNs) override
     {
-        if (mIsUp && mCapture != nullptr)
+        if (mRecorder)
         {
-            mCapture->AddEvent("lost", {}, hostNs);
+            mRecorder->OnLost(hostNs);
         }
         mIsUp = false;
     }
@@ -64,6 +66,7 @@ private:
     static constexpr std::size_t SIZE = 4096; // this is more than the poses that a tracker keeps
 
     const std::shared_ptr<CaptureWriter> mCapture;
+    std::optional<CaptureRecorder> mRecorder;
     std::atomic<bool> mIsUp{false};
     SeqlockRing<Arrival, SIZE> mRing;
 };

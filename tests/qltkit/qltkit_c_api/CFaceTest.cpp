@@ -247,4 +247,153 @@ TEST_P(CFaceTest, EventsComeByPollingAndByCallback)
 INSTANTIATE_TEST_SUITE_P(Filters, CFaceTest,
                          ::testing::Values(qltkit::PoseFilter::Kit, qltkit::PoseFilter::Core));
 
+/// Keeps the lines, and can hold up a call.
+struct Lines
+{
+    static void Take(std::int32_t level, const char* line, void* user)
+    {
+        auto& lines = *static_cast<Lines*>(user);
+        lines.list.push_back(std::to_string(level) + " " + line);
+        lines.entered.set_value();
+        lines.leave.get_future().wait();
+    }
+
+    std::vector<std::string> list;
+    std::promise<void> entered;
+    std::promise<void> leave;
+};
+
+TEST(CFaceLogTest, RemovingTheHandlerWaitsForTheCallInFlight)
+{
+    Lines lines;
+    ASSERT_EQ(qltkit_set_log_handler(Lines::Take, &lines), 0);
+    std::thread printing([] { qlt::WriteLog(qlt::LogLevel::Error, "a failure"); });
+    lines.entered.get_future().wait();
+    auto removed =
+        std::async(std::launch::async, [] { return qltkit_set_log_handler(nullptr, nullptr); });
+    EXPECT_EQ(removed.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    lines.leave.set_value();
+    EXPECT_EQ(removed.get(), 0);
+    printing.join();
+    EXPECT_EQ(lines.list, std::vector<std::string>{"1 a failure"});
+    ::testing::internal::CaptureStdout();
+    qlt::WriteLog(qlt::LogLevel::Info, "progress");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "progress\n");
+}
+
+TEST(CFaceLogTest, AHandlerMayPrintAndRemoveItself)
+{
+    std::vector<std::string> list;
+    const auto remove = [](std::int32_t level, const char* line, void* user)
+    {
+        auto& taken = *static_cast<std::vector<std::string>*>(user);
+        taken.push_back(std::to_string(level) + " " + line);
+        if (taken.size() == 1)
+        {
+            qlt::WriteLog(qlt::LogLevel::Error, "inner");
+            EXPECT_EQ(qltkit_set_log_handler(nullptr, nullptr), 0);
+        }
+    };
+    ASSERT_EQ(qltkit_set_log_handler(remove, &list), 0);
+    qlt::WriteLog(qlt::LogLevel::Info, "outer");
+    ::testing::internal::CaptureStderr();
+    qlt::WriteLog(qlt::LogLevel::Error, "later");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "later\n");
+    EXPECT_EQ(list, (std::vector<std::string>{"0 outer", "1 inner"}));
+}
+
+TEST(CFaceRecordingTest, AReplayHasTheBitsOfTheTrackerAndOfTheEstimator)
+{
+    qltkit::SoftwareHeadset headset(3, false);
+    std::ofstream file("replay.bin", std::ios::binary);
+    qltkit::OrientationEstimator estimator;
+    std::vector<std::array<std::uint32_t, 4>> kit;
+    for (int i = 0; i < 3000; ++i)
+    {
+        auto report = headset.Next().report;
+        report[1] = static_cast<std::uint8_t>(report[1] + (i >= 2000 ? 5 : 0)); // two jumps
+        file.write(reinterpret_cast<const char*>(report.data()), 64);
+        estimator.Add(qltkit::ReadImuSample(report));
+        const auto& q = estimator.GetOrientation();
+        kit.push_back(Bits({static_cast<float>(q.w), static_cast<float>(q.x),
+                            static_cast<float>(q.y), static_cast<float>(q.z)}));
+    }
+    file.close();
+    const qltkit::Recording recording = qltkit::LoadRecording("replay.bin");
+    qltkit::RecordingPlayer player(recording, qltkit::RecordingPlayer::Pace::Fastest);
+    qltkit::RecordingTracker tracker(player);
+    struct Follower final : qltkit::ReportFollower
+    {
+        using ReportFollower::ReportFollower;
+        void OnReport(std::size_t, const qlt::Quaternion& q, float) override
+        {
+            found.push_back(Bits(q));
+        }
+        std::vector<std::array<std::uint32_t, 4>> found;
+    } follower(&tracker, 3000);
+    tracker.AddListener(follower);
+    tracker.Start();
+    while (!follower.Ended())
+    {
+        std::this_thread::yield();
+    }
+    tracker.Stop();
+    tracker.RemoveListener(follower);
+    player.Close();
+    Opened<qltkit_Recording> opened(qltkit_Recording_Delete);
+    ASSERT_EQ(qltkit_Recording_Open("replay.bin", &opened.handle), 0);
+    std::vector<float> core(12000);
+    std::vector<float> estimated(12000);
+    ASSERT_EQ(qltkit_Recording_Replay(opened.handle, QLTKIT_FILTER_CORE, core.data()), 0);
+    ASSERT_EQ(qltkit_Recording_Replay(opened.handle, QLTKIT_FILTER_KIT, estimated.data()), 0);
+    for (std::size_t i = 0; i < 3000; ++i)
+    {
+        ASSERT_EQ(BitsOf4(&core[4 * i]), follower.found[i]) << i;
+        ASSERT_EQ(BitsOf4(&estimated[4 * i]), kit[i]) << i;
+    }
+}
+
+TEST(CFaceErrorTest, NullAndImpossibleArgumentsGetASentence)
+{
+    EXPECT_STREQ(qltkit_version(), QLT_VERSION_STRING);
+    EXPECT_STREQ(qltkit_last_error(), "");
+    Opened<qltkit_ScriptedHeadset> headset(qltkit_ScriptedHeadset_Delete);
+    Opened<qltkit_HeadTracker> tracker(qltkit_HeadTracker_Delete);
+    ASSERT_EQ(qltkit_ScriptedHeadset_Parse(SCRIPT, QLTKIT_PACE_FASTEST, &headset.handle), 0);
+    ASSERT_EQ(qltkit_HeadTracker_OpenScripted(headset.handle, nullptr, &tracker.handle), 0);
+    qltkit_HeadTracker* none = nullptr;
+    qltkit_HeadTrackerOptions options;
+    qltkit_HeadTrackerOptions_Init(&options);
+    options.filter = 2;
+    qltkit_Pose pose{};
+    qltkit_EyePose eye;
+    const auto expect = [](qltkit_Result result, const std::string& words)
+    {
+        EXPECT_EQ(result, QLTKIT_ERROR_ARGUMENT) << words;
+        EXPECT_EQ(qltkit_last_error(), words);
+    };
+    expect(qltkit_HeadTracker_Latest(nullptr, &pose), "the tracker is null");
+    expect(qltkit_HeadTracker_At(tracker.handle, 1, nullptr), "the place for the pose is null");
+    expect(qltkit_HeadTracker_EyePose(tracker.handle, &pose, 2, &eye),
+           "the eye is neither QLTKIT_EYE_LEFT nor QLTKIT_EYE_RIGHT");
+    expect(qltkit_HeadTracker_Open("simulator", &options, &none),
+           "the filter is neither QLTKIT_FILTER_KIT nor QLTKIT_FILTER_CORE");
+    expect(qltkit_HeadTracker_Open(nullptr, nullptr, &none), "the source is null");
+    expect(qltkit_HeadTracker_Open("simulator", nullptr, nullptr),
+           "the place for the tracker is null");
+    expect(qltkit_ScriptedHeadset_Open("x.json", 2, &headset.handle),
+           "the pace is neither QLTKIT_PACE_REAL_TIME nor QLTKIT_PACE_FASTEST");
+    expect(qltkit_ScriptedHeadset_State(nullptr), "the headset is null");
+    expect(qltkit_Recording_Open(nullptr, nullptr), "the place for the recording is null");
+    expect(qltkit_CaptureWriter_AddText(nullptr, 9, "x", 0), "the level is not in 0 .. 5");
+    expect(qltkit_CaptureWriter_Flush(nullptr), "the writer is null");
+    expect(qltkit_CaptureReader_Next(nullptr, nullptr), "the reader is null");
+    qltkit_HeadTracker_Delete(nullptr);
+    EXPECT_EQ(qltkit_Recording_Problem(nullptr, 0), nullptr);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(qltkit_HeadTracker_Open("x/none.json", nullptr, &none), QLTKIT_ERROR);
+    EXPECT_NE(std::string(qltkit_last_error()).find("none.json"), std::string::npos);
+    std::thread([] { EXPECT_STREQ(qltkit_last_error(), ""); }).join();
+}
+
 } // namespace

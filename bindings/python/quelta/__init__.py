@@ -1,9 +1,12 @@
-"""The Quelta Orbel Ixo in Python: the flat interface of QueltaSDK, and three classes over it.
+"""The Quelta Orbel Ixo in Python: the flat interface of QueltaSDK with three classes over it, and
+the kit: poses with a time, headsets in software, recordings as columns, and captures.
 
 The first use, or load(), loads the library. Orientations are right-handed, y up, -z forward. The
 units are metres, seconds and radians. Any thread may call the getters. A failure of the system
 inside the library is a C++ exception, which ends the process.
 """
+
+from __future__ import annotations
 
 import ctypes
 import ctypes.util
@@ -13,10 +16,13 @@ import pathlib
 import sys
 import weakref
 from ctypes import POINTER, c_bool, c_float, c_int32, c_uint32, c_void_p
-from typing import NamedTuple
+from typing import Any, Callable, NamedTuple, Optional, Tuple, Type, TypeVar, Union
 
-__all__ = ["Camera", "Mesh", "Params", "Quaternion", "QueltaError", "Tracker", "Vec3", "load",
-           "params"]
+__all__ = ["Camera", "CaptureItem", "CaptureReader", "CaptureStatus", "CaptureWriter", "Event",
+           "EventKind", "EyePose", "Frame", "Headset", "Mesh", "Params", "Person", "Pose", "PoseState",
+           "Quaternion", "QueltaError", "Recording", "Sample", "ScriptedHeadset", "Tracker", "Truth",
+           "Vec3", "load", "params", "read", "replay", "set_log_handler", "version"]
+__version__ = "1.0.0"
 
 
 class QueltaError(Exception):
@@ -42,7 +48,7 @@ _CAMERA, _MESH, _TRACKER = POINTER(_Camera), POINTER(_Mesh), POINTER(_Tracker)
 _VALUE = POINTER(c_float)  # a Quaternion, Vec2 or Vec3: four, two or three floats
 
 # The tuples hold the type of the result, then the types of the arguments.
-_FUNCTIONS = {
+_FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "Camera_New": (_CAMERA, c_uint32),
     "Camera_Delete": (None, _CAMERA),
     "Camera_Update": (None, _CAMERA),
@@ -103,14 +109,17 @@ _FUNCTIONS = {
 }
 
 _FILE = "QueltaSDK.dll" if sys.platform == "win32" else "libQueltaSDK.so"
-_sdk = None
+_sdk: Any = None
+_Value = TypeVar("_Value", "Quaternion", "Vec3")
+_Path = Union[str, "os.PathLike[str]"]
 
 
-def load(path=None):
+def load(path: Optional[_Path] = None) -> Any:
     """Loads the library, declares its functions and returns it.
 
     The file is `path`, or else the value of the environment variable QUELTA_SDK, or else the file
-    beside this module, or else the one that the system finds. A call without a path loads the
+    beside this module, or else the one of the installation that the module is in, or else the one
+    that the system finds. A call without a path loads the
     library once. Raises QueltaError.
     """
     global _sdk
@@ -119,9 +128,12 @@ def load(path=None):
     return _sdk
 
 
-def _open(path):
+def _open(path: Optional[_Path]) -> ctypes.CDLL:
     named = path or os.environ.get("QUELTA_SDK")
     beside = pathlib.Path(__file__).resolve().with_name(_FILE)
+    if not beside.exists() and len(beside.parents) > 5:  # PREFIX/share/QueltaSDK/bindings/python/quelta
+        installed = beside.parents[5] / ("bin" if sys.platform == "win32" else "lib") / _FILE
+        beside = installed if installed.exists() else beside
     if named or beside.exists():
         file = os.path.abspath(named or beside)
         if not os.path.isfile(file):
@@ -140,7 +152,7 @@ def _open(path):
                           f" beside {beside.parent} or where the system finds it ({error}).") from None
 
 
-def _declare(sdk):
+def _declare(sdk: Any) -> Any:
     for name, (result, *arguments) in _FUNCTIONS.items():
         try:
             function = getattr(sdk, "qlt_" + name)
@@ -156,6 +168,7 @@ def _declare(sdk):
 
 
 class Vec3(NamedTuple):
+    """A vector."""
     x: float
     y: float
     z: float
@@ -168,7 +181,7 @@ class Quaternion(NamedTuple):
     y: float
     z: float
 
-    def to_unity(self):
+    def to_unity(self) -> Quaternion:
         """Returns the same orientation in the axes of Unity."""
         value = (c_float * 4)(*self)
         load().qlt_Quaternion_ConvertToUnity(value)
@@ -186,28 +199,35 @@ class Params(NamedTuple):
     user_neck_eye_v_m: float
 
 
-def params():
+def params() -> Params:
+    """Returns the constants."""
     return Params(*(getattr(load(), "qlt_Params_" + name.upper())() for name in Params._fields))
 
 
 # ---- Objects.
 
 
+_Self = TypeVar("_Self", bound="_Closing")
+
+
 class _Closing:
     """A base for objects that a with statement closes at its end."""
 
-    def __enter__(self):
+    def __enter__(self: _Self) -> _Self:
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, *_: object) -> None:
         self.close()
+
+    def close(self) -> None:
+        """Ends the object."""
 
 
 class _Owned(_Closing):
     """An object of the library. It is deleted by close(), by Python's garbage collection, or at the
     end of the program, whichever comes first."""
 
-    def __init__(self, new, delete, *arguments):
+    def __init__(self, new: str, delete: Callable[[Any, Any], None], *arguments: Any) -> None:
         self._sdk = load()
         pointer = getattr(self._sdk, new)(*arguments)
         if not pointer:
@@ -216,12 +236,13 @@ class _Owned(_Closing):
         self._deleter = weakref.finalize(self, delete, self._sdk, pointer)
 
     @property
-    def _handle(self):
+    def _handle(self) -> Any:
         if not self._deleter.alive:
             raise QueltaError(f"This {type(self).__name__} is closed.")
         return self._pointer
 
-    def close(self):
+    def close(self) -> None:
+        """Deletes the object. A second call does nothing."""
         self._deleter()
 
 
@@ -231,46 +252,50 @@ class Tracker(_Owned):
     close() stops the tracker.
     """
 
-    def __init__(self, kind, new):
+    def __init__(self, kind: str, new: str) -> None:
         super().__init__(new, self._end)
         self.kind = kind
 
     @classmethod
-    def headset(cls):
+    def headset(cls) -> Tracker:
         """Makes a tracker for the headset, which may be plugged in at any time."""
         return cls("headset", "qlt_Hmd_New")
 
     @classmethod
-    def simulator(cls):
+    def simulator(cls) -> Tracker:
         """Makes a tracker that moves without hardware."""
         return cls("simulator", "qlt_SimulationTracker_New")
 
     @staticmethod
-    def _end(sdk, tracker):
+    def _end(sdk: Any, tracker: Any) -> None:
         if sdk.qlt_Tracker_IsTracking(tracker):
             sdk.qlt_Tracker_Stop(tracker)
         sdk.qlt_Tracker_Delete(tracker)
 
-    def start(self):
-        return self._sdk.qlt_Tracker_Start(self._handle)
+    def start(self) -> bool:
+        """Starts the tracker."""
+        return bool(self._sdk.qlt_Tracker_Start(self._handle))
 
-    def stop(self):
+    def stop(self) -> bool:
         """Stops the tracker and waits for its threads."""
-        return self._sdk.qlt_Tracker_Stop(self._handle)
+        return bool(self._sdk.qlt_Tracker_Stop(self._handle))
 
     @property
-    def is_connected(self):
-        return self._sdk.qlt_Tracker_IsConnected(self._handle)
+    def is_connected(self) -> bool:
+        """Whether the device is connected. Waits while a report is being read."""
+        return bool(self._sdk.qlt_Tracker_IsConnected(self._handle))
 
     @property
-    def is_tracking(self):
-        return self._sdk.qlt_Tracker_IsTracking(self._handle)
+    def is_tracking(self) -> bool:
+        """Whether the tracker is started."""
+        return bool(self._sdk.qlt_Tracker_IsTracking(self._handle))
 
     @property
-    def orientation(self):
+    def orientation(self) -> Quaternion:
+        """The orientation of the head."""
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetOrientation)
 
-    def predicted_orientation(self, look_ahead):
+    def predicted_orientation(self, look_ahead: float) -> Quaternion:
         """Returns the last orientation with the yaw origin applied once more.
 
         Both kinds of tracker ignore look_ahead, which is in seconds.
@@ -278,39 +303,40 @@ class Tracker(_Owned):
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetPredictedOrientation, look_ahead)
 
     @property
-    def position(self):
+    def position(self) -> Vec3:
+        """The position of the head in metres."""
         return self._value(Vec3, self._sdk.qlt_Tracker_GetPosition)
 
-    def object_orientation(self, index):
+    def object_orientation(self, index: int) -> Quaternion:
         """Returns the orientation of an object that the host service tracks. A missing object has
         the identity."""
         return self._value(Quaternion, self._sdk.qlt_Tracker_GetObjectOrientation, index)
 
-    def object_position(self, index):
+    def object_position(self, index: int) -> Vec3:
         """Returns the position of an object that the host service tracks, in metres. A missing object
         has zero."""
         return self._value(Vec3, self._sdk.qlt_Tracker_GetObjectPosition, index)
 
-    def reset_yaw_origin(self):
+    def reset_yaw_origin(self) -> None:
         """Makes the current heading the direction of yaw 0."""
         self._sdk.qlt_Tracker_ResetYawOrigin(self._handle)
 
-    def _value(self, kind, getter, *arguments):
+    def _value(self, kind: Type[_Value], getter: Any, *arguments: Any) -> _Value:
         value = (c_float * len(kind._fields))()
         getter(self._handle, value, *arguments)
         return kind(*value)
 
 
 class _Builder(_Owned):
-    def __init__(self, *arguments):
+    def __init__(self, *arguments: Any) -> None:
         super().__init__("qlt_DistortionMeshBuilder_New", self._end, *arguments)
         self.get("BuildMesh")
 
     @staticmethod
-    def _end(sdk, builder):
+    def _end(sdk: Any, builder: Any) -> None:
         sdk.qlt_DistortionMeshBuilder_Delete(builder)
 
-    def get(self, name):
+    def get(self, name: str) -> Any:
         return getattr(self._sdk, "qlt_DistortionMeshBuilder_" + name)(self._handle)
 
 
@@ -322,51 +348,56 @@ class Mesh(_Closing):
     alive, even after the mesh is closed or deleted.
     """
 
-    def __init__(self, columns, rows, left_eye=True, triangle_list=True):
+    def __init__(self, columns: int, rows: int, left_eye: bool = True,
+                 triangle_list: bool = True) -> None:
         if columns < 1 or rows < 1:
             raise QueltaError(f"A mesh of {columns} x {rows} cells has nothing to draw.")
         indices = 6 * columns * rows if triangle_list else 2 * rows * (columns + 2) - 2
         if indices >= 2**31:
             raise QueltaError(f"A mesh of {columns} x {rows} cells has too many indices.")
-        self._builder = _Builder(columns, rows, left_eye, triangle_list)
+        self._builder: Optional[_Builder] = _Builder(columns, rows, left_eye, triangle_list)
 
     @property
-    def positions(self):
+    def positions(self) -> memoryview:
         """Rows of x, y and depth. x and y are in the viewport, from -1 to 1. The depth is 0 inside
         the lens and -1.1 outside."""
         return self._vertices("GetPosition", 3)
 
     @property
-    def texture_r(self):
+    def texture_r(self) -> memoryview:
         """Rows of texture coordinates of the red channel, from 0 to 1."""
         return self._vertices("GetTextureR", 2)
 
     @property
-    def texture_g(self):
+    def texture_g(self) -> memoryview:
+        """Rows of texture coordinates of the green channel."""
         return self._vertices("GetTextureG", 2)
 
     @property
-    def texture_b(self):
+    def texture_b(self) -> memoryview:
+        """Rows of texture coordinates of the blue channel."""
         return self._vertices("GetTextureB", 2)
 
     @property
-    def indices(self):
+    def indices(self) -> memoryview:
+        """The indices of the vertices."""
         return self._array("GetIndices", "i", [self._open_builder().get("GetNumIndices")])
 
-    def close(self):
+    def close(self) -> None:
+        """Releases the memory as soon as no view uses it any more."""
         self._builder = None
 
-    def _vertices(self, getter, columns):
+    def _vertices(self, getter: str, columns: int) -> memoryview:
         return self._array(getter, "f", [self._open_builder().get("GetNumVertices"), columns])
 
-    def _array(self, getter, kind, shape):
+    def _array(self, getter: str, kind: str, shape: list[int]) -> memoryview:
         builder = self._open_builder()
         # Floats and indices have four bytes each. memoryview casts only from bytes.
-        array = (ctypes.c_ubyte * (4 * math.prod(shape))).from_address(builder.get(getter))
+        array: Any = (ctypes.c_ubyte * (4 * math.prod(shape))).from_address(builder.get(getter))
         array.builder = builder
         return memoryview(array).cast("B").cast(kind, shape).toreadonly()
 
-    def _open_builder(self):
+    def _open_builder(self) -> _Builder:
         if self._builder is None:
             raise QueltaError("This Mesh is closed.")
         return self._builder
@@ -379,7 +410,7 @@ class Camera(_Owned):
     one camera at a time.
     """
 
-    def __init__(self, headset, texture_id=0):
+    def __init__(self, headset: Tracker, texture_id: int = 0) -> None:
         """headset is a tracker that is connected. A texture_id of 0 makes a new texture name. Without a
         headset the library would end the process, so this raises QueltaError instead."""
         if headset.kind != "headset" or not headset.is_connected:
@@ -387,18 +418,25 @@ class Camera(_Owned):
         super().__init__("qlt_Camera_New", self._end, texture_id)
 
     @staticmethod
-    def _end(sdk, camera):
+    def _end(sdk: Any, camera: Any) -> None:
         sdk.qlt_Camera_Delete(camera)
 
-    def update(self):
+    def update(self) -> None:
         """Waits for the next frame without a time limit, and uploads it."""
         self._sdk.qlt_Camera_Update(self._handle)
 
     @property
-    def texture_id(self):
-        return self._sdk.qlt_Camera_GetTextureId(self._handle)
+    def texture_id(self) -> int:
+        """The name of the OpenGL texture."""
+        return int(self._sdk.qlt_Camera_GetTextureId(self._handle))
 
     @staticmethod
-    def size():
+    def size() -> Tuple[int, int]:
         """Returns the width and height of the image in pixels. It needs no camera."""
         return load().qlt_Camera_GetWidth(None), load().qlt_Camera_GetHeight(None)
+
+
+# The kit uses the names above.
+from .kit import (CaptureItem, CaptureReader, CaptureStatus, CaptureWriter, Event,  # noqa: E402
+                  EventKind, EyePose, Frame, Headset, Person, Pose, PoseState, Recording, Sample,
+                  ScriptedHeadset, Truth, read, replay, set_log_handler, version)

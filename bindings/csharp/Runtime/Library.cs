@@ -35,10 +35,11 @@ namespace Quelta
         /// exception with a clear sentence. Returns any other exception unchanged.</summary>
         internal static Exception Explain(Exception cause)
         {
+            string name = cause.Message.Contains("QueltaKit") ? "QueltaKit" : "QueltaSDK";
             if (cause is DllNotFoundException)
             {
                 return new QueltaException(
-                    "QueltaSDK is missing or cannot be loaded: put QueltaSDK.dll (on Linux libQueltaSDK.so) " +
+                    $"{name} is missing or cannot be loaded: put {name}.dll (on Linux lib{name}.so) " +
                     "into Plugins/x86_64, or where the system looks for libraries.", cause);
             }
             if (cause is BadImageFormatException)
@@ -50,8 +51,8 @@ namespace Quelta
             if (cause is EntryPointNotFoundException)
             {
                 return new QueltaException(
-                    "QueltaSDK is another library, or another version of it, and lacks the function " +
-                    $"{Regex.Match(cause.Message, @"qlt_\w+")}.", cause);
+                    $"{name} is another library, or another version of it, and lacks the function " +
+                    $"{Regex.Match(cause.Message, @"qlt(kit)?_\w+")}.", cause);
             }
             return cause;
         }

@@ -1,5 +1,6 @@
 // Tests of the package, compiled into one program with it, so that they reach its internals.
-// Tests.exe HEADER runs them with the real library; HEADER is qlt/qlt_c_api.h. Tests.exe refused
+// Tests.exe HEADER KIT_HEADER FOLDER runs them with the real libraries; the headers are qlt/qlt_c_api.h and
+// qltkit/qltkit_c_api.h, and the tests write their files into FOLDER. Tests.exe refused
 // WORDS runs with a wrong library, and a use of the package must then fail with WORDS. On failure
 // the program ends with 1 and prints the names of the failed tests.
 using System;
@@ -26,6 +27,8 @@ internal static class Tests
             Refused(words, () => new Mesh(1, 1));
             Refused(words, () => new Quelta.Quaternion().ConvertToUnity());
             Refused(words, () => Params.EyeFovDeg.ToString());
+            Refused(words, () => new Headset("simulator"));
+            Refused(words, () => Kit.Version.ToString());
             SampleSays(words);
         }
         else if (arguments[0] == "scripted")
@@ -34,7 +37,10 @@ internal static class Tests
         }
         else
         {
-            EveryFunctionOfTheHeaderIsDeclaredAndExists(File.ReadAllText(arguments[0]));
+            EveryFunctionOfTheHeaderIsDeclaredAndExists(File.ReadAllText(arguments[0]), "qlt", 57, typeof(Native));
+            EveryFunctionOfTheHeaderIsDeclaredAndExists(File.ReadAllText(arguments[1]), "qltkit", 41,
+                                                        typeof(KitNative));
+            KitTests.Run(Expect, Refused, arguments[2]);
             TheSimulatorTurnsAboutX();
             AMeshHasTheArraysOfThePlainLens();
             ACameraNeedsAHeadset();
@@ -75,12 +81,13 @@ internal static class Tests
                "the message is one sentence with \"" + words + "\": " + message);
     }
 
-    private static void EveryFunctionOfTheHeaderIsDeclaredAndExists(string header)
+    private static void EveryFunctionOfTheHeaderIsDeclaredAndExists(string header, string prefix, int count,
+                                                                    Type native)
     {
-        string[] names = Regex.Matches(header, @"\bqlt_\w+(?=\()").Cast<Match>().Select(m => m.Value).ToArray();
-        MethodInfo[] functions = typeof(Native).GetMethods(ANY).Where(
+        string[] names = Regex.Matches(header, $@"\b{prefix}_\w+(?=\()").Cast<Match>().Select(m => m.Value).ToArray();
+        MethodInfo[] functions = native.GetMethods(ANY).Where(
             m => m.IsDefined(typeof(DllImportAttribute), false)).ToArray();
-        Expect(names.Length == 57, "the header has 57 functions");
+        Expect(names.Length == count, "the header has its functions: " + prefix);
         Expect(functions.Select(m => m.Name).OrderBy(n => n).SequenceEqual(names.OrderBy(n => n)),
                "the functions of the header are declared");
         foreach (MethodInfo function in functions)

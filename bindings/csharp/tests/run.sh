@@ -14,6 +14,7 @@ tests()
     rm -rf "$place"
     mkdir -p "$place"
     [[ -z $1 ]] || ln -s "$1" "$place/libQueltaSDK.so"
+    [[ $1 != "$sdk" ]] || ln -s "$(dirname "$sdk")/libQueltaKit.so" "$place"
     [[ $1 != "$scripted" ]] || ln -s "$other" "$place/libvr_host_client_lib.so"
     LD_LIBRARY_PATH=$place mono "$folder/Tests.exe" "${@:2}"
 }
@@ -22,7 +23,8 @@ mkdir -p "$folder"
 # Unity 2019 understands C# 7.2 and nothing newer.
 mcs -nologo -langversion:7.2 -warn:4 -warnaserror+ "-out:$folder/Tests.exe" "$package"/Runtime/*.cs \
     "$package"/Samples~/*/*.cs "$package"/tests/*.cs
-tests "$sdk" "$package/../../include/qlt/qlt_c_api.h"
+headers=$package/../../include
+tests "$sdk" "$headers/qlt/qlt_c_api.h" "$headers/qltkit/qltkit_c_api.h" "$folder"
 tests "" refused is missing or cannot be loaded
 tests "$package/package.json" refused is missing or cannot be loaded
 tests "$other" refused is another library, or another version of it, and lacks the function qlt_

@@ -34,3 +34,13 @@ if(MINGW)
   add_link_options(-static -fstack-protector-strong $<$<CONFIG:Release>:-s>)
   add_compile_options(-fstack-protector-strong)
 endif()
+
+# qlt_precompile(TARGET): the files of a target share the standard headers that most of them include. Only
+# builds with a sanitizer do so, because the other builds check that each file includes what it uses.
+function(qlt_precompile target)
+  if(QLT_SANITIZE)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <chrono> <cmath> <cstdint> <cstdio> <functional> <map> <memory> <mutex>
+      <optional> <sstream> <stdexcept> <string> <vector>)
+  endif()
+endfunction()

@@ -69,7 +69,8 @@ run_preset()
     linux-tsan) ! setarch -R true 2>/dev/null || around=(setarch -R) ;;
     esac
     rm -f "$report"
-    "${around[@]}" ctest --preset "$preset" -j "$(nproc)" "${without[@]}" "${again[@]}" \
+    # Most of the long tests wait for a time, so each core has two of them.
+    "${around[@]}" ctest --preset "$preset" -j "$((2 * $(nproc)))" "${without[@]}" "${again[@]}" \
         --no-tests=error --output-on-failure --output-junit "$report" || ok=false
     count_report "$preset" "$report" "$ok"
 }

@@ -75,8 +75,8 @@ namespace Quelta
             };
         }
 
-        /// <summary>The metadata records that were read so far: record, key, value. The record "capture"
-        /// is the writer's.</summary>
+        /// <summary>The metadata records that were read so far: record, key, value. The writer
+        /// makes the record "capture".</summary>
         public IReadOnlyList<Tuple<string, string, string>> Metadata
         {
             get
@@ -92,7 +92,7 @@ namespace Quelta
             }
         }
 
-        /// <summary>The offsets of damaged or missing parts that were met so far, each with a
+        /// <summary>The offsets of damaged or missing parts that were found so far, each with a
         /// sentence.</summary>
         public IReadOnlyList<KeyValuePair<ulong, string>> Problems
         {
@@ -131,9 +131,9 @@ namespace Quelta
         };
     }
 
-    /// <summary>Writes a capture. The file has a temporary name until Close. Adding never waits; what
-    /// finds no room is dropped, and Status counts it. Without a host time it is the current time. Any
-    /// thread may add.</summary>
+    /// <summary>Writes a capture. The file has a temporary name until Close. Adding never waits; an
+    /// item without room is dropped, and Status counts it. Without a host time the writer takes the
+    /// current time. Any thread may add.</summary>
     public sealed class CaptureWriter : IDisposable
     {
         internal readonly CaptureWriterHandle Handle;

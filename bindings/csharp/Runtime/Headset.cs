@@ -158,7 +158,7 @@ namespace Quelta
 
         /// <summary>Sets the function that a thread of the tracker calls for each event; null removes it.
         /// The previous function does not run any more when this returns. An exception of the function
-        /// is printed and ends nothing. The function must not set another one.</summary>
+        /// is printed and has no other effect. The function must not set another one.</summary>
         public void SetEventHandler(Action<TrackerEvent> handler)
         {
             lock (mLock)

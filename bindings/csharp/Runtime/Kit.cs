@@ -23,9 +23,9 @@ namespace Quelta
         }
 
         /// <summary>Passes each line that the library prints to handler(level, line): level 0 is
-        /// information, 1 is an error. Null ends that, after the calls in flight have returned. Any
-        /// thread of the library may call the handler, which must not use a tracker. An exception of
-        /// the handler is printed and ends nothing.</summary>
+        /// information, 1 is an error. Null removes the handler after its running calls have returned.
+        /// Any thread of the library may call the handler, which must not use a tracker. An exception
+        /// of the handler is printed and has no other effect.</summary>
         public static void SetLogHandler(Action<int, string> handler)
         {
             lock (LOCK)
@@ -67,7 +67,7 @@ namespace Quelta
             return result;
         }
 
-        /// <summary>The system finds the core for the kit when the core is loaded already.</summary>
+        /// <summary>Loads the core before the kit, so that the system finds it for the kit.</summary>
         private static void LoadCore()
         {
             if (!sCoreIsLoaded)

@@ -133,7 +133,7 @@ namespace Quelta
         public bool IsKnown => mIsKnown != 0;
     }
 
-    /// <summary>What a writer has accepted, written and dropped so far.</summary>
+    /// <summary>The numbers of items that a writer has accepted, written and dropped so far.</summary>
     [StructLayout(LayoutKind.Sequential)]
     public struct CaptureStatus
     {

@@ -34,8 +34,8 @@ namespace Quelta
 
         public int Count { get; }
 
-        /// <summary>By the clock of the machine that wrote the capture. Null in a file of mere
-        /// reports.</summary>
+        /// <summary>By the clock of the machine that wrote the capture. Null for a file that
+        /// contains only reports.</summary>
         public long[] HostTimeNs { get; }
 
         /// <summary>The headset's clock without its wrap.</summary>

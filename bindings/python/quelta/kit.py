@@ -110,7 +110,7 @@ class Event(NamedTuple):
 
 
 class Truth(NamedTuple):
-    """The true values behind the last report of a ScriptedHeadset; orientation may be unknown."""
+    """The true values behind the last report of a ScriptedHeadset. orientation is None if unknown."""
     orientation: Optional[Quaternion]
     sample_ns: int
     arrival_ns: int
@@ -431,7 +431,7 @@ class CaptureReader(_Object):
 
     @property
     def metadata(self) -> Dict[str, Dict[str, str]]:
-        """The metadata records that were read so far. The record "capture" is the writer's."""
+        """The metadata records that were read so far. The writer makes the record "capture"."""
         records: Dict[str, Dict[str, str]] = {}
         record, key, value = c_char_p(), c_char_p(), c_char_p()
         index = 0
@@ -444,7 +444,7 @@ class CaptureReader(_Object):
 
     @property
     def problems(self) -> List[Tuple[int, str]]:
-        """The offsets of damaged or missing parts that were met so far, each with a sentence."""
+        """The offsets of damaged or missing parts that were found so far, each with a sentence."""
         found: List[Tuple[int, str]] = []
         offset, text = c_uint64(), c_char_p()
         while call("CaptureReader_Problem", self._handle, len(found), byref(offset),
@@ -463,7 +463,7 @@ class CaptureReader(_Object):
 class CaptureWriter(_Object):
     """Writes a capture. The file has a temporary name until close().
 
-    Adding never waits. A host time of None is the current time. What finds no room is dropped, and
+    Adding never waits. A host time of None is the current time. An item without room is dropped, and
     status counts it.
     """
 
@@ -496,7 +496,7 @@ class CaptureWriter(_Object):
 
     @property
     def status(self) -> CaptureStatus:
-        """What was accepted, written and dropped so far."""
+        """The numbers of reports that were accepted, written and dropped so far, and of other drops."""
         status = _native.Status()
         call("CaptureWriter_Status", self._handle, byref(status))
         return CaptureStatus(status.reports, status.written_reports, status.dropped_reports,
@@ -517,7 +517,7 @@ class CaptureWriter(_Object):
 
 def set_log_handler(handler: Optional[Callable[[int, str], None]]) -> None:
     """Passes each line that the library prints to handler(level, line) instead: level 0 is
-    information, 1 is an error. None ends that, after the calls in flight have returned. Any thread
+    information, 1 is an error. None removes it after its running calls have returned. Any thread
     of the library may call the handler, which must not use a tracker."""
     global _log_callback
     callback = _native.LogHandler(0)

@@ -23,7 +23,7 @@ namespace qltkit
 ///   message turns the frame "tracking" (y up) into the frame "world" (z up).
 /// - /events, "headset.Event"; /log, "foxglove.Log"; /camera, "foxglove.RawImage".
 ///
-/// It does no I/O of its own, see McapWriter. One thread at a time.
+/// It does no I/O: a sink gets the bytes, as with McapWriter. One thread at a time may use it.
 class QLTKIT_API JsonCaptureWriter
 {
 public:

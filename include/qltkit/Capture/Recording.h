@@ -28,7 +28,7 @@ struct QLTKIT_API Recording
     std::vector<std::int64_t> playedUs;
 
     /// The host time of each report in nanoseconds, by the steady clock of the machine that wrote
-    /// the capture. Empty for a file of nothing but reports.
+    /// the capture. Empty for a file that contains only reports.
     std::vector<std::int64_t> hostTimesNs;
 
     /// The number of bytes of a last, incomplete report: 0 to 63.
@@ -43,11 +43,11 @@ struct QLTKIT_API Recording
     double DurationS() const;
 };
 
-/// Tells a capture, by its first bytes or by the ending ".mcap", from a file of nothing but
-/// reports. Any thread.
+/// True for a capture: its first bytes are those of an MCAP file, or its name ends in ".mcap".
+/// False for a file that contains only reports. Any thread.
 QLTKIT_API bool IsCapture(const std::string& path);
 
-/// Reads a recording: the reports of a capture, or a file of nothing but reports. Both give the
+/// Reads a recording: the reports of a capture, or a file that contains only reports. Both give the
 /// same bits in a replay. Throws Error with one sentence when the file cannot be read or contains
 /// no whole report. CheckRecording tells whether the reports make sense. Any thread.
 QLTKIT_API Recording LoadRecording(const std::string& path);

@@ -27,7 +27,7 @@ struct qltkit_HeadTracker
 
     qltkit::TrackerFeed feed;
     const qltkit::Source* source = nullptr; // the tracker owns it
-    std::optional<HeadTracker> tracker;     // after the members that it uses
+    std::optional<HeadTracker> tracker;     // destroyed before the members that it uses
 };
 
 namespace

@@ -247,7 +247,7 @@ TEST_P(CFaceTest, EventsComeByPollingAndByCallback)
 INSTANTIATE_TEST_SUITE_P(Filters, CFaceTest,
                          ::testing::Values(qltkit::PoseFilter::Kit, qltkit::PoseFilter::Core));
 
-/// Keeps the lines, and can hold up a call.
+/// Stores the lines, and can block a call.
 struct Lines
 {
     static void Take(std::int32_t level, const char* line, void* user)
@@ -311,7 +311,8 @@ TEST(CFaceRecordingTest, AReplayHasTheBitsOfTheTrackerAndOfTheEstimator)
     for (int i = 0; i < 3000; ++i)
     {
         auto report = headset.Next().report;
-        report[1] = static_cast<std::uint8_t>(report[1] + (i >= 2000 ? 5 : 0)); // two jumps
+        // The sequence jumps twice.
+        report[1] = static_cast<std::uint8_t>(report[1] + (i >= 2000 ? 5 : 0));
         file.write(reinterpret_cast<const char*>(report.data()), 64);
         estimator.Add(qltkit::ReadImuSample(report));
         const auto& q = estimator.GetOrientation();

@@ -31,7 +31,7 @@ int main(int argc, char** argv)
         begin_ns = begin_ns < 0 ? pose->timeNs : begin_ns;
         if (pose->reportNumber % 100 == 0)
         {
-            printf("%.1f s: %.3f %.3f %.3f %.3f\n", (double)(pose->timeNs - begin_ns) / 1e9,
+            printf("%.3f s: %.3f %.3f %.3f %.3f\n", (double)(pose->timeNs - begin_ns) / 1e9,
                    pose->orientation[0], pose->orientation[1], pose->orientation[2],
                    pose->orientation[3]);
         }

@@ -1,5 +1,6 @@
 // Binds threads to cores. Otherwise the scheduler would run one pair of threads on one core and
-// split another pair, which costs more than the measured work. Each system has its own body.
+// split another pair, which costs more than the measured work. Each wing implements these functions
+// for its system.
 #pragma once
 
 /// Binds the calling thread, and the threads that it creates later, to one core. Cores count from

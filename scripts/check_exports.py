@@ -52,7 +52,7 @@ def faults_of_kit(exported):
     found = {name for name in exported if name.startswith("qltkit_")}
     return [f"declared and not exported: {name}" for name in sorted(flat - found)] + [
         f"exported and not declared: {name}" for name in sorted(exported - flat)
-        if "std::__detail" not in name  # its functions are weak and in every library
+        if "std::__detail" not in name  # every library contains its functions, which are weak
         and not set(re.findall(r"\bqltkit::(\w+)", name)[:1]) & declared]
 
 

@@ -69,7 +69,7 @@ run_preset()
     linux-tsan) ! setarch -R true 2>/dev/null || around=(setarch -R) ;;
     esac
     rm -f "$report"
-    # Most of the long tests wait for a time, so each core has two of them.
+    # Most of the long tests only wait, so each core runs two tests.
     "${around[@]}" ctest --preset "$preset" -j "$((2 * $(nproc)))" "${without[@]}" "${again[@]}" \
         --no-tests=error --output-on-failure --output-junit "$report" || ok=false
     count_report "$preset" "$report" "$ok"

@@ -1,5 +1,5 @@
 // A USB bus on which the test is the device. The library uses it through its own USB access, as if
-// it were real. Each system has its own body. Only one bus may exist at a time.
+// it were real. Each system has its own implementation. Only one bus may exist at a time.
 #pragma once
 
 #include <cstddef>

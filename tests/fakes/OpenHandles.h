@@ -1,4 +1,4 @@
-// Counts the system's objects that this process holds. Each system has its own body.
+// Counts the system's objects that this process holds. Each system has its own implementation.
 #pragma once
 
 #include <cstddef>

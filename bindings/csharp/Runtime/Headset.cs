@@ -135,7 +135,7 @@ namespace Quelta
             return Check(KitNative.qltkit_HeadTracker_NextSample(mHandle, timeoutMs, out sample)) == KitNative.OK;
         }
 
-        /// <summary>Gives every sample as it comes, and ends with a file or a script.</summary>
+        /// <summary>Gives every sample as it comes. It ends when a file or a script ends.</summary>
         public IEnumerable<Sample> Samples()
         {
             int result;

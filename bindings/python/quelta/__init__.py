@@ -282,12 +282,12 @@ class Tracker(_Owned):
 
     @property
     def is_connected(self) -> bool:
-        """Whether the device is connected. Waits while a report is being read."""
+        """True when the device is connected. The call waits while a report is being read."""
         return bool(self._sdk.qlt_Tracker_IsConnected(self._handle))
 
     @property
     def is_tracking(self) -> bool:
-        """Whether the tracker is started."""
+        """True when the tracker is started."""
         return bool(self._sdk.qlt_Tracker_IsTracking(self._handle))
 
     @property

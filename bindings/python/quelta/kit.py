@@ -220,7 +220,7 @@ class ScriptedHeadset(_Object):
 class Headset(_Object):
     """A tracker of a headset: "headset", "simulator", a file, or a ScriptedHeadset.
 
-    A loop over it gives every report with its time as a Sample, and ends with a file or a script:
+    A loop over it gives every report with its time as a Sample. It ends when a file or a script ends:
 
         for sample in quelta.Headset("headset"):
             print(sample.pose.time_ns, sample.pose.orientation)

@@ -68,7 +68,7 @@ public:
         }
     }
 
-    /// Appends all posts to `posts`, the oldest first. One thread.
+    /// Appends all posts to `posts`, the oldest first. Only one thread may call it.
     void Take(std::deque<std::unique_ptr<Post>>& posts)
     {
         Post* newest = mLast.exchange(nullptr, std::memory_order_acquire);

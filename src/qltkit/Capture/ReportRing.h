@@ -64,7 +64,8 @@ public:
     /// The number of reports that have been added.
     std::uint64_t End() const noexcept { return mEnd.load(std::memory_order_acquire); }
 
-    /// Takes the next report. Returns false when it has not arrived yet. One thread.
+    /// Takes the next report. Returns false when it has not arrived yet. Only one thread may call
+    /// it.
     bool Pop(Entry& entry) noexcept
     {
         Slot& slot = mSlots[mBegin & (mSlots.size() - 1)];

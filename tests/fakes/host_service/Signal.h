@@ -1,4 +1,4 @@
-// An event that the service lends. Each system has its own body.
+// An event that the service lends. Each system has its own implementation.
 #pragma once
 
 #include <cstdint>

@@ -93,7 +93,7 @@ void Track(const Options& options, qltkit::Source& source, ReportFile& file)
     file.EndReads();
     if (!FileOfSource(options.source).empty())
     {
-        source.Close(); // otherwise a pause in the file would have to pass first
+        source.Close(); // otherwise the end would wait for a pause in the file
     }
     hmd.Stop();
     source.Close(); // ends the search for a headset

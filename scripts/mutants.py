@@ -208,6 +208,7 @@ class Builder:
         self.system = [f"-DCMAKE_TOOLCHAIN_FILE={TREE}/cmake/toolchain-mingw.cmake"] if windows else []
         self.sound = set()  # the test patterns that are known to pass without a fault
         self.seconds = {}  # {test: its duration when it first ran}
+        self.left_out = []  # patterns of tests that fail without a fault
 
     def configure(self):
         # Sources of third parties lie under build, which the copy does not have.
@@ -230,7 +231,7 @@ class Builder:
     def test(self, pattern):
         self.order_tests()
         return run([*self.around, "ctest", "--test-dir", self.build_folder, "-j2", "-R", pattern,
-                    "-E", NEVER_RUN, "-LE", "soak|house", "--stop-on-failure",
+                    "-E", "|".join([NEVER_RUN, *self.left_out]), "-LE", "soak|house", "--stop-on-failure",
                     "--no-tests=error"])
 
     def order_tests(self):
@@ -249,11 +250,19 @@ class Builder:
         return self.test(pattern) if self.build(targets) else None
 
     def expect_sound(self, targets, pattern):
-        """Ends the program when these tests fail without a fault."""
-        if pattern not in self.sound:
-            if not self.passes(targets, pattern) and not self.test(pattern):
-                sys.exit(f"mutants.py: without a fault, {pattern} does not build or fails")
-            self.sound.add(pattern)
+        """Leaves out a test that fails without a fault, for example on a busy machine. Ends the program
+        when the tests do not build, or when more than three fail."""
+        if pattern in self.sound:
+            return
+        passed = self.passes(targets, pattern)
+        while passed is False and len(self.left_out) < 3:
+            failed = (self.build_folder / "Testing/Temporary/LastTestsFailed.log").read_text()
+            self.left_out += [re.escape(line.split(":", 1)[1]) for line in failed.splitlines()]
+            print("left out, because it fails without a fault:", *self.left_out[-1:], flush=True)
+            passed = self.test(pattern)
+        if not passed:
+            sys.exit(f"mutants.py: without a fault, {pattern} does not build or fails")
+        self.sound.add(pattern)
 
     def plant(self, fault):
         """Returns 'caught', 'survived', or 'invalid' for a fault that does not compile."""

@@ -716,7 +716,11 @@ class QltTest(unittest.TestCase):
             self.assertEqual(done.stderr, "qlt: no headset is connected; waiting for one\n"
                                           f"qlt: no report has come; {name} is not written\n")
             self.assertEqual(pathlib.Path(self.path(name)).read_bytes(), b"precious")
-        self.assertIn("no headset is connected", self.qlt("camera", code=1).stderr)
+        for arguments in (["camera"], ["record", "r.mcap", "--camera"]):
+            self.assertIn("no headset is connected", self.qlt(*arguments, code=1).stderr)
+        for arguments in (["r.bin"], ["r.mcap", "--source", "simulator"]):
+            self.assertIn("frames of the camera",
+                          self.qlt("record", "--camera", *arguments, code=2).stderr)
         self.assertEqual(sorted(os.listdir(self.folder)), ["r.bin", "r.mcap"])
 
     def test_a_capture_replays_as_its_reports_do_and_tells_about_itself(self):

@@ -7,22 +7,15 @@
 #include "output/PngFile.h"
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
-#include "view/GlContext.h"
+#include "view/CameraThread.h"
 
-#include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
-
-#include <GL/glew.h>
 
 namespace
 {
@@ -33,85 +26,23 @@ struct Options
     std::string png; // empty: no picture
 };
 
-using Clock = std::chrono::steady_clock;
-
-/// The state that the thread of the OpenGL context shares with the thread that watches the time.
-/// Two threads are needed, because an update may wait forever.
-struct Progress
-{
-    std::mutex mutex;
-    std::condition_variable changed;
-    unsigned long frames = 0;
-    bool ended = false;
-    std::vector<unsigned char> lastFrame; // grey levels, set at the end
-    std::exception_ptr failure;
-};
-
-std::vector<unsigned char> ReadBack(const qlt::Camera& camera)
-{
-    std::vector<unsigned char> pixels(static_cast<std::size_t>(qlt::Camera::GetWidth()) *
-                                      static_cast<std::size_t>(qlt::Camera::GetHeight()));
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(camera.GetTextureId()));
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glGetTexImage(GL_TEXTURE_2D, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
-}
-
-void Show(Clock::time_point end, Progress& progress)
-{
-    const GlContext context;
-    qlt::Camera camera;
-    do
-    {
-        camera.Update();
-        const std::lock_guard<std::mutex> lock(progress.mutex);
-        ++progress.frames;
-    } while (Clock::now() < end && !Interrupted());
-    progress.lastFrame = ReadBack(camera);
-}
-
-/// Waits until the thread has ended. Returns false when it has not ended in time after `end` or an
-/// interrupt.
-bool WaitForEnd(Progress& progress, std::unique_lock<std::mutex>& lock, Clock::time_point end)
-{
-    constexpr std::chrono::seconds PATIENCE(5); // the time for the start and the last frame
-    while (!progress.ended && Clock::now() < end + PATIENCE)
-    {
-        progress.changed.wait_for(lock, std::chrono::milliseconds(50));
-        end = Interrupted() ? std::min(end, Clock::now()) : end;
-    }
-    return progress.ended;
-}
-
 int Run(const Options& options)
 {
+    using Clock = std::chrono::steady_clock;
     std::optional<OutputFile> png(options.png);
     RequireHeadset(HeadsetPart::Camera); // without a headset the camera would end the process
     CatchInterrupts();
-    const auto seconds =
-        std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));
+    const std::chrono::duration<double> length(options.seconds);
     const Clock::time_point start = Clock::now();
-    Progress progress;
-    std::thread shower(
-        [&]
-        {
-            try
-            {
-                Show(start + seconds, progress);
-            }
-            catch (...)
-            {
-                progress.failure = std::current_exception();
-            }
-            const std::lock_guard<std::mutex> lock(progress.mutex);
-            progress.ended = true;
-            progress.changed.notify_all();
-        });
-    std::unique_lock<std::mutex> lock(progress.mutex);
-    const bool ended = WaitForEnd(progress, lock, start + seconds);
+    CameraThread camera;
+    while (!Interrupted() && !camera.HasEnded() && Clock::now() - start < length)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const bool ended = camera.Stop();
     const double elapsed = std::chrono::duration<double>(Clock::now() - start).count();
-    std::printf("%lu frames, %.1f frames/s\n", progress.frames,
-                static_cast<double>(progress.frames) / elapsed);
+    std::printf("%lu frames, %.1f frames/s\n", camera.Frames(),
+                static_cast<double>(camera.Frames()) / elapsed);
     if (!ended)
     {
         std::fprintf(stderr, "qlt: the camera sends no frames\n");
@@ -119,15 +50,9 @@ int Run(const Options& options)
         png.reset();
         std::_Exit(1); // nothing can wake a thread that waits for a frame
     }
-    lock.unlock();
-    shower.join();
-    if (progress.failure != nullptr)
-    {
-        std::rethrow_exception(progress.failure);
-    }
     if (!options.png.empty())
     {
-        WritePng(*png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1, progress.lastFrame);
+        WritePng(*png, qlt::Camera::GetWidth(), qlt::Camera::GetHeight(), 1, camera.LastFrame());
     }
     return 0;
 }

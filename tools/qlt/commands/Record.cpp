@@ -11,9 +11,11 @@
 #include "source/HeadsetSearch.h"
 #include "source/Interrupt.h"
 #include "source/RecordingInput.h"
+#include "view/CameraThread.h"
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -27,6 +29,7 @@ struct Options
     std::string recording;
     std::string source = "headset"; // headset, simulator or a file
     double seconds = 0.0;           // 0: until interrupted or the file ends
+    bool camera = false;            // record the camera's frames, too
 };
 
 using SteadyClock = std::chrono::steady_clock;
@@ -54,14 +57,33 @@ qltkit::CaptureOptions OptionsFor(const Options& options, qltkit::Source& source
     return capture;
 }
 
+/// Starts the camera, whose frames go into the capture. Null when the user does not want them.
+std::unique_ptr<CameraThread> StartCamera(const Options& options, ReportFile& file)
+{
+    if (!options.camera)
+    {
+        return nullptr;
+    }
+    const auto add = [&capture = *file.Capture()](const CameraThread::Pixels& pixels)
+    {
+        const auto width = static_cast<std::uint32_t>(qlt::Camera::GetWidth());
+        const auto height = static_cast<std::uint32_t>(qlt::Camera::GetHeight());
+        const auto* const bytes = reinterpret_cast<const char*>(pixels.data());
+        capture.AddFrame({width, height, width, "mono8", {bytes, pixels.size()}});
+    };
+    return std::make_unique<CameraThread>(add);
+}
+
 /// Waits until the recording should end, and shows its progress.
-void Watch(const Options& options, const qltkit::Source& source, const ReportFile& file)
+void Watch(const Options& options, const qltkit::Source& source, const CameraThread* camera,
+           const ReportFile& file)
 {
     Progress progress;
     std::string trouble;
     const SteadyClock::time_point start = SteadyClock::now();
     double elapsed = 0.0;
     while (!Interrupted() && !source.IsOver() && !file.HasFailed() &&
+           !(camera != nullptr && camera->HasEnded()) &&
            (options.seconds <= 0.0 || elapsed < options.seconds))
     {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -78,8 +100,25 @@ void Watch(const Options& options, const qltkit::Source& source, const ReportFil
     }
 }
 
-/// Runs a tracker on the source, because the headset sends only to a tracker.
-void Track(const Options& options, qltkit::Source& source, ReportFile& file)
+/// Completes the file, and ends the process. Nothing can wake a thread that waits for a frame.
+[[noreturn]] void EndWithoutCamera(ReportFile& file)
+{
+    try
+    {
+        std::printf("%s\n", file.Close().c_str());
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "qlt: %s\n", error.what());
+    }
+    std::fprintf(stderr, "qlt: the camera sends no frames\n");
+    std::fflush(stdout);
+    std::_Exit(1);
+}
+
+/// Runs a tracker on the source, because the headset sends only to a tracker. Returns the number of
+/// the camera's frames.
+unsigned long Track(const Options& options, qltkit::Source& source, ReportFile& file)
 {
     qltkit::ReportTap tap(source, source, file.Sink());
     std::optional<LogCapture> log;
@@ -89,7 +128,10 @@ void Track(const Options& options, qltkit::Source& source, ReportFile& file)
     }
     qlt::Hmd hmd(tap, source);
     hmd.Start();
-    Watch(options, source, file);
+    std::unique_ptr<CameraThread> camera = StartCamera(options, file);
+    Watch(options, source, camera.get(), file);
+    const bool isCameraStopped = camera == nullptr || camera->Stop();
+    const unsigned long frames = camera == nullptr ? 0 : camera->Frames();
     file.EndReads();
     if (!FileOfSource(options.source).empty())
     {
@@ -97,10 +139,19 @@ void Track(const Options& options, qltkit::Source& source, ReportFile& file)
     }
     hmd.Stop();
     source.Close(); // ends the search for a headset
+    if (!isCameraStopped)
+    {
+        EndWithoutCamera(file);
+    }
+    return frames;
 }
 
 int Run(const Options& options)
 {
+    if (options.camera)
+    {
+        RequireHeadset(HeadsetPart::Camera); // without a headset the camera would end the process
+    }
     const std::unique_ptr<qltkit::Source> source = Open(options.source);
     const std::unique_ptr<ReportFile> file =
         CreateReportFile(options.recording, OptionsFor(options, *source));
@@ -109,8 +160,8 @@ int Run(const Options& options)
     {
         SayThatHeadsetIsAwaited();
     }
-    Track(options, *source, *file);
-    if (file->Reports() == 0 && !file->HasFailed())
+    const unsigned long frames = Track(options, *source, *file);
+    if (file->Reports() == 0 && frames == 0 && !file->HasFailed())
     {
         throw std::runtime_error("no report has come; " + options.recording + " is not written");
     }
@@ -131,7 +182,14 @@ CommandBody AddRecord(CommandLine line)
         .Check(RefuseReportFile);
     line.Source(options->source);
     line.Seconds(options->seconds, "Stop after this number of seconds");
-    line.AfterParsing([options]
-                      { RequireDistinct({FileOfSource(options->source)}, {options->recording}); });
+    line.Flag("--camera", options->camera, "Record the frames of the headset's camera, too");
+    line.AfterParsing(
+        [options]
+        {
+            RequireDistinct({FileOfSource(options->source)}, {options->recording});
+            Require(!options->camera ||
+                        (options->source == "headset" && IsCaptureName(options->recording)),
+                    "only a capture (.mcap) of the headset can have the frames of the camera");
+        });
     return [options] { return Run(*options); };
 }

@@ -75,16 +75,16 @@ private:
     qltkit::CaptureRecorder mRecorder;
 };
 
-bool IsCapture(const std::string& path)
+} // namespace
+
+bool IsCaptureName(const std::string& path)
 {
     return std::filesystem::path(path).extension() == ".mcap";
 }
 
-} // namespace
-
 std::string RefuseReportFile(const std::string& path)
 {
-    return IsCapture(path) || std::filesystem::path(path).extension() == ".bin"
+    return IsCaptureName(path) || std::filesystem::path(path).extension() == ".bin"
                ? ""
                : '"' + path + "\" ends neither in .mcap, for a capture, nor in .bin, for nothing " +
                      "but reports";
@@ -93,7 +93,7 @@ std::string RefuseReportFile(const std::string& path)
 std::unique_ptr<ReportFile> CreateReportFile(const std::string& path,
                                              const qltkit::CaptureOptions& options)
 {
-    if (IsCapture(path))
+    if (IsCaptureName(path))
     {
         return std::make_unique<CaptureFile>(path, options);
     }

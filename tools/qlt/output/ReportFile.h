@@ -36,6 +36,9 @@ public:
     virtual qltkit::CaptureWriter* Capture() { return nullptr; }
 };
 
+/// True for the name of a capture.
+bool IsCaptureName(const std::string& path);
+
 /// Returns a sentence that refuses the name, unless it ends in .mcap (a capture) or .bin (only
 /// reports).
 std::string RefuseReportFile(const std::string& path);

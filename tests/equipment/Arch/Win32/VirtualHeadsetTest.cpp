@@ -21,10 +21,11 @@ protected:
     /// The contents of the file that the command writes. The file is the last argument. While the
     /// command runs, the test sends to the endpoint again and again.
     template <typename Next>
-    std::string Run(const std::string& arguments, std::uint8_t endPoint, const Next& next)
+    std::string Run(const std::string& arguments, const std::string& ending, std::uint8_t endPoint,
+                    const Next& next)
     {
         bus->Plug();
-        const std::string path = testing::TempDir() + "qlt_virtual_headset";
+        const std::string path = testing::TempDir() + "qlt_virtual_headset" + ending;
         const std::string line = "\"\"" QLT_COMMAND "\" " + arguments + " \"" + path + "\"\"";
         std::future<int> ended =
             std::async(std::launch::async, [&] { return std::system(line.c_str()); });
@@ -94,7 +95,7 @@ TEST_F(VirtualHeadsetTest, TheCommandRecordsWhatItReads)
         sent.append(report.begin(), report.end());
         return Bytes(report.begin(), report.end());
     };
-    const std::string recorded = Run("record --seconds 2", REPORTS, next);
+    const std::string recorded = Run("record --seconds 2", ".bin", REPORTS, next);
     EXPECT_GT(recorded.size(), 64u * 5);
     EXPECT_EQ(recorded, sent.substr(0, recorded.size()));
 }
@@ -102,5 +103,9 @@ TEST_F(VirtualHeadsetTest, TheCommandRecordsWhatItReads)
 TEST_F(VirtualHeadsetTest, TheCommandSavesAFrameOfTheCamera)
 {
     const auto next = [] { return ScriptedUsbHost::Frame(FRAME_SIZE, 77); };
-    EXPECT_EQ(Run("camera --seconds 1 --png", FRAMES, next).substr(1, 3), "PNG");
+    EXPECT_EQ(Run("camera --seconds 1 --png", ".png", FRAMES, next).substr(1, 3), "PNG");
+    // A capture contains the frames as base64 text, which is a third longer.
+    const std::string capture = Run("record --camera --seconds 2", ".mcap", FRAMES, next);
+    EXPECT_NE(capture.find("foxglove.RawImage"), std::string::npos);
+    EXPECT_GT(capture.size(), FRAME_SIZE * 4 / 3);
 }

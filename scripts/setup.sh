@@ -15,7 +15,7 @@ packages_of()
     local openxr="$demo libopenxr-dev libopenxr-loader1 libopenxr-utils libx11-dev libxrandr-dev xvfb
         xauth"
     local linux="$openxr python3 python3-pytest python3-venv python3-wheel python3-numpy mypy mono-mcs
-        mono-runtime googletest netpbm libbenchmark-dev libumockdev-dev umockdev
+        mono-runtime googletest netpbm libbenchmark-dev libumockdev-dev umockdev strace
         openxr-layer-corevalidation chromium"
     # Node.js packages from other sources contain npm and conflict with Debian's packages.
     command -v npm >/dev/null || linux+=" nodejs npm"

@@ -40,6 +40,20 @@ class Cases:
                                capture_output=True, text=True, encoding="utf-8").stdout.split("\n")
         return [line.split(" ", 1) for line in lines if line]
 
+    def case_adding_a_report_makes_no_system_call(self):
+        trace = self.folder / "trace"
+        strace = shutil.which("strace")
+        if strace is None or subprocess.run([strace, "-o", trace, "true"]).returncode != 0:
+            skip("strace is missing or must not trace here")
+        subprocess.run([strace, "-f", "-o", trace, *self.command, "write", "traced.mcap", "20000",
+                        "0"], cwd=self.folder, check=True, stdout=subprocess.DEVNULL)
+        lines = trace.read_text().splitlines()
+        adding = lines[0].split()[0]
+        calls = [line for line in lines if line.split()[0] == adding]
+        start = max(i for i, line in enumerate(calls) if " clone" in line)
+        # The program prints a line for every thousand reports, and closes the capture.
+        assert len(calls) - start < 100, calls[start:]
+
     def case_a_stalled_pipe_delays_nobody_and_loses_nothing(self):
         pipe, copy = self.folder / "pipe.mcap", self.folder / "piped.mcap"
         for path in (pipe, copy):

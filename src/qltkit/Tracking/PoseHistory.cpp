@@ -33,7 +33,7 @@ struct Heading
 template <typename Value>
 union Unset
 {
-    Unset() {}
+    Unset() {} // NOLINT(modernize-use-equals-default): the default would be deleted
 
     Value value;
 };

@@ -101,9 +101,10 @@ void PrintMetadata(const CaptureInput::Metadata& metadata)
 {
     for (const auto& [record, entries] : metadata)
     {
+        const std::string prefix = record == "capture" ? "" : record + '.';
         for (const auto& [key, value] : entries)
         {
-            PrintLine((record == "capture" ? "" : record + ".") + key, value);
+            PrintLine(prefix + key, value);
         }
     }
 }

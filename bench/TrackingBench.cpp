@@ -7,6 +7,8 @@
 
 #include <qlt/Runtime/Clock.h>
 #include <qlt/Sensors/SensorFusion.h>
+#include <qltkit/Headset/ScriptedHeadset.h>
+#include <qltkit/Tracking/Calibrator.h>
 
 #include "fakes/AllocationCounter.h"
 #include "fakes/ScriptedHead.h"
@@ -341,6 +343,58 @@ void BenchSpeed(const Recording& recording)
     Goal("allocations", static_cast<double>(own), 0.0, "");
 }
 
+/// Plays a script to a calibrator as a headset sends it.
+void Calibrate(const qltkit::HeadsetScript& script, qltkit::Calibrator& calibrator)
+{
+    qltkit::ScriptedHeadset headset(script, qltkit::ScriptedHeadset::Pace::Fastest);
+    const auto device = headset.OpenFirst();
+    qlt::SensorReport report{};
+    while (calibrator.GetProgress().step != qltkit::Calibrator::Step::Done && !headset.IsOver())
+    {
+        std::uint32_t length = report.size();
+        device->EndPoint(1).TransferData(report.data(), length);
+        calibrator.Add(qltkit::ReadImuSample(report));
+    }
+}
+
+/// The worst error that is left of a known error, in percent.
+double ErrorLeft(const qltkit::Vector3& found, const std::array<double, 3>& known, double none,
+                 double unit)
+{
+    double worst = 0.0;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        const double error = known[static_cast<std::size_t>(axis)] - none;
+        worst = std::max(worst, std::fabs((found[axis] * unit - none - error) / error));
+    }
+    return 100.0 * worst;
+}
+
+void BenchCalibration()
+{
+    std::printf("\nCalibration of a scripted headset, errors that are left\n");
+    using qltkit::HeadsetScript;
+    const HeadsetScript script = qltkit::LoadHeadsetScript(QLT_SCRIPTS "/six_sides.json");
+    qltkit::Calibrator calibrator;
+    Calibrate(script, calibrator);
+    const qltkit::CalibrationResult result = calibrator.GetResult();
+    const qltkit::Calibration& c = result.calibration;
+    const auto inverse = [](const qltkit::Vector3& v) {
+        return qltkit::Vector3{1.0 / v.x, 1.0 / v.y, 1.0 / v.z};
+    };
+    const auto& gyroscope = script.faults[HeadsetScript::Gyroscope];
+    const auto& accelerometer = script.faults[HeadsetScript::Accelerometer];
+    Goal("bias of the gyroscope",
+         ErrorLeft(c.gyroscopeBias, gyroscope.bias, 0.0, 57.29577951308232), 20.0, "%");
+    Goal("scale of the gyroscope", ErrorLeft(inverse(c.gyroscopeScale), gyroscope.scale, 1.0, 1.0),
+         20.0, "%");
+    Goal("bias of the accelerometer",
+         ErrorLeft(c.accelerometerBias, accelerometer.bias, 0.0, 1.0 / 9.80665), 20.0, "%");
+    Goal("scale of the accelerometer",
+         ErrorLeft(inverse(c.accelerometerScale), accelerometer.scale, 1.0, 1.0), 20.0, "%");
+    Goal("vertical after a turn", 100.0 * result.after.tilt / result.before.tilt, 20.0, "%");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -355,6 +409,7 @@ int main(int argc, char** argv)
     BenchInclination(recordings);
     BenchPrediction(recordings);
     BenchScripts();
+    BenchCalibration();
     BenchSpeed(recordings.size() > 2 ? recordings[2] : recordings[0]);
     std::printf(missed == 0 ? "\nAll goals are met.\n" : "\n%d goals are missed.\n", missed);
     return missed == 0 ? 0 : 1;

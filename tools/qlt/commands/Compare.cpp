@@ -61,7 +61,7 @@ void PrintTable(const qltkit::Comparison& c)
     if (c.hasTruth)
     {
         PrintRow("inclination error, RMS, deg", c.core.inclinationRms, c.kit.inclinationRms);
-        PrintRow("inclination error, most, deg", c.core.inclinationMost, c.kit.inclinationMost);
+        PrintRow("inclination error, largest, deg", c.core.inclinationMost, c.kit.inclinationMost);
         PrintRow("heading drift, deg/min", c.core.driftPerMinute, c.kit.driftPerMinute);
     }
     PrintRow("prediction of 20 ms, RMS error, deg", c.core.predictionRms20, c.kit.predictionRms20);

@@ -49,7 +49,7 @@ byId("footer").textContent = "Made by qlt " + data.version + ". Charts by uPlot 
 
 const ROWS = [
   ["Inclination error, RMS", "inclinationRms", "\u00b0"],
-  ["Inclination error, most", "inclinationMost", "\u00b0"],
+  ["Inclination error, largest", "inclinationMost", "\u00b0"],
   ["Heading drift", "driftPerMinute", "\u00b0/min"],
   ["Prediction of 20 ms, RMS error", "predictionRms20", "\u00b0"],
   ["Prediction of 50 ms, RMS error", "predictionRms50", "\u00b0"],
@@ -177,6 +177,7 @@ const follow = (u) => {
   following = true;
   const {min, max} = u.scales.x;
   Object.assign(range, {from: min, to: max});
+  root.dataset.range = `${min.toFixed(3)} ${max.toFixed(3)}`;
   charts.filter((other) => other !== u).forEach((other) => other.setScale("x", {min, max}));
   following = false;
 };

@@ -16,7 +16,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def lines_of(program, arguments, *options):
-    program = pathlib.Path(arguments.folder, program)
+    program = pathlib.Path(arguments.folder, program + (".exe" if arguments.emulator else ""))
     done = subprocess.run([*shlex.split(arguments.emulator), program, *options],
                           capture_output=True, text=True, timeout=60, check=False,
                           stdin=subprocess.DEVNULL)

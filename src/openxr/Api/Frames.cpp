@@ -114,7 +114,7 @@ XrResult XRAPI_CALL EndFrame(XrSession handle, const XrFrameEndInfo* info)
     RequireBlendMode(*TheRuntime().instance, info->environmentBlendMode);
     Frame& frame =
         session.compositor != nullptr ? session.compositor->NextFrame() : session.headlessFrame;
-    TakeLayers(TheRuntime().handles, *info, frame);
+    TakeLayers(TheRuntime().handles, TheRuntime().instance->extensions, *info, frame);
     Submit(session);
     if (session.frames == session.configuration.frames)
     {

@@ -40,7 +40,8 @@ void RequireDepth(const HandleTable& table, const void* chain)
             XR_ERROR_VALIDATION_FAILURE);
 }
 
-void RequireProjection(const HandleTable& table, const XrCompositionLayerProjection& layer)
+void RequireProjection(const HandleTable& table, const XrCompositionLayerProjection& layer,
+                       bool hasDepth)
 {
     Require(layer.viewCount == VIEW_COUNT && layer.views != nullptr, XR_ERROR_VALIDATION_FAILURE);
     for (std::uint32_t i = 0; i < VIEW_COUNT; ++i)
@@ -49,7 +50,10 @@ void RequireProjection(const HandleTable& table, const XrCompositionLayerProject
         RequireType(&view, XR_TYPE_COMPOSITION_LAYER_PROJECTION_VIEW);
         RequirePose(view.pose);
         RequireSubImage(table, view.subImage);
-        RequireDepth(table, view.next);
+        if (hasDepth) // otherwise, the structure counts as unknown
+        {
+            RequireDepth(table, view.next);
+        }
     }
 }
 
@@ -63,16 +67,17 @@ void RequireQuad(const HandleTable& table, const XrCompositionLayerQuad& layer)
     RequireSubImage(table, layer.subImage);
 }
 
-void RequireLayer(const HandleTable& table, const XrCompositionLayerBaseHeader* layer)
+void RequireLayer(const HandleTable& table, const XrCompositionLayerBaseHeader* layer,
+                  bool hasDepth)
 {
     const bool isQuad = layer != nullptr && layer->type == XR_TYPE_COMPOSITION_LAYER_QUAD;
     Require(isQuad || (layer != nullptr && layer->type == XR_TYPE_COMPOSITION_LAYER_PROJECTION),
             XR_ERROR_LAYER_INVALID);
     Resolve<Space>(table, layer->space);
     Require((layer->layerFlags & ~LAYER_FLAGS) == 0, XR_ERROR_VALIDATION_FAILURE);
-    isQuad
-        ? RequireQuad(table, *reinterpret_cast<const XrCompositionLayerQuad*>(layer))
-        : RequireProjection(table, *reinterpret_cast<const XrCompositionLayerProjection*>(layer));
+    isQuad ? RequireQuad(table, *reinterpret_cast<const XrCompositionLayerQuad*>(layer))
+           : RequireProjection(table, *reinterpret_cast<const XrCompositionLayerProjection*>(layer),
+                               hasDepth);
 }
 
 void Take(const HandleTable& table, const XrSwapchainSubImage& image, SubImage& taken)
@@ -121,13 +126,15 @@ void Take(const HandleTable& table, const XrCompositionLayerBaseHeader& layer, L
 
 } // namespace
 
-void TakeLayers(const HandleTable& table, const XrFrameEndInfo& info, Frame& frame)
+void TakeLayers(const HandleTable& table, const EnabledExtensions& extensions,
+                const XrFrameEndInfo& info, Frame& frame)
 {
+    const bool hasDepth = extensions.Has(XR_KHR_COMPOSITION_LAYER_DEPTH_EXTENSION_NAME);
     Require(info.layerCount <= MAX_LAYERS, XR_ERROR_LAYER_LIMIT_EXCEEDED);
     Require(info.layerCount == 0 || info.layers != nullptr, XR_ERROR_VALIDATION_FAILURE);
     for (std::uint32_t i = 0; i < info.layerCount; ++i)
     {
-        RequireLayer(table, info.layers[i]);
+        RequireLayer(table, info.layers[i], hasDepth);
     }
     for (std::uint32_t i = 0; i < info.layerCount; ++i)
     {

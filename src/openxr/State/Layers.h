@@ -2,6 +2,7 @@
 // program.
 #pragma once
 
+#include "State/Extensions.h"
 #include "State/Spaces.h"
 #include "State/SwapchainRules.h"
 
@@ -103,6 +104,7 @@ struct Frame
 };
 
 /// Checks all layers first, and fills the frame only after that. It does not allocate.
-void TakeLayers(const HandleTable& table, const XrFrameEndInfo& info, Frame& frame);
+void TakeLayers(const HandleTable& table, const EnabledExtensions& extensions,
+                const XrFrameEndInfo& info, Frame& frame);
 
 } // namespace qltxr

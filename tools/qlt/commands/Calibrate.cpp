@@ -85,6 +85,32 @@ private:
     qlt::Hmd& mTracker;
 };
 
+/// Keeps the library's lines about the connection out of the bar. Its errors are still printed.
+class QuietLibrary
+{
+public:
+    QuietLibrary()
+        : mBefore(qlt::SetLogHandler(&Handle))
+    {
+    }
+
+    ~QuietLibrary() { qlt::SetLogHandler(mBefore); }
+
+    QuietLibrary(const QuietLibrary&) = delete;
+    QuietLibrary& operator=(const QuietLibrary&) = delete;
+
+private:
+    static void Handle(qlt::LogLevel level, const char* line)
+    {
+        if (level == qlt::LogLevel::Error)
+        {
+            std::fprintf(stderr, "%s\n", line);
+        }
+    }
+
+    const qlt::LogHandler mBefore;
+};
+
 std::string MissingSides(const Calibrator::Progress& progress)
 {
     std::string text;
@@ -211,6 +237,7 @@ CalibrationResult Measure(const std::string& name)
         script = scripted.get();
         source = std::move(scripted);
     }
+    const QuietLibrary quiet;
     Sink sink;
     {
         qltkit::ReportTap tap(*source, *source, sink);

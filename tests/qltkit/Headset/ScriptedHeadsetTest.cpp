@@ -280,6 +280,11 @@ TEST(ScriptedHeadsetTest, ARecordingPlaysAndObeysTheScript)
         EXPECT_EQ(reads[i].truth.arrivalNs, static_cast<std::int64_t>(i) * 1000000);
         EXPECT_FALSE(reads[i].truth.isKnown);
     }
+    // A file is opened by its kind.
+    const auto opened = qltkit::OpenScriptedHeadset((folder / "walk.mcap").string(), Pace::Fastest);
+    EXPECT_EQ(ReadAll(*opened).size(), 100u);
+    const auto still = qltkit::OpenScriptedHeadset(QLT_SCRIPTS "/still.json", Pace::Fastest);
+    EXPECT_EQ(ReadAll(*still).size(), 30000u);
     const auto changed = ReadAll(parse("walk.mcap", R"(, "clock": {"start_us": 4294967295},
         "sensors": {"accelerometer": {"bias": [0, 1, 0]}}, "events": [{"at": 0.010, "event":
         "unplug"}, {"at": 0.030, "event": "plug"}])"));

@@ -23,7 +23,11 @@ struct Frame final : qlt::UsbTransfer
         , size(bytes)
     {
     }
-    bool Wait(std::uint32_t) override { return NextMillisecond(), true; }
+    bool Wait(std::uint32_t) override
+    {
+        NextMillisecond();
+        return true;
+    }
     bool Finish(std::uint32_t& length) override
     {
         const std::uint32_t header[6] = {0xDEADBEEF, 0, 0, 0, 0, 0U - 0xDEADBEEF};

@@ -357,7 +357,7 @@ void Calibrate(const qltkit::HeadsetScript& script, qltkit::Calibrator& calibrat
     }
 }
 
-/// The worst error that is left of a known error, in percent.
+/// Returns the largest share of a known error that is left, in percent.
 double ErrorLeft(const qltkit::Vector3& found, const std::array<double, 3>& known, double none,
                  double unit)
 {

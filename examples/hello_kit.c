@@ -1,5 +1,5 @@
 /* This program uses the kit from C. It follows a headset in software for a second and prints its
-   poses, each with the time at which it was true. A name as the argument replaces the source:
+   poses, each with its time in seconds. A name as the argument replaces the source:
    "headset", "simulator", or the file of a script or of a recording. */
 #include <qltkit/qltkit_c_api.h>
 

@@ -50,7 +50,7 @@ void RequireProjection(const HandleTable& table, const XrCompositionLayerProject
         RequireType(&view, XR_TYPE_COMPOSITION_LAYER_PROJECTION_VIEW);
         RequirePose(view.pose);
         RequireSubImage(table, view.subImage);
-        if (hasDepth) // otherwise, the structure counts as unknown
+        if (hasDepth) // without the extension the structure counts as unknown
         {
             RequireDepth(table, view.next);
         }

@@ -42,7 +42,7 @@ bool CameraThread::HasEnded() const
 
 bool CameraThread::Stop()
 {
-    constexpr std::chrono::seconds PATIENCE(5); // for the start and the last frame
+    constexpr std::chrono::seconds PATIENCE(5); // the time for the start and the last frame
     std::unique_lock<std::mutex> lock(mMutex);
     mStopping = true;
     mChanged.wait_for(lock, PATIENCE, [this] { return mEnded; });

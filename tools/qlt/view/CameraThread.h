@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-/// Runs the headset's camera on a thread with an OpenGL context of its own. A thread is needed,
+/// Runs the headset's camera on its own thread with its own OpenGL context. It needs a thread,
 /// because the camera may wait for a frame forever.
 class CameraThread
 {
@@ -16,14 +16,14 @@ public:
     /// The grey levels of a frame, the upper row first.
     using Pixels = std::vector<unsigned char>;
 
-    /// Gets each frame on the thread.
+    /// Receives each frame. The new thread calls it.
     using Handler = std::function<void(const Pixels&)>;
 
-    /// Starts the camera. With a handler every frame is read back, otherwise only the last one. The
-    /// headset must be connected, see RequireHeadset.
+    /// Starts the camera. With a handler every frame is read back, and otherwise only the last one.
+    /// The headset must be connected (see RequireHeadset).
     explicit CameraThread(Handler handler = {});
 
-    /// Waits for the thread, so Stop must have returned true.
+    /// Waits for the thread. So call Stop before, which must return true.
     ~CameraThread();
 
     CameraThread(const CameraThread&) = delete;
@@ -34,8 +34,8 @@ public:
     /// True when the camera has failed. Stop then throws its exception.
     bool HasEnded() const;
 
-    /// Ends the camera after its next frame. Returns false when there is none in five seconds.
-    /// Nothing can end the thread then but the end of the process.
+    /// Ends the camera after its next frame. Returns false when no frame comes within five seconds.
+    /// The thread then lasts as long as the process.
     bool Stop();
 
     /// The last frame. Call it after Stop.
@@ -52,6 +52,6 @@ private:
     bool mStopping = false;
     bool mEnded = false;
     std::exception_ptr mFailure;
-    Pixels mLastFrame; // of the thread until it has ended
+    Pixels mLastFrame; // only the thread uses it until it has ended
     std::thread mThread;
 };

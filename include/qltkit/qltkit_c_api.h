@@ -11,8 +11,8 @@
  * QLTKIT_ERROR_ARGUMENT; a ..._Delete of null does nothing. The objects behind the handles keep
  * what they use alive, so the handles may be deleted in any order.
  *
- * Threads: any thread may call any function. The functions of one reader, and ..._Delete, must not
- * run at the same time as another function on the same handle.
+ * Threads: any thread may call any function. Two functions of one reader must not run at the same
+ * time, nor Flush and Close of one writer. No function may use a handle during its ..._Delete.
  *
  * Text is UTF-8 and ends with a zero. The names of files are text, too. Orientations are
  * quaternions w, x, y, z, which turn head coordinates into world coordinates: right-handed, x

@@ -34,14 +34,15 @@ internal static class KitTests
         string capture = Path.Combine(folder, "walk.mcap");
         string plain = Path.Combine(folder, "walk.bin");
         List<Sample> samples = TheScriptGivesPosesEventsEyesAndTheTruth(expect, capture);
-        expect(lines.Take(3).SequenceEqual(new[] { "0 USB Connected", "1 Read 0 instead of 64!", "0 USB Disconnected" }),
+        expect(lines.Take(3).SequenceEqual(new[] {
+                   "0 USB Connected", "1 Read 0 instead of 64!", "0 USB Disconnected" }),
                "the handler gets the lines of the library");
         File.WriteAllBytes(plain, samples.SelectMany(sample => sample.Report()).ToArray());
         TheColumnsAreThoseOfTheSamples(expect, new Recording(capture), samples);
         TheColumnsAreThoseOfTheSamples(expect, new Recording(plain), samples);
         expect(new Recording(capture).HostTimeNs.SequenceEqual(samples.Select(sample => sample.ArrivalNs)) &&
                new Recording(plain).HostTimeNs == null, "a capture has the times of the host");
-        ACaptureKeepsEverything(expect, Path.Combine(folder, "all.mcap"), samples[3]);
+        ACaptureKeepsEverything(expect, Path.Combine(folder, "all.mcap"), samples[3], samples[4]);
         ALiveHeadsetGivesEveryReport(expect);
         ErrorsHaveTheSentenceOfTheKit(refused, folder);
         Kit.SetLogHandler(null);
@@ -77,7 +78,8 @@ internal static class KitTests
                        "the eye has its place: " + eye);
             }
             TheEventsComeByPollingAndByCallback(expect, tracker);
-            expect(tracker.Recentre() && Math.Abs(Rotated(tracker.Latest.Orientation, new float[] { 0, 0, -1 })[0]) < 1e-6,
+            expect(tracker.Recentre() &&
+                   Math.Abs(Rotated(tracker.Latest.Orientation, new float[] { 0, 0, -1 })[0]) < 1e-6,
                    "the current heading becomes forward");
             tracker.PredictionError(0.05, out double all, out double recent);
             expect(all > 0 && recent > 0 && tracker.NowNs == 1200000000,
@@ -141,18 +143,20 @@ internal static class KitTests
         }
     }
 
-    private static void ACaptureKeepsEverything(Action<bool, string> expect, string file, Sample sample)
+    private static void ACaptureKeepsEverything(Action<bool, string> expect, string file, Sample sample,
+                                                Sample later)
     {
         var metadata = new Dictionary<string, string> { { "source", "a test" }, { "person", "nobody" } };
         using (var writer = new CaptureWriter(file, metadata))
         {
             writer.AddReport(sample.Report(), 1000);
-            writer.AddEvent("connected", "by hand", 2000);
+            writer.AddEvent("resync", "by hand", 2000);
             writer.AddText(3, "a warning \u00e9", 3000);
-            writer.AddFrame(new CaptureFrame { Width = 3, Height = 2, Step = 4, Pixels = new byte[] { 1, 2, 3, 4, 5, 6, 7, 8 } },
-                            4000);
+            byte[] pixels = { 1, 2, 3, 4, 5, 6, 7, 8 };
+            writer.AddFrame(new CaptureFrame { Width = 3, Height = 2, Step = 4, Pixels = pixels }, 4000);
+            writer.AddReport(later.Report(), 5000000);
             writer.Flush();
-            expect(writer.Status.Reports == 1 && writer.Status.WrittenReports == 1 &&
+            expect(writer.Status.Reports == 2 && writer.Status.WrittenReports == 2 &&
                    writer.Status.DroppedReports == 0 && writer.Status.DroppedOthers == 0, "the status counts reports");
             writer.Close();
         }
@@ -160,13 +164,15 @@ internal static class KitTests
         {
             CaptureItem[] items = reader.Items().ToArray();
             expect(items.Select(item => item.Kind).SequenceEqual(new[] { CaptureKind.Report, CaptureKind.Event,
-                   CaptureKind.Text, CaptureKind.Frame }) && items.Select(item => item.HostTimeNs).SequenceEqual(
-                   new long[] { 1000, 2000, 3000, 4000 }), "the items have their kinds and times");
+                   CaptureKind.Text, CaptureKind.Frame, CaptureKind.Report }) &&
+                   items.Select(item => item.HostTimeNs).SequenceEqual(
+                   new long[] { 1000, 2000, 3000, 4000, 5000000 }), "the items have their kinds and times");
             expect(items[0].Report.SequenceEqual(sample.Report()) && items[0].Data.SequenceEqual(sample.Report()) &&
                    items[0].Sequence == sample.Pose.Sequence && items[0].DeviceTimeUs == sample.Pose.DeviceTimeUs &&
-                   items[0].Topic == "/raw" && items[3].LogTimeNs - items[0].LogTimeNs == 3000,
+                   items[0].Topic == "/raw" && items[4].PublishTimeNs - items[0].PublishTimeNs == 1000000 &&
+                   items[3].LogTimeNs - items[0].LogTimeNs == 3000,
                    "the report is the sample's");
-            expect(items[1].Name == "connected" && items[1].Text == "by hand" && items[2].Level == 3 &&
+            expect(items[1].Name == "resync" && items[1].Text == "by hand" && items[2].Level == 3 &&
                    items[2].Text == "a warning \u00e9" && items[1].Frame == null, "the event and the text are kept");
             CaptureFrame frame = items[3].Frame;
             expect(frame.Width == 3 && frame.Height == 2 && frame.Step == 4 && frame.Encoding == "mono8" &&
@@ -181,7 +187,7 @@ internal static class KitTests
         File.WriteAllBytes(file, bytes.Take(bytes.Length - 100).ToArray());
         using (var reader = new CaptureReader(file))
         {
-            expect(reader.Items().Count() == 4 && reader.Problems[0].Key > 0 && reader.Problems[0].Value != "" &&
+            expect(reader.Items().Count() == 5 && reader.Problems[0].Key > 0 && reader.Problems[0].Value != "" &&
                    new Recording(file).Problems[0] == reader.Problems[0].Value, "a cut is said");
         }
     }

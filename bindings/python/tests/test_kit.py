@@ -1,6 +1,7 @@
 """Tests of the kit in the module. QUELTA_SDK names the shipped library, and QUELTA_QLT the command."""
 
 import csv
+import ctypes
 import gc
 import inspect
 import math
@@ -23,7 +24,7 @@ from quelta import _native  # noqa: E402
 
 # A head that turns about all axes. The sensors have unequal faults, and reports are missing.
 SCRIPT = {
-    "seed": 7, "seconds": 1.2,
+    "seed": 7, "seconds": 1.2, "host": {"late_ms": 0.4},
     "motion": {"kind": "angles", "points": [{"at": 0},
                                             {"at": 1.2, "yaw": -35, "pitch": 25, "roll": 10}]},
     "sensors": {"gyroscope": {"noise": 0.1}, "accelerometer": {"bias": [0.1, 0.2, 0.3]}},
@@ -141,7 +142,7 @@ def test_a_script_gives_poses_events_eyes_and_the_truth(filter):
         assert last == samples[-1].pose and last.state == quelta.PoseState.LOST
         truth = headset.truth
         assert headset.is_over and truth.sequence == last.sequence
-        assert truth.arrival_ns == samples[-1].arrival_ns == truth.sample_ns
+        assert truth.sample_ns < truth.arrival_ns == samples[-1].arrival_ns
         up = rotated(truth.orientation, (0, 1, 0)), rotated(last.orientation, (0, 1, 0))
         assert up[1] == pytest.approx(up[0], abs=0.3)
         pose = tracker.at(samples[20].pose.time_ns + 400000)
@@ -160,6 +161,9 @@ def test_a_script_gives_poses_events_eyes_and_the_truth(filter):
         forward = rotated(tracker.latest.orientation, (0, 0, -1))
         assert forward[0] == pytest.approx(0.0, abs=1e-6) and forward[2] < 0.0
         total, recent = tracker.prediction_error(0.05)
+        raw = ctypes.c_double(), ctypes.c_double()
+        _native.call("HeadTracker_PredictionError", tracker._handle, 0.05, *map(ctypes.byref, raw))
+        assert (total, recent) == (raw[0].value, raw[1].value)
         assert (total != recent) == (filter == "core")  # the kit still learns
 
 
@@ -235,16 +239,17 @@ def test_a_capture_keeps_everything_and_says_what_is_missing(files, tmp_path):
     file = tmp_path / "all.mcap"
     writer = quelta.CaptureWriter(file, {"source": "a test", "person": "nobody"})
     writer.add_report(files[0][3].report, 1000)
-    writer.add_event("connected", "by hand", 2000)
+    writer.add_event("resync", "by hand", 2000)
     writer.add_text(3, "a warning", 3000)
     writer.add_frame(quelta.Frame(3, 2, 4, "mono8", b"abc.def."), 4000)
+    writer.add_report(files[0][4].report, 5000000)  # the headset says that a millisecond has passed
     writer.flush()
-    assert writer.status == (1, 1, 0, 0) and not file.exists()
+    assert writer.status == (2, 2, 0, 0) and not file.exists()
     before = time.monotonic_ns()
     writer.add_event("lost")
     writer.close()
     with quelta.CaptureReader(file) as reader:
-        report, event, text, frame, lost = list(reader)
+        report, event, text, frame, later, lost = list(reader)
         assert reader.metadata["capture"]["source"] == "a test"
         assert reader.metadata["capture"]["person"] == "nobody"
         assert reader.problems == [] and reader.position == (file.stat().st_size,) * 2
@@ -255,7 +260,9 @@ def test_a_capture_keeps_everything_and_says_what_is_missing(files, tmp_path):
     assert report.sequence == files[0][3].pose.sequence
     assert report.device_time_us == files[0][3].pose.device_time_us
     assert frame.log_time_ns - report.log_time_ns == 3000 and event.frame is None
-    assert (event.name, event.text, text.level, text.text) == ("connected", "by hand", 3, "a warning")
+    assert (event.name, event.text, text.level, text.text) == ("resync", "by hand", 3, "a warning")
+    assert later.publish_time_ns - report.publish_time_ns == 1000000
+    assert later.log_time_ns - report.log_time_ns == 4999000
     assert frame.frame == quelta.Frame(3, 2, 4, "mono8", b"abc.def.")
     cut = tmp_path / "cut.mcap"
     cut.write_bytes(files[2].read_bytes()[:-2000])

@@ -163,7 +163,8 @@ qltkit_Result qltkit_HeadTracker_Open(const char* source, const qltkit_HeadTrack
         [&]
         {
             auto& result = Required(tracker, "the place for the tracker is null");
-            result = Open(qltkit::OpenSource(&Required(source, "the source is null")), options);
+            Required(source, "the source is null");
+            result = Open(qltkit::OpenSource(qltkit::PathOf(source).string()), options);
         });
 }
 

@@ -803,6 +803,8 @@ class QltTest(unittest.TestCase):
         self.assertEqual(re.findall(r"  event .* s  (\w+)", info)[:3],
                          ["connected", "lost", "connected"])
         self.qlt("view", "--source", "s.json", "--seconds", "0.1", "--png", "v.png")
+        path.write_text('{"motion": {"kind": "rest"}, "seconds": 0.9}')
+        self.assertIn("s.json: 900 reports, ", self.qlt("replay", "s.json").stdout)
         path.write_text('{"motion": {"kind": "rest"}}')
         self.assertIn("s.json has no end", self.qlt("replay", "s.json", code=1).stderr)
 
@@ -830,6 +832,10 @@ class QltTest(unittest.TestCase):
         self.qlt("synthesize", recording, "--truth", truth, "--seconds", "60")
         page = self.path("page.html")
         printed = self.qlt("compare", recording, "--truth", truth, "--html", page).stdout
+        rows = re.findall(r"^(\w.*), (?:deg|deg/min) +[\d.-]+", printed, re.MULTILINE)
+        self.assertEqual(rows, ["inclination error, RMS", "inclination error, largest", "heading drift",
+                                "prediction of 20 ms, RMS error", "prediction of 50 ms, RMS error",
+                                "inclinations apart, RMS"])
         text = pathlib.Path(page).read_text(encoding="utf-8")
         self.assertLess(len(text), 5e6)
         self.assertNotRegex(text, r"<link|<img|\bsrc=|@import|url\(")

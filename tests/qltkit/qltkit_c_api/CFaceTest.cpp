@@ -354,6 +354,64 @@ TEST(CFaceRecordingTest, AReplayHasTheBitsOfTheTrackerAndOfTheEstimator)
     }
 }
 
+TEST(CaptureFaceTest, ACaptureGivesTheItemsOfTheCppFace)
+{
+    {
+        qltkit::CaptureWriter writer("c_face.mcap");
+        qltkit::SoftwareHeadset software(3, false);
+        writer.AddEvent("connected", "port 3", 1000);
+        writer.AddReport(software.Next().report.data(), 3000);
+        writer.AddReport(software.Next().report.data(), 1005000);
+        writer.AddText(qltkit::CaptureLevel::Warning, "late");
+        writer.AddFrame({3, 2, 4, "mono8", "12345678"});
+        writer.Close();
+    }
+    qltkit::CaptureReader expected("c_face.mcap");
+    Opened<qltkit_CaptureReader> reader(qltkit_CaptureReader_Delete);
+    ASSERT_EQ(qltkit_CaptureReader_Open("c_face.mcap", &reader.handle), QLTKIT_OK);
+    qltkit::CaptureItem e;
+    qltkit_CaptureItem item{};
+    while (expected.Next(e))
+    {
+        ASSERT_EQ(qltkit_CaptureReader_Next(reader.handle, &item), QLTKIT_OK);
+        EXPECT_EQ(item.kind, static_cast<std::int32_t>(e.kind));
+        EXPECT_EQ(item.level, static_cast<std::int32_t>(e.level));
+        EXPECT_EQ(item.hostTimeNs, e.hostTimeNs);
+        EXPECT_EQ(item.logTimeNs, e.logTimeNs);
+        EXPECT_EQ(item.publishTimeNs, e.publishTimeNs);
+        EXPECT_EQ(item.deviceTimeUs, e.deviceTimeUs);
+        EXPECT_EQ(item.sequence, e.sequence);
+        EXPECT_EQ(std::string(item.data, item.data + item.size), e.data);
+        EXPECT_TRUE(std::equal(e.report.begin(), e.report.end(), item.report));
+        EXPECT_EQ(item.topic, std::string(e.topic));
+        EXPECT_EQ(item.name, std::string(e.name));
+        EXPECT_EQ(item.text, std::string(e.text));
+        EXPECT_EQ(item.frame.width, e.frame.width);
+        EXPECT_EQ(item.frame.height, e.frame.height);
+        EXPECT_EQ(item.frame.step, e.frame.step);
+        EXPECT_EQ(item.frame.size, e.frame.pixels.size());
+        EXPECT_EQ(item.frame.encoding, std::string(e.frame.encoding));
+        EXPECT_EQ(item.frame.pixels != nullptr, e.kind == qltkit::CaptureItem::Kind::Frame);
+    }
+    EXPECT_EQ(qltkit_CaptureReader_Next(reader.handle, &item), QLTKIT_END);
+    std::uint64_t index = 0;
+    const char* texts[3] = {};
+    for (const auto& [record, entries] : expected.Metadata())
+    {
+        for (const auto& [key, value] : entries)
+        {
+            ASSERT_EQ(qltkit_CaptureReader_Metadata(reader.handle, index++, &texts[0], &texts[1],
+                                                    &texts[2]),
+                      QLTKIT_OK);
+            EXPECT_EQ(texts[0], record);
+            EXPECT_EQ(texts[1], key);
+            EXPECT_EQ(texts[2], value);
+        }
+    }
+    EXPECT_EQ(qltkit_CaptureReader_Metadata(reader.handle, index, &texts[0], &texts[1], &texts[2]),
+              QLTKIT_END);
+}
+
 TEST(CFaceErrorTest, NullAndImpossibleArgumentsGetASentence)
 {
     EXPECT_STREQ(qltkit_version(), QLT_VERSION_STRING);

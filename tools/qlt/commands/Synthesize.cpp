@@ -4,6 +4,7 @@
 
 #include "commands/CommandLine.h"
 #include "output/OutputFile.h"
+#include "output/Progress.h"
 #include "source/Interrupt.h"
 
 #include <cmath>
@@ -42,8 +43,10 @@ int Run(const Options& options)
     CatchInterrupts();
     truth.Write("report,time_us,valid,moving,qw,qx,qy,qz\n");
     long made = 0;
+    Progress progress;
     for (; made < reports && !Interrupted(); ++made)
     {
+        progress.Show(static_cast<double>(made) / static_cast<double>(reports));
         const qltkit::SoftwareHeadset::Sample sample = headset.Next();
         recording.Write(std::string(sample.report.begin(), sample.report.end()));
         if (made % TRUTH_STEP == 0)

@@ -4,6 +4,8 @@
 #include <qltkit/Headset/ReportFollower.h>
 #include <qltkit/Tracking/OrientationEstimator.h>
 
+#include "output/Progress.h"
+
 #include <chrono>
 #include <future>
 
@@ -23,8 +25,18 @@ public:
         orientations.reserve(reports);
     }
 
-    /// Waits for the last report and returns the moment when it was done.
-    SteadyClock::time_point WaitForEnd() { return mEnd.get_future().get(); }
+    /// Waits for the last report and returns the moment when it was done. Shows the progress.
+    SteadyClock::time_point WaitForEnd()
+    {
+        constexpr std::chrono::milliseconds PERIOD(100);
+        Progress progress;
+        std::future<SteadyClock::time_point> end = mEnd.get_future();
+        while (end.wait_for(PERIOD) != std::future_status::ready)
+        {
+            progress.Show(static_cast<double>(Reports()) / static_cast<double>(mReports));
+        }
+        return end.get();
+    }
 
     std::vector<qlt::Quaternion> orientations;
 
@@ -64,9 +76,12 @@ Replayed ReplayKit(const qltkit::Recording& recording)
     Replayed replayed;
     replayed.orientations.reserve(recording.reports.size());
     qltkit::OrientationEstimator estimator;
+    Progress progress;
     const SteadyClock::time_point start = SteadyClock::now();
     for (const qlt::SensorReport& report : recording.reports)
     {
+        progress.Show(static_cast<double>(replayed.orientations.size()) /
+                      static_cast<double>(recording.reports.size()));
         estimator.Add(qltkit::ReadImuSample(report));
         const qltkit::Rotation& q = estimator.GetOrientation();
         replayed.orientations.emplace_back(static_cast<float>(q.w), static_cast<float>(q.x),

@@ -1,11 +1,13 @@
 #include <qltkit/Headset/RecordingPlayer.h>
 #include <qltkit/Headset/ReportFollower.h>
 #include <qltkit/Headset/SoftwareHeadset.h>
+#include <qltkit/Tracking/HeadTracker.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <future>
+#include <thread>
 #include <vector>
 
 namespace
@@ -86,6 +88,23 @@ TEST(RecordingPlayerTest, AFollowerHoldsTheTrackerInTheLastEventAndMayTurnIt)
     tracker.RemoveListener(follower);
     EXPECT_GT(std::abs(Yaw(follower.last)), 0.01f);
     EXPECT_NEAR(Yaw(forward), 0.0f, 1e-5f);
+}
+
+TEST(RecordingPlayerTest, ThePosesOfARecordingHaveTheTimesOfItsReports)
+{
+    constexpr std::size_t COUNT = 1500;
+    qltkit::HeadTracker tracker(
+        std::make_unique<RecordingPlayer>(Recorded(COUNT), RecordingPlayer::Pace::Fastest));
+    while (tracker.Latest().reportNumber < COUNT)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    const qltkit::Pose pose = tracker.At(1700500000); // the first report is at 1 s
+    EXPECT_FALSE(pose.clamped);
+    EXPECT_EQ(pose.timeNs, 1700500000);
+    EXPECT_EQ(pose.reportNumber, 701u);
+    EXPECT_NEAR(static_cast<double>(pose.deviceTimeUs), 1700500.0, 1.0);
+    EXPECT_TRUE(tracker.At(999000000).clamped);
 }
 
 TEST(RecordingPlayerTest, AtTheEndTheHeadsetIsGone)

@@ -21,9 +21,9 @@ public:
     /// Returns `x` limited to [a, b]. An `a` above `b` is reported as an assertion.
     static float clamp(float x, float a, float b);
 
-    /// (1 - t) * a + b * t. A `t` outside [0, 1] is reported as an assertion, and so is an `a`
-    /// above `b`; the result follows the formula all the same. deliberate: interpolation would not
-    /// need the second check, but clients rely on its report.
+    /// Returns (1 - t) * a + b * t. A `t` outside [0, 1] is reported as an assertion, and so is an
+    /// `a` above `b`. The result follows the formula all the same. deliberate: interpolation does
+    /// not need the second check, but clients rely on its report.
     static float lerp(float a, float b, float t);
 
     /// (x - a) / (b - a), so `a` gives 0 and `b` gives 1. An `a` that is not below `b` is reported

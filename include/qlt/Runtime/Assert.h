@@ -9,8 +9,8 @@ namespace qlt
 
 /// Receives the text of the failed condition, the source file without extension ("Sensors/Tracker")
 /// and the line. It returns or ends the process. It must not throw, because destructors report,
-/// too. Any thread may call it, several threads at once may call it, and a tracker may call it with
-/// its lock held, so it must not call back into the tracker that reports.
+/// too. Several threads may call it at once. A tracker may call it with its lock held, so it must
+/// not call back into the tracker that reports.
 using AssertionHandler = void (*)(const wchar_t* condition, const wchar_t* file, unsigned line);
 
 /// Installs `handler` and returns the previous one. Null stands for the default handler, as the

@@ -20,8 +20,8 @@ namespace qlt
 ///     const qlt::Quaternion head = hmd.CopyOrientation();
 ///     hmd.Stop();
 ///
-/// A connection watcher lives as long as the object and looks for the headset once a second,
-/// whether or not the tracker is started, so an unplugged headset is found again. The tracker
+/// A connection watcher lives as long as the object. It looks for the headset once a second, also
+/// while the tracker is stopped, so an unplugged headset is found again. The tracker
 /// prints progress ("USB Connected") on standard output and read errors on standard error. A
 /// started tracker without a headset keeps one core busy.
 class QLT_API Hmd : public Tracker

@@ -24,7 +24,7 @@ struct Options
 {
     std::string source = "simulator"; // simulator, headset or a file
     double seconds = 0.0;             // 0: until interrupted or the file ends
-    std::string filter = "core";
+    std::string filter = "kit";
     std::string csv;      // empty: no file
     bool objects = false; // show the objects of the host service, too
 };

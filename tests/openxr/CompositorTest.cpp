@@ -195,9 +195,12 @@ TEST_F(CompositorTest, ATurnOfTheHeadIsSeenWithinAPeriodAndTheDrawing)
     }
     const std::string script = testing::TempDir() + "turns.json";
     std::ofstream(script) << R"({"motion": {"kind": "angles", "points": [)" << points << "]}}";
-    // After this black picture nobody asks for the head until there is a frame, so the source can
-    // be set.
-    WaitForPictures(1);
+    // After the first picture, which is black, nobody asks for the head until there is a frame. So
+    // the source can be set.
+    while (mCompositor.Counts().composed == 0)
+    {
+        SleepMs(0.2);
+    }
     mStep->mTracker = std::make_unique<TrackerSource>(SourceSettings{script});
     while (mStep->mTracker->Reports() == 0)
     {

@@ -144,7 +144,7 @@ std::string CaptureTables::WriteFrame(const qltkit::CaptureFrame& frame)
     {
         return {};
     }
-    const std::string name = "camera-" + std::to_string(++mFrames) + ".png";
+    std::string name = "camera-" + std::to_string(++mFrames) + ".png";
     std::vector<unsigned char> pixels;
     pixels.reserve(static_cast<std::size_t>(frame.width) * frame.height);
     for (std::size_t row = 0; row < frame.height; ++row)

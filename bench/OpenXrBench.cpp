@@ -26,13 +26,20 @@ double ThreadSeconds()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+/// The processor time of the compositor's thread.
+struct ThreadTimes
+{
+    std::atomic<double> drawing{0.0}; // in calls of OpenGL
+    std::atomic<double> all{0.0};     // until the end of the last call of OpenGL
+};
+
 /// OpenGL that adds up the processor time of its calls on the compositor's thread.
 class TimedGraphics final : public Graphics
 {
 public:
-    TimedGraphics(std::unique_ptr<Graphics> graphics, std::atomic<double>& seconds)
+    TimedGraphics(std::unique_ptr<Graphics> graphics, ThreadTimes& times)
         : mGraphics(std::move(graphics))
-        , mSeconds(seconds)
+        , mTimes(times)
     {
     }
 
@@ -74,16 +81,17 @@ public:
 
 private:
     template <typename Action>
-    auto Timed(const Action& action) const
+    auto Timed(const Action& action) const -> decltype(action())
     {
         const double begin = ThreadSeconds();
         const auto result = action();
-        mSeconds = mSeconds + ThreadSeconds() - begin;
+        mTimes.all = ThreadSeconds();
+        mTimes.drawing = mTimes.drawing + mTimes.all - begin;
         return result;
     }
 
     std::unique_ptr<Graphics> mGraphics;
-    std::atomic<double>& mSeconds; // only the compositor's thread writes it
+    ThreadTimes& mTimes; // only the compositor's thread writes them
 };
 
 /// A program with a running session on the simulator. It does not draw.
@@ -145,30 +153,25 @@ void LocateTheViews(benchmark::State& state)
     }
 }
 
-/// Measures the processor time of the whole process in two seconds of frames with a compositor that
-/// draws with OpenGL. It subtracts the time of the OpenGL calls, and the processor time of two
-/// seconds without frames and compositor, which is that of the tracker.
+/// Measures the processor time of the program's thread and of the compositor's thread in two
+/// seconds of frames, besides the time of the OpenGL calls. The program itself draws nothing.
 void FrameBesidesDrawing(benchmark::State& state)
 {
     constexpr int FRAMES = 120;
-    const auto seconds = [] { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; };
     setenv("LP_NUM_THREADS", "0", 1); // Mesa's software OpenGL then draws on the thread of the call
     for (auto _ : state)
     {
         const ProgramContext context;
         const Program program;
-        std::atomic<double> drawing{0.0};
+        ThreadTimes times;
         const HeadModel& head = TheRuntime().instance->session->head;
         FrameClock clock(FrameClock::DEFAULT_PERIOD, Now());
-        const double asleep = seconds();
-        std::this_thread::sleep_for(std::chrono::nanoseconds(FRAMES * FrameClock::DEFAULT_PERIOD));
-        const double tracking = seconds() - asleep;
         auto graphics = std::make_unique<GlGraphics>(GlSurface::Open(context.Binding(), {}));
-        Compositor compositor(std::make_unique<TimedGraphics>(std::move(graphics), drawing), head,
+        Compositor compositor(std::make_unique<TimedGraphics>(std::move(graphics), times), head,
                               clock);
         compositor.TakePicture(); // the first picture prepares the driver
-        drawing = 0.0;
-        const double begin = seconds();
+        const double drawingBefore = times.drawing;
+        const double besidesBefore = times.all - times.drawing + ThreadSeconds();
         for (int i = 0; i < FRAMES; ++i)
         {
             XrFrameState frame{};
@@ -183,9 +186,9 @@ void FrameBesidesDrawing(benchmark::State& state)
             compositor.NextFrame().layerCount = 0;
             compositor.Submit();
         }
-        const double all = seconds() - begin;
-        state.counters["drawing_us_per_frame"] = drawing / FRAMES * 1e6;
-        state.counters["cpu_us_per_frame"] = (all - drawing - tracking) / FRAMES * 1e6;
+        const double besides = times.all - times.drawing + ThreadSeconds() - besidesBefore;
+        state.counters["drawing_us_per_frame"] = (times.drawing - drawingBefore) / FRAMES * 1e6;
+        state.counters["cpu_us_per_frame"] = besides / FRAMES * 1e6;
     }
 }
 

@@ -54,6 +54,8 @@ needs()
 run_preset()
 {
     local preset=$1 report=$PWD/build/$1/junit.xml around=() again=() ok=true
+    # Most of the long tests wait for a time, so each core has two of them.
+    local jobs=$((2 * $(nproc)))
     if ! cmake --preset "$preset" || ! cmake --build --preset "$preset" -j "$(nproc)"; then
         echo "test.sh: $preset does not build"
         count "$preset" 0 1 0
@@ -64,6 +66,7 @@ run_preset()
         around=(scripts/with-wine.sh)
         # Sometimes Wine does not end a program whose tests have passed. Such a test runs again.
         again=(--repeat after-timeout:2)
+        jobs=$(nproc) # all programs share one Wine server
         ;;
     # GCC 12's thread sanitizer does not support the wide address randomisation of newer kernels.
     linux-tsan) ! setarch -R true 2>/dev/null || around=(setarch -R) ;;

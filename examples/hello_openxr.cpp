@@ -113,9 +113,8 @@ void CreateSession()
     PFN_xrGetOpenGLGraphicsRequirementsKHR getRequirements = nullptr;
     xrGetInstanceProcAddr(gInstance, "xrGetOpenGLGraphicsRequirementsKHR",
                           reinterpret_cast<PFN_xrVoidFunction*>(&getRequirements));
-    auto requirements =
-        Make<XrGraphicsRequirementsOpenGLKHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_OPENGL_KHR);
-    getRequirements(gInstance, gSystem, &requirements);
+    auto needs = Make<XrGraphicsRequirementsOpenGLKHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_OPENGL_KHR);
+    getRequirements(gInstance, gSystem, &needs);
     auto binding = Make<XrGraphicsBindingOpenGLXlibKHR>(XR_TYPE_GRAPHICS_BINDING_OPENGL_XLIB_KHR);
     binding.xDisplay = glfwGetX11Display();
     binding.glxDrawable = glfwGetGLXWindow(glfwGetCurrentContext());

@@ -279,16 +279,16 @@ TEST_F(InstanceTest, PathsFollowTheRules)
 
 TEST_F(InstanceTest, TimesAreThoseOfTheMonotonicClock)
 {
-    timespec spec{};
+    timespec parts{};
     XrTime time = 0;
     for (const XrTime exact :
          {XrTime{1}, XrTime{999999999}, XrTime{1234567890123456789}, INT64_MAX})
     {
-        ASSERT_EQ(ConvertTimeToTimespecTimeKHR(instance, exact, &spec), XR_SUCCESS);
-        ASSERT_EQ(ConvertTimespecTimeToTimeKHR(instance, &spec, &time), XR_SUCCESS);
+        ASSERT_EQ(ConvertTimeToTimespecTimeKHR(instance, exact, &parts), XR_SUCCESS);
+        ASSERT_EQ(ConvertTimespecTimeToTimeKHR(instance, &parts, &time), XR_SUCCESS);
         EXPECT_EQ(time, exact);
     }
-    EXPECT_EQ(ConvertTimeToTimespecTimeKHR(instance, 0, &spec), XR_ERROR_TIME_INVALID);
+    EXPECT_EQ(ConvertTimeToTimespecTimeKHR(instance, 0, &parts), XR_ERROR_TIME_INVALID);
     for (const timespec bad : {timespec{0, 0}, timespec{-1, 5}, timespec{1, 1000000000}})
     {
         EXPECT_EQ(ConvertTimespecTimeToTimeKHR(instance, &bad, &time), XR_ERROR_TIME_INVALID);

@@ -63,7 +63,7 @@ struct CalibrationResult
 class QLTKIT_API Calibrator
 {
 public:
-    /// What the person must do now.
+    /// The instruction that the person follows now.
     enum class Step
     {
         /// Leave the headset at rest.

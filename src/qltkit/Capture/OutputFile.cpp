@@ -17,7 +17,7 @@ namespace qltkit
 namespace
 {
 
-/// Whether another file may be renamed to this one.
+/// Returns true when another file may be renamed to this one.
 bool IsRegular(const fs::path& path)
 {
     std::error_code error;
